@@ -1,0 +1,77 @@
+# What every target of the project is compiled and linked with: the interface library brenquil_options.
+# Targets that are not ours (GoogleTest, Google Benchmark) never see it.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+add_library(brenquil_options INTERFACE)
+target_include_directories(brenquil_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+
+# -Wconversion includes -Wsign-conversion under Clang and not under GCC. Signed squares index tables everywhere,
+# so the sign part is left out on both.
+target_compile_options(brenquil_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+
+# The static score is rounded step by step in double precision, and the search depends on each point of it. A fused
+# multiply-add would round once less, on the processors that have it.
+target_compile_options(brenquil_options INTERFACE -ffp-contract=off)
+
+find_package(Threads REQUIRED)
+target_link_libraries(brenquil_options INTERFACE Threads::Threads)
+
+if(BRENQUIL_LTO)
+    include(CheckIPOSupported)
+    check_ipo_supported(RESULT ltoWorks OUTPUT ltoMessage LANGUAGES CXX)
+    if(ltoWorks)
+        set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+    else()
+        message(WARNING "Link-time optimisation does not work here; building without it: ${ltoMessage}")
+    endif()
+endif()
+
+# A program at a fixed address indexes a table in one instruction; a position-independent one needs a second one
+# for the table's address. The tables of attacks and keys are read in every node.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    target_compile_options(brenquil_options INTERFACE -fno-pie)
+    target_link_options(brenquil_options INTERFACE -no-pie)
+endif()
+
+if(BRENQUIL_NATIVE)
+    target_compile_options(brenquil_options INTERFACE -march=native)
+    target_link_options(brenquil_options INTERFACE -march=native)
+endif()
+
+if(BRENQUIL_SANITIZE)
+    target_compile_options(brenquil_options INTERFACE
+        -fsanitize=${BRENQUIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(brenquil_options INTERFACE -fsanitize=${BRENQUIL_SANITIZE})
+endif()
+
+# The rooms are instrumented for the fuzzer, or it would be blind; only the fuzz programs link its main function.
+if(BRENQUIL_FUZZ)
+    target_compile_options(brenquil_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(brenquil_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+if(BRENQUIL_COVERAGE)
+    target_compile_options(brenquil_options INTERFACE --coverage)
+    target_link_options(brenquil_options INTERFACE --coverage)
+endif()
+
+# The two halves of a profile-guided build use the same build folder: the counts lie beside the object files.
+if(BRENQUIL_PROFILE STREQUAL "generate")
+    set(profileFlags -fprofile-generate -fprofile-update=atomic)
+elseif(BRENQUIL_PROFILE STREQUAL "use")
+    # What the training run never reached keeps its normal optimisation.
+    set(profileFlags -fprofile-use -fprofile-partial-training -Wno-missing-profile)
+endif()
+target_compile_options(brenquil_options INTERFACE ${profileFlags})
+target_link_options(brenquil_options INTERFACE ${profileFlags})

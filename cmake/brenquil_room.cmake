@@ -1,0 +1,48 @@
+# brenquil_room(<room> [<room it may include>...])
+#
+# Declares the static library brenquil_<room> from the sources of the current folder and links it to the rooms
+# below it. These links are the one-way arrows of the architecture; the test architecture.includes holds every include
+# against them. The sources are globbed with CONFIGURE_DEPENDS, so that a new file needs no edit of a list that several
+# people would change at once; the build tool looks again before each build.
+#
+# Sources for one system or one processor family carry its name at the end and are left out elsewhere:
+# _linux, _windows, _x86, and _generic for any processor that is not x86.
+#
+# main.cpp never belongs to a library: a room's tests link the library and bring a main function of their own.
+#
+# A room that has only headers becomes an interface library; nothing else changes for those who link it.
+function(brenquil_room room)
+    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    file(GLOB headers CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+
+    if(WIN32)
+        list(FILTER sources EXCLUDE REGEX "_linux\\.cpp$")
+    else()
+        list(FILTER sources EXCLUDE REGEX "_windows\\.cpp$")
+    endif()
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+        list(FILTER sources EXCLUDE REGEX "_generic\\.cpp$")
+    else()
+        list(FILTER sources EXCLUDE REGEX "_x86\\.cpp$")
+    endif()
+
+    set(library brenquil_${room})
+    if(sources)
+        add_library(${library} STATIC ${sources})
+        set(scope PUBLIC)
+    else()
+        add_library(${library} INTERFACE)
+        set(scope INTERFACE)
+    endif()
+    target_link_libraries(${library} ${scope} brenquil_options)
+    foreach(lower IN LISTS ARGN)
+        target_link_libraries(${library} ${scope} brenquil_${lower})
+    endforeach()
+
+    # The target all_verify_interface_header_sets compiles each header alone: a header includes what it uses.
+    if(headers)
+        target_sources(${library} ${scope} FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}/src" FILES ${headers})
+        set_target_properties(${library} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+    endif()
+endfunction()

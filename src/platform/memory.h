@@ -1,0 +1,55 @@
+// Whole pages of memory for the large tables.
+//
+//     CPages pages = CPages::Allocate(bytes);
+//     if (pages.Data() == nullptr) { ... keep what you had ... }
+//
+// The memory is filled with zeros and aligned to a page at least. Zeroing costs nothing at first:
+// the system hands out each page when it is touched, so an unused table takes no memory. Large
+// blocks ask for huge pages, which saves the processor most of the address translations of random
+// reads.
+//
+// A block that the machine cannot hold is refused at once. Linux would promise it and end the
+// program when the pages are used; so the size is compared with the memory that is free now. The
+// answer is an estimate, as memory can be taken by others in the next moment.
+//
+// No exceptions.
+#pragma once
+
+#include <cstddef>
+
+namespace brenquil {
+
+class CPages {
+public:
+    // Owns nothing.
+    CPages() noexcept = default;
+    CPages(const CPages&) = delete;
+    CPages& operator=(const CPages&) = delete;
+    CPages(CPages&& other) noexcept;
+    CPages& operator=(CPages&& other) noexcept;
+    ~CPages();
+
+    // `bytes` bytes of zeros; empty when `bytes` is 0 or the machine cannot give them.
+    [[nodiscard]] static CPages Allocate(std::size_t bytes) noexcept;
+
+    // Gives the block back; the object owns nothing afterwards.
+    void Release() noexcept;
+
+    // The start of the block, nullptr when there is none.
+    [[nodiscard]] void* Data() const noexcept { return data_; }
+
+    // The number of bytes asked for, 0 when there is no block.
+    [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+
+private:
+    CPages(void* data, std::size_t size) noexcept : data_(data), size_(size) {}
+
+    void* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+// The number of bytes that the program could take now without driving the machine out of memory;
+// the limits of a container count. An estimate.
+[[nodiscard]] std::size_t AvailableMemory() noexcept;
+
+}  // namespace brenquil

@@ -1,0 +1,71 @@
+// A value that several threads read and write without any order between them.
+//
+// The name says the contract: each read and each write is whole, and nothing else is promised. A
+// reader may see an old value, and two values written one after the other may be seen in the other
+// order. That is what stop flags, statistics and the words of a lock-free table need, and it makes
+// them free of data races by the letter of the language.
+//
+// Use it like a plain variable: read it by name, assign to it. There is deliberately no `+=` or
+// `++`: whether an addition must be safe against other writers is a decision, so it has two names.
+// `FetchAdd` may be called by any thread; `AddBySoleWriter` is for a counter that only one thread
+// changes and others merely look at.
+//
+// Cost: reads, writes and `AddBySoleWriter` are the instructions of a plain variable. `FetchAdd` is
+// a locked instruction.
+#pragma once
+
+#include <atomic>
+#include <type_traits>
+
+namespace brenquil {
+
+template <class T>
+class Relaxed {
+    static_assert(std::is_trivially_copyable_v<T>);
+    static_assert(std::atomic<T>::is_always_lock_free,
+                  "a hidden lock would break the promised cost");
+
+public:
+    // Holds T{}.
+    constexpr Relaxed() noexcept : value_(T{}) {}
+
+    // Holds `value`. Implicit, so that tables and records of shared words are initialised like
+    // plain ones.
+    constexpr Relaxed(T value) noexcept : value_(value) {}
+
+    // A copy takes the value of the moment; the two are independent afterwards.
+    Relaxed(const Relaxed& other) noexcept : value_(other.Load()) {}
+
+    Relaxed& operator=(const Relaxed& other) noexcept {
+        Store(other.Load());
+        return *this;
+    }
+
+    Relaxed& operator=(T value) noexcept {
+        Store(value);
+        return *this;
+    }
+
+    ~Relaxed() = default;
+
+    operator T() const noexcept { return Load(); }
+
+    [[nodiscard]] T Load() const noexcept { return value_.load(std::memory_order_relaxed); }
+
+    void Store(T value) noexcept { value_.store(value, std::memory_order_relaxed); }
+
+    // Adds `amount` in one indivisible step and returns the value before it. For any number of
+    // writers.
+    T FetchAdd(T amount) noexcept { return value_.fetch_add(amount, std::memory_order_relaxed); }
+
+    // Adds `amount` by a read and a write. Additions are lost if a second thread writes as well.
+    void AddBySoleWriter(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
+
+private:
+    std::atomic<T> value_;
+};
+
+static_assert(sizeof(Relaxed<bool>) == sizeof(bool));
+static_assert(sizeof(Relaxed<unsigned long long>) == sizeof(unsigned long long));
+
+}  // namespace brenquil
