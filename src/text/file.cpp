@@ -1,0 +1,45 @@
+#include "text/file.h"
+
+#include "platform/special_file.h"
+
+#include <array>
+
+namespace brenquil {
+
+CFile::~CFile() {
+    Close();
+}
+
+bool CFile::Open(const std::string& name) noexcept {
+    Close();
+    // The system would take such a name for the part before the zero byte.
+    const bool isWhole = name.find('\0') == std::string::npos;
+    if (isWhole && !IsSpecialFile(name)) {
+        file = std::fopen(name.c_str(), Mode());  // NOLINT(cppcoreguidelines-owning-memory)
+    }
+    return IsOpen();
+}
+
+void CFile::Close() noexcept {
+    if (file != nullptr) {
+        (void)std::fclose(file);  // NOLINT(cppcoreguidelines-owning-memory)
+        file = nullptr;
+    }
+}
+
+bool CReadFile::ReadLine(std::string& line) {
+    std::array<char, LineCapacity + 1> piece;
+    if (file == nullptr ||
+        std::fgets(piece.data(), static_cast<int>(piece.size()), file) == nullptr) {
+        return false;
+    }
+    line = piece.data();
+    std::erase_if(line, [](char c) { return c == '\r' || c == '\n'; });
+    return true;
+}
+
+bool FileExists(const std::string& name) noexcept {
+    return CReadFile().Open(name);
+}
+
+}  // namespace brenquil

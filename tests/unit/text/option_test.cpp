@@ -1,0 +1,164 @@
+// The option classes: setter, text forms, and the lookup by name.
+
+#include "text/option.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace brenquil {
+namespace {
+
+/// One option of each kind, with each combination of names, and a record of the callbacks.
+class CSampleGroup final : public COptionGroup {
+public:
+    explicit CSampleGroup(const char* groupName = "Sample") : COptionGroup(groupName) {
+        const auto record = [this](const std::string& value) { calls.push_back(value); };
+        AddSpin(spin, "Size", "Size In Ini", 64, 0, 16384, record);
+        AddCheck(check, "Switch", "Switch", true, record);
+        AddString(string, "About", "", "nobody", record);
+        AddPath(path, "Path", "Path In Ini", EmptyPath, record);
+        AddCombo(combo, "Mode", "Mode", "Wide", {"Wide", "Narrow"}, record);
+        AddCheck(hidden, "", "Hidden", false);
+    }
+
+    std::vector<std::string> calls;
+    COptionSpin spin;
+    COptionCheck check;
+    COptionString string;
+    COptionPath path;
+    COptionCombo combo;
+    COptionCheck hidden;
+};
+
+TEST(Option, DefaultsRunTheirCallbacksOnce) {
+    const CSampleGroup group;
+    EXPECT_EQ(group.calls, (std::vector<std::string>{"64", "true", "nobody", "<empty>", "Wide"}));
+    EXPECT_EQ(group.spin.number, 64);
+    EXPECT_TRUE(group.check.enabled);
+    EXPECT_EQ(group.string.text, "nobody");
+    EXPECT_EQ(group.path.text, "<empty>");
+    EXPECT_EQ(group.combo.text, "Wide");
+    EXPECT_EQ(group.combo.choice, 0);
+    EXPECT_FALSE(group.hidden.enabled);
+}
+
+TEST(Option, EqualTextRunsNothing) {
+    CSampleGroup group;
+    group.calls.clear();
+    EXPECT_TRUE(group.SetOption("Size", "64"));
+    EXPECT_TRUE(group.calls.empty());
+
+    // The text decides, not the number.
+    EXPECT_TRUE(group.SetOption("Size", "064"));
+    EXPECT_EQ(group.calls, std::vector<std::string>{"064"});
+    EXPECT_EQ(group.spin.number, 64);
+}
+
+TEST(Option, TextThatDoesNotFitLeavesTheFieldAndStaysAsValue) {
+    CSampleGroup group;
+    group.SetOption("Switch", "maybe");
+    EXPECT_TRUE(group.check.enabled);
+    EXPECT_EQ(group.check.value, "maybe");
+    EXPECT_EQ(group.check.UciLine(), "option name Switch type check default maybe");
+
+    group.SetOption("Size", "many");
+    EXPECT_EQ(group.spin.number, 64);
+    EXPECT_EQ(group.spin.value, "many");
+    EXPECT_EQ(group.calls.back(), "many");
+}
+
+TEST(Option, EmptyTextLeavesSpinAndCheckButIsTheValue) {
+    CSampleGroup group;
+    group.SetOption("Switch", "");
+    group.SetOption("Size", "");
+    EXPECT_TRUE(group.check.enabled);
+    EXPECT_EQ(group.check.value, "");
+    EXPECT_EQ(group.spin.number, 64);
+    EXPECT_EQ(group.spin.UciLine(), "option name Size type spin default  min 0 max 16384");
+}
+
+TEST(Option, RangesAndChoicesAreNotEnforced) {
+    CSampleGroup group;
+    group.SetOption("Size", "-20000");
+    EXPECT_EQ(group.spin.number, -20000);
+    group.SetOption("Mode", "Foo");
+    EXPECT_EQ(group.combo.text, "Foo");
+    EXPECT_EQ(group.combo.choice, COptionCombo::NoChoice);
+    EXPECT_EQ(group.combo.UciLine(), "option name Mode type combo default Foo var Wide var Narrow");
+    group.SetOption("Mode", "Narrow");
+    EXPECT_EQ(group.combo.choice, 1);
+}
+
+TEST(Option, UciLines) {
+    const CSampleGroup group;
+    EXPECT_EQ(group.spin.UciLine(), "option name Size type spin default 64 min 0 max 16384");
+    EXPECT_EQ(group.check.UciLine(), "option name Switch type check default true");
+    EXPECT_EQ(group.string.UciLine(), "option name About type string default nobody");
+    EXPECT_EQ(group.path.UciLine(), "option name Path type string default <empty>");
+    EXPECT_EQ(group.combo.UciLine(),
+              "option name Mode type combo default Wide var Wide var Narrow");
+}
+
+TEST(Option, UciLineShowsTheCurrentValueAsDefault) {
+    CSampleGroup group;
+    group.SetOption("Size", "128");
+    EXPECT_EQ(group.spin.UciLine(), "option name Size type spin default 128 min 0 max 16384");
+}
+
+TEST(Option, IniLinesCarryTheirRemarkFromColumn50) {
+    const CSampleGroup group;
+    EXPECT_EQ(group.spin.IniLine(), "Size In Ini=64" + std::string(36, ' ') + "# [0 : 16384]");
+    EXPECT_EQ(group.check.IniLine(), "Switch=true" + std::string(39, ' ') + "# [true, false]");
+    EXPECT_EQ(group.combo.IniLine(), "Mode=Wide" + std::string(41, ' ') + "# [Wide, Narrow]");
+    EXPECT_EQ(group.path.IniLine(), "Path In Ini=<empty>");
+}
+
+TEST(Option, IniLineOf50CharactersOrMoreGetsNoPadding) {
+    CSampleGroup group;
+    const std::string longValue(45, 'x');
+    group.SetOption("Mode", longValue);
+    EXPECT_EQ(group.combo.IniLine(), "Mode=" + longValue + "# [Wide, Narrow]");
+    const std::string longerValue(60, 'x');
+    group.SetOption("Mode", longerValue);
+    EXPECT_EQ(group.combo.IniLine(), "Mode=" + longerValue + "# [Wide, Narrow]");
+}
+
+TEST(OptionGroup, ListsHoldTheOptionsWithANameInOrderOfEntry) {
+    CSampleGroup group;
+    EXPECT_EQ(group.uciOptions, (std::vector<COption*>{&group.spin, &group.check, &group.string,
+                                                       &group.path, &group.combo}));
+    EXPECT_EQ(group.iniOptions, (std::vector<COption*>{&group.spin, &group.check, &group.path,
+                                                       &group.combo, &group.hidden}));
+}
+
+TEST(OptionGroup, EitherNameFindsAnOptionExactly) {
+    CSampleGroup group;
+    EXPECT_TRUE(group.SetOption("Size In Ini", "1"));
+    EXPECT_EQ(group.spin.number, 1);
+    EXPECT_TRUE(group.SetOption("Hidden", "true"));
+    EXPECT_TRUE(group.hidden.enabled);
+    EXPECT_FALSE(group.SetOption("size", "2"));
+    EXPECT_FALSE(group.SetOption("Size ", "2"));
+    EXPECT_EQ(group.spin.number, 1);
+}
+
+TEST(OptionGroup, EmptyNameFindsTheFirstOptionThatLacksAName) {
+    CSampleGroup group;
+    EXPECT_TRUE(group.SetOption("", "me"));
+    EXPECT_EQ(group.string.text, "me");
+}
+
+TEST(OptionGroupList, FirstGroupThatKnowsTheNameTakesTheValue) {
+    CSampleGroup first("First");
+    CSampleGroup second("Second");
+    const OptionGroupList groups{&first, &second};
+    EXPECT_TRUE(SetOption(groups, "Size", "5"));
+    EXPECT_EQ(first.spin.number, 5);
+    EXPECT_EQ(second.spin.number, 64);
+    EXPECT_FALSE(SetOption(groups, "Nothing", "5"));
+    EXPECT_FALSE(SetOption({}, "Size", "5"));
+}
+
+}  // namespace
+}  // namespace brenquil
