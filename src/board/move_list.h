@@ -1,0 +1,58 @@
+// A list of moves in a fixed array: what the generator fills, and, used as a line, a variation.
+//
+// 220 moves are enough for every position that a game can reach. A set-up position with dozens of
+// queens can have more pseudo-legal moves; what finds no room is dropped, so that no text a user
+// sends can write outside the array.
+#pragma once
+
+#include "board/types.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace brenquil {
+
+/// Entries beyond `count` are indeterminate: the record is made in the innermost loops, and
+/// clearing it would cost more than filling it.
+struct MoveList {
+    static constexpr std::int32_t Capacity = 220;
+
+    std::array<Move, Capacity> moves;
+    std::int32_t count = 0;
+
+    /// Adds a move at the end; with the list full nothing happens.
+    constexpr void Append(Move move) noexcept {
+        if (count < Capacity) [[likely]] {
+            moves[static_cast<std::size_t>(count++)] = move;
+        }
+    }
+
+    /// Drops the last move; with the list empty nothing happens.
+    constexpr void RemoveLast() noexcept {
+        if (count > 0) {
+            --count;
+        }
+    }
+
+    [[nodiscard]] constexpr Move& operator[](std::int32_t index) noexcept {
+        return moves[static_cast<std::size_t>(index)];
+    }
+
+    [[nodiscard]] constexpr Move operator[](std::int32_t index) const noexcept {
+        return moves[static_cast<std::size_t>(index)];
+    }
+
+    [[nodiscard]] constexpr std::span<const Move> Used() const noexcept {
+        return {moves.data(), static_cast<std::size_t>(count)};
+    }
+
+    [[nodiscard]] constexpr const Move* begin() const noexcept { return moves.data(); }
+
+    [[nodiscard]] constexpr const Move* end() const noexcept { return moves.data() + count; }
+};
+
+/// A variation: the same record, its moves played one after the other.
+using PvLine = MoveList;
+
+}  // namespace brenquil

@@ -1,0 +1,176 @@
+// One chess position: bitboards and mailbox, counts, keys, castling data and the undo stack.
+//
+// Moves are made pseudo-legally: `MakeMove` performs the move, tests whether the mover's king is
+// attacked and takes the move back by itself when it is; there is no other test of legality in the
+// engine. Chess960 and normal chess are one case, told apart only by where the castling records
+// say that king and rook stand. Nothing is recomputed or allocated on the way: keys and counts are
+// kept up to date, and taking back restores the saved keys.
+//
+// Any text can be set up as a position (no king, ten kings, pawns on the edge) and every operation
+// stays within its arrays. A position belongs to one thread.
+#pragma once
+
+#include "board/attacks.h"
+#include "board/polyglot_keys.h"
+#include "board/types.h"
+
+#include <array>
+#include <cstdint>
+
+namespace brenquil {
+
+/// One castling right: who goes where, and what has to be free and safe for it.
+struct CastlingRecord {
+    Square kingFrom = SquareNone;
+    Square kingTo = SquareNone;
+    Square rookFrom = SquareNone;
+    Square rookTo = SquareNone;
+    Bitboard emptyMask = 0;  ///< squares that must be empty, king and castling rook left out
+    Bitboard kingPath = 0;   ///< squares that must not be attacked: the king's way and its target
+    char letter = 0;         ///< how the FEN named this right; 0 if it was not named
+};
+
+/// The part of a position that a move overwrites and taking back restores as a whole, in one copy.
+struct ReversibleState {
+    std::uint64_t key = 0;                ///< of everything; addresses Polyglot books
+    std::uint64_t pawnKingKey = 0;        ///< of pawns and kings alone
+    std::int32_t halfmoveClock = 0;       ///< half-moves since a capture or pawn move
+    std::uint8_t enPassant = SquareNone;  ///< only ever set if a pawn can capture there
+    std::uint8_t castlingRights = 0;      ///< bit i: right `CastlingIndex` i is held
+    bool inCheck = false;                 ///< the side to move has an attacked king
+    std::uint8_t padding = 0;             ///< named, so that a copy moves three whole words
+};
+
+/// What a made move cannot be reversed without: the state before it, and the men that it moved. 32
+/// bytes, so that the repetition walk through the stack sees two records per cache line.
+struct UndoRecord : ReversibleState {
+    Move move{0};
+    Piece movedPiece = PieceNone;
+    Piece capturedPiece = PieceNone;  ///< stays `PieceNone` for en passant
+    bool tookEnPassant = false;       ///< there was a victim: a set-up square may have none
+};
+
+static_assert(sizeof(ReversibleState) == 24 && sizeof(UndoRecord) == 32);
+
+class CPosition : public ReversibleState {
+public:
+    /// Capacity of the undo stack. A game (or a FEN's full-move number) can bring `ply` up to it
+    /// and beyond; `MakeMove` then refuses every move.
+    static constexpr std::int32_t UndoCapacity = 500;
+
+    /// The start position.
+    CPosition();
+
+    /// Empties everything but the undo stack: records of an earlier game stay below a later
+    /// position's `ply`, where the repetition walk of the search meets them. That is deliberate.
+    void Clear() noexcept;
+
+    /// Rebuilds bitboards, counts, keys and `inCheck` from the mailbox, the side to move, the en
+    /// passant square and the castling data, into a position that `Clear` has just emptied. Drops
+    /// an en passant square that no pawn of the side to move can use.
+    void SetupDerived() noexcept;
+
+    /// Takes over the other position without its history. The castling rights are found afresh
+    /// from the outermost rooks, even where the other held one of an inner rook: that keeps scratch
+    /// copies simple and is intended. Plain assignment copies everything, history included.
+    void CopyFrom(const CPosition& other) noexcept;
+
+    /// Plays a pseudo-legal move of the side to move. False, with nothing changed, if it leaves a
+    /// king of the mover attacked or if the undo stack is full.
+    [[nodiscard]] bool MakeMove(Move move) noexcept;
+
+    /// Takes back the last made move; the word must be the one that was made. Nothing happens when
+    /// no move has been made since the position was set up.
+    void UndoMove(Move move) noexcept;
+
+    /// Passes the turn. Needs room on the undo stack. The saved keys, `inCheck` and the move of the
+    /// record it takes stay as they were; see `UndoNullMove` for what does not come back.
+    void MakeNullMove() noexcept;
+
+    /// Takes a null move back, except for the en passant file in `key`: after a null move tried in
+    /// a position with an en passant square the key lacks that number until the regular `UndoMove`
+    /// of the move before restores it. Required behaviour, which the hash table's contents show.
+    void UndoNullMove() noexcept;
+
+    /// Is the square attacked by the men of that colour.
+    [[nodiscard]] bool IsSquareAttacked(Square square, Colour by) const noexcept;
+
+    /// Is any king of that colour attacked; false if the colour has no king.
+    [[nodiscard]] bool IsKingAttacked(Colour colour) const noexcept;
+
+    /// Sets the right that a rook standing on `rookSquare` gives, if a rook of the rank's colour
+    /// stands there, on rank 1 or 8, and the colour's first king (from the a-file) on the same rank
+    /// beside it. `letter` is kept for the FEN. Anything else is ignored.
+    void AddCastlingRook(Square rookSquare, char letter) noexcept;
+
+    /// Sets right `index` with the outermost rook on its side of the king, if there is one.
+    void AddCastlingByLetter(CastlingIndex index, char letter) noexcept;
+
+    /// The key that the move will lead to, as long as it changes no castling right and is of the
+    /// normal kind, and none of the two positions has an en passant square. For looking ahead where
+    /// a wrong guess does no harm: it costs next to nothing.
+    [[nodiscard]] std::uint64_t LikelyKeyAfter(Move move) const noexcept {
+        const Piece moved = board[move.From()];
+        const Piece captured = board[move.To()];
+        std::uint64_t likely =
+            key ^ SideKey ^ PieceKey(moved, move.From()) ^ PieceKey(moved, move.To());
+        if (captured != PieceNone) {
+            likely ^= PieceKey(captured, move.To());
+        }
+        return likely;
+    }
+
+    [[nodiscard]] Bitboard Occupied() const noexcept { return colours[Black] | colours[White]; }
+
+    [[nodiscard]] Piece PieceOn(Square square) const noexcept { return board[square]; }
+
+    [[nodiscard]] Bitboard PiecesOf(PieceType type, Colour colour) const noexcept {
+        return pieces[MakePiece(type, colour)];
+    }
+
+    [[nodiscard]] int MenCount() const noexcept { return colourCount[Black] + colourCount[White]; }
+
+    std::int32_t ply;  ///< index of the undo stack and game ply; from 1
+    Colour sideToMove;
+
+private:
+    /// Each side has one king, the side that is not to move is not attacked and an en passant
+    /// square is empty. True of every position that play can reach, and moves keep it true; then a
+    /// move can expose a king only along a line that it opens, and both attack tests of `MakeMove`
+    /// get by with a fraction of the look-ups. Positions set up otherwise take the general tests.
+    bool isRegular_;
+
+public:
+    std::array<Bitboard, PieceCodes> pieces;  ///< by `Piece`
+    std::array<Bitboard, 2> colours;          ///< occupancy by `Colour`, Black first
+    SquareTable<Piece> board;                 ///< the mailbox
+    SquareTable<std::uint8_t> rightsMask;     ///< rights that survive a move touching a square
+    std::array<std::int32_t, 2> colourCount;  ///< men of a colour, kings included
+    std::array<std::int32_t, PieceCodes> pieceCount;
+    std::array<CastlingRecord, CastlingRightsCount> castling;
+    std::array<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
+
+private:
+    template <Colour Us>
+    bool Make(Move move) noexcept;
+    template <Colour Us>
+    void Undo(Move move) noexcept;
+    void ToggleMen(Piece piece, Bitboard squares) noexcept;
+    void RemoveCaptured(Piece captured, Square square) noexcept;
+    void RestoreCaptured(Piece captured, Square square) noexcept;
+    void MoveCastlingRook(const CastlingRecord& record, Colour colour) noexcept;
+    void PromotePawn(Move move, Colour colour) noexcept;
+    void MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept;
+    void UndoSpecial(Move move, Colour us, const UndoRecord& record) noexcept;
+    [[nodiscard]] bool IsSliderAttacking(Square square, Colour by) const noexcept;
+    template <Colour Us>
+    [[nodiscard]] bool LeavesKingAttacked(Move move, PieceType moved) const noexcept;
+    template <Colour Us>
+    [[nodiscard]] bool GivesCheck(Move move) const noexcept;
+    [[nodiscard]] bool LooksRegular() const noexcept;
+
+    /// `ply` as the position was set up: the records below were not written by moves made here.
+    std::int32_t bottom_;
+};
+
+}  // namespace brenquil

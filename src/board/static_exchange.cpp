@@ -1,0 +1,70 @@
+#include "board/static_exchange.h"
+
+#include "board/attacks.h"
+#include "platform/bits.h"
+
+#include <algorithm>
+
+namespace brenquil {
+
+namespace {
+
+/// Men of both colours.
+Bitboard Both(const CPosition& position, PieceType type) noexcept {
+    return position.PiecesOf(type, Black) | position.PiecesOf(type, White);
+}
+
+}  // namespace
+
+Score StaticExchange(const CPosition& position, Move move) noexcept {
+    const Square to = move.To();
+    const Piece moved = position.board[move.From()];
+    const Piece target = position.board[to];
+    const Bitboard occupied = position.Occupied();
+    Bitboard rest = occupied & ~BitOf(move.From());
+    const Bitboard queens = Both(position, Queen);
+    const Bitboard diagonal = Both(position, Bishop) | queens;
+    const Bitboard straight = Both(position, Rook) | queens;
+
+    // Looking with the mover off the board as well uncovers the sliders behind it at once.
+    Bitboard attackers =
+        ((BishopAttacksFrom(to, occupied) | BishopAttacksFrom(to, rest)) & diagonal) |
+        ((RookAttacksFrom(to, occupied) | RookAttacksFrom(to, rest)) & straight) |
+        (KingAttacks[to] & Both(position, King)) | (KnightAttacks[to] & Both(position, Knight)) |
+        (PawnAttacks[Black][to] & position.PiecesOf(Pawn, White)) |
+        (PawnAttacks[White][to] & position.PiecesOf(Pawn, Black));
+    attackers &= rest;
+
+    // gain[d]: what the side making capture d has won if the exchange ends with it. Each capture
+    // takes another man off, so there is at most one entry for each square.
+    std::array<Score, 64> gain;
+    gain[0] = target == PieceNone ? 0 : SeeValues[TypeOf(target)];
+    std::size_t depth = 0;
+    Colour side = ~ColourOf(moved);
+    PieceType next = TypeOf(moved);
+    while ((attackers & position.colours[side]) != 0) {
+        const Score previous = gain[depth];
+        const Score balance = SeeValues[next] - previous;
+        if (std::max(balance, -previous) < 0) {
+            break;  // further captures cannot change the outcome
+        }
+        ++depth;
+        gain[depth] = balance;
+        next = Pawn;
+        while ((attackers & position.PiecesOf(next, side)) == 0) {
+            next = static_cast<PieceType>(next + 1);
+        }
+        const Bitboard cheapest = attackers & position.PiecesOf(next, side);
+        rest &= ~(cheapest & (~cheapest + 1));
+        side = ~side;
+        attackers |=
+            (BishopAttacksFrom(to, rest) & diagonal) | (RookAttacksFrom(to, rest) & straight);
+        attackers &= rest;
+    }
+    for (; depth > 0; --depth) {
+        gain[depth - 1] = -std::max(gain[depth], -gain[depth - 1]);
+    }
+    return gain[0];
+}
+
+}  // namespace brenquil

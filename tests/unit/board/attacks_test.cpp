@@ -1,0 +1,287 @@
+// The attack tables against walks over files and ranks.
+
+#include "board/attacks.h"
+#include "board_checks.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace brenquil {
+namespace {
+
+bool IsOnBoard(int file, int rank) {
+    return file >= 0 && file < 8 && rank >= 0 && rank < 8;
+}
+
+/// A ray walk of the tests' own: the four lines of a rook or bishop up to the first man.
+Bitboard Walk(int square, Bitboard occupied, bool diagonal) {
+    Bitboard reached = 0;
+    for (int fileStep = -1; fileStep <= 1; ++fileStep) {
+        for (int rankStep = -1; rankStep <= 1; ++rankStep) {
+            if ((fileStep != 0 && rankStep != 0) != diagonal || (fileStep == 0 && rankStep == 0)) {
+                continue;
+            }
+            for (int i = 1; IsOnBoard(square % 8 + i * fileStep, square / 8 + i * rankStep); ++i) {
+                const Bitboard bit = 1ULL << (square + i * (fileStep + 8 * rankStep));
+                reached |= bit;
+                if ((occupied & bit) != 0) {
+                    break;
+                }
+            }
+        }
+    }
+    return reached;
+}
+
+/// The squares for which a question about two squares, given in files and ranks, is answered yes.
+template <class Question>
+Bitboard SquaresThat(int square, Question question) {
+    Bitboard set = 0;
+    for (int other = 0; other < 64; ++other) {
+        if (question(other % 8 - square % 8, other / 8 - square / 8)) {
+            set |= 1ULL << other;
+        }
+    }
+    return set;
+}
+
+TEST(SliderLookup, EqualsTheRayWalkForEverySubsetOfEveryMask) {
+    for (int square = 0; square < 64; ++square) {
+        for (const bool diagonal : {false, true}) {
+            const Bitboard mask = diagonal ? BishopMasks[square] : RookMasks[square];
+            Bitboard subset = 0;
+            do {
+                const Bitboard seen =
+                    diagonal ? BishopAttacksFrom(square, subset) : RookAttacksFrom(square, subset);
+                ASSERT_EQ(seen, Walk(square, subset, diagonal)) << SquareToText(square) << subset;
+                subset = (subset - mask) & mask;
+            } while (subset != 0);
+        }
+    }
+}
+
+TEST(SliderLookup, EqualsTheRayWalkForRandomOccupancies) {
+    CRandom random(11);
+    for (int i = 0; i < 200000; ++i) {
+        const int square = random.Below(64);
+        const Bitboard occupied = random.OneIn(2) ? random.Word() : random.Word() & random.Word();
+        const Bitboard rook = Walk(square, occupied, false);
+        const Bitboard bishop = Walk(square, occupied, true);
+        ASSERT_EQ(RookAttacksFrom(square, occupied), rook);
+        ASSERT_EQ(BishopAttacksFrom(square, occupied), bishop);
+        ASSERT_EQ(QueenAttacksFrom(square, occupied), rook | bishop);
+    }
+}
+
+TEST(SliderLookup, ReadsTheSlabsByTheFixedShifts) {
+    CRandom random(12);
+    for (int i = 0; i < 20000; ++i) {
+        const int square = random.Below(64);
+        const auto s = static_cast<std::size_t>(square);
+        const Bitboard occupied = random.Word();
+        EXPECT_EQ(RookAttacks[square][(occupied & RookMasks[square]) * RookMagics[s] >> 52],
+                  Walk(square, occupied, false));
+        EXPECT_EQ(BishopAttacks[square][(occupied & BishopMasks[square]) * BishopMagics[s] >> 55],
+                  Walk(square, occupied, true));
+    }
+}
+
+TEST(SliderLookup, SeesFourteenSquaresFromACornerOfTheEmptyBoardAndTwoOnAFullOne) {
+    EXPECT_EQ(RookAttacksFrom(A1, 0),
+              SquaresThat(A1, [](int f, int r) { return (f == 0) != (r == 0); }));
+    EXPECT_EQ(std::popcount(RookAttacksFrom(A1, 0)), 14);
+    EXPECT_EQ(RookAttacksFrom(A1, AllSquares), BitOf(B1) | BitOf(A2));
+}
+
+TEST(SliderLookup, OfABishopOnTheEmptyBoardIsItsRays) {
+    EXPECT_EQ(BishopAttacksFrom(D4, 0), BishopRays[D4]);
+}
+
+TEST(SliderMasks, AreTheRaysWithoutTheirLastSquares) {
+    for (int square = 0; square < 64; ++square) {
+        for (const bool diagonal : {false, true}) {
+            // A square is relevant if a man on it hides another square.
+            Bitboard relevant = 0;
+            for (int other = 0; other < 64; ++other) {
+                if (Walk(square, 1ULL << other, diagonal) != Walk(square, 0, diagonal)) {
+                    relevant |= 1ULL << other;
+                }
+            }
+            EXPECT_EQ(diagonal ? BishopMasks[square] : RookMasks[square], relevant);
+            EXPECT_EQ(diagonal ? BishopRays[square] : RookRays[square], Walk(square, 0, diagonal));
+        }
+    }
+}
+
+TEST(StepTables, HoldTheMovesOfKnightKingAndPawn) {
+    for (int square = 0; square < 64; ++square) {
+        EXPECT_EQ(KnightAttacks[square],
+                  SquaresThat(square, [](int f, int r) { return std::abs(f * r) == 2; }));
+        EXPECT_EQ(KingAttacks[square], SquaresThat(square, [](int f, int r) {
+                      return std::max(std::abs(f), std::abs(r)) == 1;
+                  }));
+        EXPECT_EQ(PawnAttacks[White][square],
+                  SquaresThat(square, [](int f, int r) { return std::abs(f) == 1 && r == 1; }));
+        EXPECT_EQ(PawnAttacks[Black][square],
+                  SquaresThat(square, [](int f, int r) { return std::abs(f) == 1 && r == -1; }));
+    }
+}
+
+TEST(StepTables, KeepPawnAttacksOnTheBoard) {
+    EXPECT_EQ(PawnAttacks[White][A2], BitOf(B3));
+    EXPECT_EQ(PawnAttacks[Black][H7], BitOf(G6));
+    for (int square = A8; square <= H8; ++square) {
+        EXPECT_EQ(PawnAttacks[White][square], 0U);
+        EXPECT_EQ(PawnAttacks[Black][square - A8], 0U);
+    }
+}
+
+TEST(BetweenTable, IsEmptyWithoutALineOrASquareBetween) {
+    for (int square = 0; square < 64; ++square) {
+        EXPECT_EQ(Between[square][square], 0U);
+    }
+    EXPECT_EQ(Between[A1][B3], 0U);
+    EXPECT_EQ(Between[A1][A2], 0U);
+    EXPECT_EQ(Between[H4][A5], 0U);
+    EXPECT_EQ(Between[A1][H8],
+              BitOf(B2) | BitOf(C3) | BitOf(D4) | BitOf(E5) | BitOf(F6) | BitOf(G7));
+}
+
+TEST(BetweenTable, HoldsWhatASliderOnEachSideSeesOfALine) {
+    for (int a = 0; a < 64; ++a) {
+        for (int b = 0; b < 64; ++b) {
+            Bitboard expected = 0;
+            for (const bool diagonal : {false, true}) {
+                if ((Walk(a, 0, diagonal) >> b & 1U) != 0) {
+                    // Seen from both ends with a man on the other end, the crossing lines cut out.
+                    for (int c = 0; c < 64; ++c) {
+                        const int file = (c % 8 - a % 8) * (b / 8 - a / 8);
+                        const int rank = (c / 8 - a / 8) * (b % 8 - a % 8);
+                        const int dot =
+                            (c % 8 - a % 8) * (c % 8 - b % 8) + (c / 8 - a / 8) * (c / 8 - b / 8);
+                        expected |= file == rank && dot < 0 ? 1ULL << c : 0;
+                    }
+                }
+            }
+            ASSERT_EQ(Between[a][b], expected) << SquareToText(a) << SquareToText(b);
+        }
+    }
+}
+
+TEST(FileTables, HoldFilesAndTheirNeighbours) {
+    for (int file = 0; file < 8; ++file) {
+        const auto index = static_cast<std::size_t>(file);
+        Bitboard own = 0;
+        Bitboard beside = 0;
+        for (int square = 0; square < 64; ++square) {
+            own |= square % 8 == file ? 1ULL << square : 0;
+            beside |= std::abs(square % 8 - file) == 1 ? 1ULL << square : 0;
+        }
+        EXPECT_EQ(FileMasks[index], own);
+        EXPECT_EQ(AdjacentFiles[index], beside);
+    }
+}
+
+TEST(PassedMasksTable, HoldsAllSquaresAheadOnThreeFiles) {
+    for (int square = 0; square < 64; ++square) {
+        EXPECT_EQ(PassedMasks[White][square],
+                  SquaresThat(square, [](int f, int r) { return std::abs(f) <= 1 && r > 0; }));
+        EXPECT_EQ(PassedMasks[Black][square],
+                  SquaresThat(square, [](int f, int r) { return std::abs(f) <= 1 && r < 0; }));
+    }
+}
+
+/// Steps of a king on the empty board, counted by spreading from his square.
+int KingSteps(int from, int to) {
+    Bitboard reached = 1ULL << from;
+    int steps = 0;
+    for (; (reached >> to & 1U) == 0; ++steps) {
+        Bitboard next = reached;
+        for (int square = 0; square < 64; ++square) {
+            if ((reached >> square & 1U) != 0) {
+                next |= SquaresThat(square, [](int f, int r) { return f * f <= 1 && r * r <= 1; });
+            }
+        }
+        reached = next;
+    }
+    return steps;
+}
+
+TEST(DistanceTables, CountTheStepsOfAKing) {
+    for (int a = 0; a < 64; ++a) {
+        for (int b = a; b < 64; b += 3) {
+            ASSERT_EQ(Distance[a][b], KingSteps(a, b));
+            ASSERT_EQ(Distance[b][a], Distance[a][b]);
+        }
+    }
+}
+
+TEST(DistanceTables, MeasureFromTheCornersOfEachShade) {
+    for (int square = 0; square < 64; ++square) {
+        EXPECT_EQ(BishopCorner[0][square], std::min(KingSteps(square, A1), KingSteps(square, H8)));
+        EXPECT_EQ(BishopCorner[1][square], std::min(KingSteps(square, H1), KingSteps(square, A8)));
+    }
+}
+
+TEST(DistanceTables, CountTheRingsFromTheEdge) {
+    for (int square = 0; square < 64; ++square) {
+        // The ring is the number of squares free on the tightest of the four sides.
+        const int file = square % 8;
+        const int rank = square / 8;
+        EXPECT_EQ(EdgeRing[square], std::min({file, 7 - file, rank, 7 - rank}));
+    }
+    EXPECT_EQ(EdgeRing[A5], 0);
+    EXPECT_EQ(EdgeRing[B7], 1);
+    EXPECT_EQ(EdgeRing[F3], 2);
+    EXPECT_EQ(EdgeRing[E5], 3);
+}
+
+TEST(DistanceTables, HoldTheNearnessToACorner) {
+    // A king's steps to the nearest corner, cut at 3, is the whole rule.
+    for (int square = 0; square < 64; ++square) {
+        int nearest = 7;
+        for (const int corner : {A1, H1, A8, H8}) {
+            nearest = std::min(nearest, KingSteps(square, corner));
+        }
+        EXPECT_EQ(CornerNear[square], std::min(nearest, 3)) << SquareToText(square);
+    }
+}
+
+TEST(SquareShades, PutA1AmongTheDarkSquares) {
+    for (int square = 0; square < 64; ++square) {
+        const bool isDark = (square % 8 + square / 8) % 2 == 0;
+        EXPECT_EQ((DarkSquares >> square & 1U) != 0, isDark);
+        EXPECT_EQ((LightSquares >> square & 1U) != 0, !isDark);
+    }
+}
+
+TEST(ShiftOfASet, LosesWhatLeavesTheBoard) {
+    CRandom random(13);
+    const auto moved = [](Bitboard set, int fileStep, int rankStep) {
+        Bitboard result = 0;
+        for (int square = 0; square < 64; ++square) {
+            const int file = square % 8 + fileStep;
+            const int rank = square / 8 + rankStep;
+            if ((set >> square & 1U) != 0 && IsOnBoard(file, rank)) {
+                result |= 1ULL << (rank * 8 + file);
+            }
+        }
+        return result;
+    };
+    for (int i = 0; i < 100; ++i) {
+        const Bitboard set = i == 0 ? AllSquares : random.Word();
+        EXPECT_EQ(Shift<8>(set), moved(set, 0, 1));
+        EXPECT_EQ(Shift<9>(set), moved(set, 1, 1));
+        EXPECT_EQ(Shift<1>(set), moved(set, 1, 0));
+        EXPECT_EQ(Shift<-7>(set), moved(set, 1, -1));
+        EXPECT_EQ(Shift<-8>(set), moved(set, 0, -1));
+        EXPECT_EQ(Shift<-9>(set), moved(set, -1, -1));
+        EXPECT_EQ(Shift<-1>(set), moved(set, -1, 0));
+        EXPECT_EQ(Shift<7>(set), moved(set, -1, 1));
+    }
+}
+
+}  // namespace
+}  // namespace brenquil
