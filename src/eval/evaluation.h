@@ -1,0 +1,46 @@
+// The static score of a position, as the search's leaves and the console ask for it.
+//
+//     CEvaluation evaluation(position, options, pawnHash, bitbase);   // once per thread
+//     const Score score = evaluation.Evaluate(alpha, beta);
+//
+// In this order: draws for want of material, known endings, an early exit on material alone, pawn
+// structure and king shelter from the pawn hash, piece terms, the weighing of middlegame and
+// endgame, contempt. There is no bonus for the turn, drawish endings are not scaled down and the
+// fifty-move clock plays no part. The score depends on the position and the options alone; nothing
+// but the pawn hash survives a call.
+//
+// Each thread has an object of its own for its own position; the pawn hash is shared without locks.
+// Some hundred nanoseconds a call.
+#pragma once
+
+#include "board/position.h"
+#include "board/types.h"
+#include "eval/evaluation_options.h"
+#include "eval/kpk_bitbase.h"
+#include "eval/material.h"
+#include "eval/pawn_hash.h"
+
+namespace brenquil {
+
+class CEvaluation {
+public:
+    /// Keeps references to all four; the options are read anew on every call.
+    CEvaluation(const CPosition& position, const CEvaluationOptions& options, CPawnHash& pawnHash,
+                const CKpkBitbase& bitbase) noexcept;
+
+    /// The score from the side to move's view. When the material is further outside the window than
+    /// the option "Lazy Eval Margin" allows, the bound itself is returned. -32000 and 32000 always
+    /// get the full score.
+    [[nodiscard]] Score Evaluate(Score alpha, Score beta) noexcept;
+
+private:
+    [[nodiscard]] Score PositionalScore(std::int32_t phase) noexcept;
+
+    const CPosition& position_;
+    const CEvaluationOptions& options_;
+    CPawnHash& pawnHash_;
+    const CKpkBitbase& bitbase_;
+    PawnEntry localEntry_;  ///< stands in when the pawn hash has no memory
+};
+
+}  // namespace brenquil

@@ -1,0 +1,140 @@
+#include "eval/pawn_structure.h"
+
+#include "board/attacks.h"
+#include "eval/piece_square.h"
+#include "platform/bits.h"
+
+#include <algorithm>
+
+namespace brenquil {
+
+namespace {
+
+// By file, a to h, for both colours as it is. The negative entries at the edges are subtracted like
+// the others and so reward the pawn: deliberate.
+constexpr std::array<TermPair, 8> DoubledPenalty = {
+    {{36, 46}, {9, 25}, {2, 31}, {23, 24}, {18, 21}, {20, 19}, {0, 29}, {26, 44}}};
+constexpr std::array<TermPair, 8> IsolatedPenalty = {
+    {{1, 5}, {5, 13}, {14, 21}, {13, 26}, {22, 22}, {14, 16}, {14, 10}, {20, 6}}};
+constexpr std::array<TermPair, 8> BackwardPenalty = {
+    {{-4, 2}, {3, 7}, {2, 13}, {21, 14}, {8, 7}, {7, 1}, {13, 1}, {-1, 3}}};
+
+// Danger on one file, by the rank of the lowest pawn seen from the king's side, 0 to 7.
+constexpr std::array<int, 8> ShelterOwn = {0, 0, 2, 2, 2, 2, 4, 0};
+constexpr std::array<int, 8> ShelterStorm = {0, 3, 2, 1, 0, 0, 0, 0};
+constexpr int ShelterMissing = 6;
+
+struct PawnSums {
+    TermPair terms;
+    int shelterDanger = 0;
+};
+
+template <Colour Us>
+constexpr Bitboard PawnAttackSet(Bitboard pawns) noexcept {
+    if constexpr (Us == White) {
+        return Shift<7>(pawns) | Shift<9>(pawns);
+    } else {
+        return Shift<-7>(pawns) | Shift<-9>(pawns);
+    }
+}
+
+// Nothing defends it, its next square is free and an enemy pawn attacks that square. A pawn on its
+// last rank has no next square.
+template <Colour Us>
+bool IsBackward(Square square, Bitboard own, Bitboard enemy) noexcept {
+    constexpr int Up = Us == White ? 8 : -8;
+    const Bitboard front = Shift<Up>(BitOf(square));
+    return (PawnAttacks[~Us][square] & own) == 0 && (front & (own | enemy)) == 0 &&
+           (front & PawnAttackSet<~Us>(enemy)) != 0;
+}
+
+template <Colour Us>
+TermPair PawnTerms(Square square, Bitboard own, Bitboard enemy) noexcept {
+    const auto file = static_cast<std::size_t>(FileOf(square));
+    const Bitboard inFront = PassedMasks[Us][square];
+
+    TermPair terms = PieceSquare[MakePiece(Pawn, Us)][square];
+    if ((inFront & enemy) == 0) {
+        terms += PassedBonus[RankOf(Us == White ? square : square ^ 56)];
+    }
+    // The rear pawn pays, the front one does not.
+    if ((inFront & FileMasks[file] & own) != 0) {
+        terms -= DoubledPenalty[file];
+    }
+    if ((AdjacentFiles[file] & own) == 0) {
+        terms -= IsolatedPenalty[file];
+    }
+    if (IsBackward<Us>(square, own, enemy)) {
+        terms -= BackwardPenalty[file];
+    }
+    return terms;
+}
+
+template <Colour Us>
+PawnSums SumColour(const CPosition& position) noexcept {
+    const Bitboard own = position.PiecesOf(Pawn, Us);
+    const Bitboard enemy = position.PiecesOf(Pawn, ~Us);
+    PawnSums sums;
+    for (Bitboard pawns = own; pawns != 0;) {
+        sums.terms += PawnTerms<Us>(PopLowestBit(pawns), own, enemy);
+    }
+    for (Bitboard kings = position.PiecesOf(King, Us); kings != 0;) {
+        const Square square = PopLowestBit(kings);
+        sums.terms += PieceSquare[MakePiece(King, Us)][square];
+        sums.shelterDanger += ShelterDanger(position, square, Us);
+    }
+    return sums;
+}
+
+void StoreSums(PawnEntry& entry, Colour colour, const PawnSums& sums) noexcept {
+    entry.middlegame[colour] = sums.terms.Middlegame();
+    entry.endgame[colour] = sums.terms.Endgame();
+    entry.shelterDanger[colour] = sums.shelterDanger;
+}
+
+// The key goes first, with sums of zero, and the sums follow when they are known; another thread
+// that reads between the two uses a partial entry. That order is wanted.
+[[gnu::noinline]] void FillPawnEntry(PawnEntry& entry, const CPosition& position) noexcept {
+    StoreSums(entry, White, PawnSums());
+    StoreSums(entry, Black, PawnSums());
+    entry.key = position.pawnKingKey;
+    StoreSums(entry, White, SumColour<White>(position));
+    StoreSums(entry, Black, SumColour<Black>(position));
+}
+
+}  // namespace
+
+int ShelterDanger(const CPosition& position, Square kingSquare, Colour colour) noexcept {
+    Bitboard own = position.PiecesOf(Pawn, colour);
+    Bitboard enemy = position.PiecesOf(Pawn, ~colour);
+    if (colour == Black) {
+        own = ReverseBytes(own);
+        enemy = ReverseBytes(enemy);
+    }
+
+    // A king on an edge file is seen as one beside it; its place within the three files is ignored.
+    const int centre = std::clamp(FileOf(kingSquare), 1, 6);
+    int danger = 0;
+    for (int file = centre - 1; file <= centre + 1; ++file) {
+        const Bitboard ownOnFile = own & FileMasks[static_cast<std::size_t>(file)];
+        const Bitboard enemyOnFile = enemy & FileMasks[static_cast<std::size_t>(file)];
+        danger += ownOnFile != 0 ? ShelterOwn[RankOf(LowestBit(ownOnFile))] : ShelterMissing;
+        danger += enemyOnFile != 0 ? ShelterStorm[RankOf(LowestBit(enemyOnFile))] : 0;
+    }
+    return danger;
+}
+
+const PawnEntry& GetPawnEntry(const CPosition& position, CPawnHash& pawnHash,
+                              PawnEntry& localEntry) noexcept {
+    if (!pawnHash.HasMemory()) {
+        FillPawnEntry(localEntry, position);
+        return localEntry;
+    }
+    PawnEntry& entry = pawnHash.Slot(position.pawnKingKey);
+    if (entry.key != position.pawnKingKey) {
+        FillPawnEntry(entry, position);
+    }
+    return entry;
+}
+
+}  // namespace brenquil

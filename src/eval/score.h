@@ -1,0 +1,41 @@
+// What the numbers of a `Score` mean: mates, draws and everything between.
+//
+// A score is seen from the side to move, in units of which a pawn is worth 100 by default. A side
+// that is mated `ply` half-moves from the root has -32000 + ply, so that a shorter mate counts
+// more. The outermost 255 values on either side are mates, the rest are ordinary scores.
+#pragma once
+
+#include "board/types.h"
+
+namespace brenquil {
+
+/// The score of giving mate at the root. As the pair -32000, 32000 also the widest window, and the
+/// mark of a value that the search does not know yet.
+inline constexpr Score MateScore = 32000;
+
+/// The smallest score that announces a mate: in 254 half-moves.
+inline constexpr Score MateBound = 31746;
+
+inline constexpr Score DrawScore = 0;
+
+/// The score of the side to move being mated `ply` half-moves from the root.
+[[nodiscard]] constexpr Score MatedAt(int ply) noexcept {
+    return ply - MateScore;
+}
+
+/// The side to move gives mate.
+[[nodiscard]] constexpr bool IsMateWin(Score score) noexcept {
+    return score >= MateBound;
+}
+
+/// The side to move is mated.
+[[nodiscard]] constexpr bool IsMateLoss(Score score) noexcept {
+    return score < -(MateBound - 1);
+}
+
+/// A mate for either side.
+[[nodiscard]] constexpr bool IsMateScore(Score score) noexcept {
+    return IsMateWin(score) || IsMateLoss(score);
+}
+
+}  // namespace brenquil

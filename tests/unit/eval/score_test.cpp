@@ -1,0 +1,39 @@
+#include "eval/score.h"
+
+#include <gtest/gtest.h>
+
+namespace brenquil {
+namespace {
+
+TEST(Score, MateBandBeginsAtAMateIn254HalfMoves) {
+    EXPECT_TRUE(IsMateWin(MateScore));
+    EXPECT_TRUE(IsMateWin(31746));
+    EXPECT_TRUE(IsMateWin(-MatedAt(254)));
+    EXPECT_FALSE(IsMateWin(31745));
+    EXPECT_FALSE(IsMateWin(-MatedAt(255)));
+}
+
+TEST(Score, LosingBandMirrorsTheWinningOne) {
+    EXPECT_TRUE(IsMateLoss(-MateScore));
+    EXPECT_TRUE(IsMateLoss(-31746));
+    EXPECT_FALSE(IsMateLoss(-31745));
+    EXPECT_FALSE(IsMateLoss(31746));
+    EXPECT_FALSE(IsMateWin(-31746));
+}
+
+TEST(Score, ShorterMatesCountMore) {
+    EXPECT_EQ(MatedAt(0), -32000);
+    EXPECT_EQ(MatedAt(3), -31997);
+    EXPECT_LT(MatedAt(2), MatedAt(4));
+}
+
+TEST(Score, MateScoreIsEitherBand) {
+    EXPECT_TRUE(IsMateScore(31746));
+    EXPECT_TRUE(IsMateScore(-31746));
+    EXPECT_FALSE(IsMateScore(31745));
+    EXPECT_FALSE(IsMateScore(-31745));
+    EXPECT_FALSE(IsMateScore(DrawScore));
+}
+
+}  // namespace
+}  // namespace brenquil
