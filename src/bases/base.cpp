@@ -1,0 +1,30 @@
+#include "bases/base.h"
+
+#include <utility>
+
+namespace brenquil {
+
+void CBaseList::Add(IBase& base) {
+    bases_.push_back(&base);
+    std::vector<IBase*> ordered;
+    for (std::uint32_t priority = 0; priority < Priorities; ++priority) {
+        for (IBase* const candidate : bases_) {
+            if (candidate->GetPriority() == priority) {
+                ordered.push_back(candidate);
+            }
+        }
+    }
+    bases_ = std::move(ordered);
+}
+
+bool CBaseList::ProbeRoot(Move& move, const CPosition& position) {
+    for (IBase* const base : bases_) {
+        if (base->ProbeRoot(move, position)) {
+            hits.AddBySoleWriter(1);
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace brenquil
