@@ -1,0 +1,120 @@
+#include "bases/nalimov/nalimov_bases_dtm.h"
+
+#include "bases/nalimov/nalimov_probe.h"
+#include "board/move_generator.h"
+#include "text/text.h"
+
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+namespace brenquil {
+
+namespace {
+
+constexpr Score MateInNone = 32000;
+constexpr int LastPlyWithClock = 2;  ///< behind it a running fifty-move clock forbids answers
+
+std::string MarkOf(Score score) {
+    if (score == 0) {
+        return "0";
+    }
+    const Score moves = (MateInNone - std::abs(score)) / 2;
+    return score > 0 ? "+M" + std::to_string(moves + 1) : "-M" + std::to_string(moves);
+}
+
+}  // namespace
+
+CNalimovBasesDTM::CNalimovBasesDTM(std::function<void(std::string_view)> print,
+                                   std::function<void()> endSearch)
+    : print_(std::move(print)),
+      endSearch_(std::move(endSearch)),
+      options([this](const std::string& path) { SetPath(path); },
+              [this](const std::string& megabytes) { SetCache(megabytes); }) {}
+
+void CNalimovBasesDTM::SetPath(const std::string& path) {
+    if (path == path_) {
+        return;
+    }
+    endSearch_();
+    path_ = path;
+    cache_.Clear();
+    const int men = tables_.RegisterAll(path);
+    cache_.PrepareDecoding();
+    if (men != 0) {
+        print_("tablebases " + std::to_string(men) + "-men loaded!");
+    }
+}
+
+void CNalimovBasesDTM::SetCache(const std::string& megabytes) {
+    const std::int32_t size = IsNumeric(megabytes) ? ToInteger(megabytes) : cache_.Megabytes();
+    if (size != cache_.Megabytes()) {
+        endSearch_();
+        cache_.Resize(size);
+    }
+}
+
+bool CNalimovBasesDTM::MayAnswer(const CPosition& position) const noexcept {
+    const int menLoaded = tables_.menLoaded;
+    return menLoaded != 0 && menLoaded >= position.MenCount();
+}
+
+bool CNalimovBasesDTM::ProbeSearch(Score& score, const CPosition& position, int depth, int ply) {
+    if (!MayAnswer(position) || options.nalimovUsage != CNalimovOptions::InSearch) {
+        return false;
+    }
+    if (depth < options.minDepth.number || ply < 1 ||
+        (position.halfmoveClock != 0 && ply > LastPlyWithClock) ||
+        !NalimovProbe(score, position, tables_, cache_)) {
+        return false;
+    }
+    if (score > 0) {
+        score -= ply;
+    } else if (score < 0) {
+        score += ply;
+    }
+    return true;
+}
+
+bool CNalimovBasesDTM::ProbeRoot(Move& move, const CPosition& position) {
+    if (!MayAnswer(position) || options.nalimovUsage == CNalimovOptions::Never) {
+        return false;
+    }
+    const auto copy = std::make_unique<CPosition>();
+    copy->CopyFrom(position);
+    MoveList moves;
+    CMoveGenerator(*copy).GenerateMoves(moves, true, true);
+    bool isFound = false;
+    for (Move candidate : moves) {
+        if (!copy->MakeMove(candidate)) {
+            continue;
+        }
+        Score score = 0;
+        // A tie keeps the earlier move.
+        if (NalimovProbe(score, *copy, tables_, cache_) && (!isFound || -score > move.Order())) {
+            isFound = true;
+            move = candidate;
+            move.SetOrder(-score);
+        }
+        copy->UndoMove(candidate);
+    }
+    return isFound;
+}
+
+bool CNalimovBasesDTM::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPosition& position) {
+    if (!MayAnswer(position) || options.nalimovUsage == CNalimovOptions::Never) {
+        return false;
+    }
+    const auto copy = std::make_unique<CPosition>();
+    copy->CopyFrom(position);
+    Score score = 0;
+    if (!copy->MakeMove(move) || !NalimovProbe(score, *copy, tables_, cache_)) {
+        return false;
+    }
+    info.move = move;
+    info.move.SetOrder(-score);
+    info.text = MarkOf(-score);
+    return true;
+}
+
+}  // namespace brenquil

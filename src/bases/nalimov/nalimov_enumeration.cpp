@@ -1,0 +1,141 @@
+#include "bases/nalimov/nalimov_enumeration.h"
+
+#include <cstddef>
+
+namespace brenquil {
+
+namespace {
+
+/// The squares that the rules of the board leave to a kind.
+Bitboard SquaresOfKind(NalimovKind kind) noexcept {
+    return kind == RestingPawnKind || kind == PawnKind ? ~(Rank1 | Rank8) : AllSquares;
+}
+
+/// The squares from which a man of the kind gives check to a king on `king` without a distance.
+Bitboard TouchingChecks(NalimovKind kind, Square king) noexcept {
+    switch (kind) {
+    case RestingPawnKind: return 0;
+    case PawnKind: return PawnAttacks[Black][king];
+    case KnightKind: return KnightAttacks[king];
+    case BishopKind: return KingAttacks[king] & BishopRays[king];
+    case RookKind: return KingAttacks[king] & RookRays[king];
+    case QueenKind: return KingAttacks[king];
+    }
+    return 0;
+}
+
+bool IsInTriangle(Square square) noexcept {
+    return FileOf(square) <= 3 && RankOf(square) <= FileOf(square);
+}
+
+bool MayStandTogether(Square k1, Square k2) noexcept {
+    return Distance[k1][k2] > 1;
+}
+
+/// Placements of `count` equal men on `squares` squares.
+std::uint32_t Choose(std::uint32_t squares, std::size_t count) noexcept {
+    switch (count) {
+    case 0: return 1;
+    case 1: return squares;
+    case 2: return squares * (squares - 1) / 2;
+    default: return squares * (squares - 1) * (squares - 2) / 6;
+    }
+}
+
+}  // namespace
+
+const CNalimovEnumeration& CNalimovEnumeration::Instance() {
+    static const CNalimovEnumeration Shared;
+    return Shared;
+}
+
+CNalimovEnumeration::CNalimovEnumeration() {
+    EnumerateSquares();
+    EnumerateKings();
+    BuildBases();
+}
+
+void CNalimovEnumeration::EnumerateSquares() {
+    for (int index = 0; index < NalimovKinds; ++index) {
+        const auto kind = static_cast<NalimovKind>(index);
+        for (Square king = A1; king <= H8; ++king) {
+            const Bitboard allowed =
+                SquaresOfKind(kind) & ~TouchingChecks(kind, king) & ~BitOf(king);
+            std::uint8_t ordinal = 0;
+            for (Square square = A1; square <= H8; ++square) {
+                const bool isAllowed = (allowed & BitOf(square)) != 0;
+                squareEnum[kind][king][square] = isAllowed ? ordinal++ : NotAllowed;
+            }
+            squareCount[kind][king] = ordinal;
+        }
+    }
+}
+
+void CNalimovEnumeration::EnumerateKings() {
+    for (Square k1 = A1; k1 <= H8; ++k1) {
+        for (Square k2 = A1; k2 <= H8; ++k2) {
+            pawnKingPair[k1][k2] = NoPair;
+            freeKingPair[k1][k2] = NoPair;
+            if (!MayStandTogether(k1, k2)) {
+                continue;
+            }
+            if (FileOf(k1) <= 3) {
+                pawnKingPair[k1][k2] = static_cast<std::uint16_t>(pairs_[1].size());
+                pairs_[1].push_back({k1, k2});
+            }
+            const bool onDiagonal = FileOf(k1) == RankOf(k1);
+            if (IsInTriangle(k1) && (!onDiagonal || FileOf(k2) >= RankOf(k2))) {
+                freeKingPair[k1][k2] = static_cast<std::uint16_t>(pairs_[0].size());
+                pairs_[0].push_back({k1, k2});
+            }
+        }
+    }
+}
+
+void CNalimovEnumeration::BuildBases() {
+    // A resting pawn is enumerated only where the side to move has nothing but its king.
+    std::vector<NalimovKind> restingPawns;
+    for (int count = 1; count <= 3; ++count) {
+        restingPawns.push_back(RestingPawnKind);
+        BuildBase(true, restingPawns);
+    }
+    for (const bool pawns : {false, true}) {
+        BuildBase(pawns, {});
+        const int lowest = pawns ? PawnKind : KnightKind;
+        const auto kind = [](int index) { return static_cast<NalimovKind>(index); };
+        for (int a = lowest; a <= QueenKind; ++a) {
+            BuildBase(pawns, {kind(a)});
+            for (int b = lowest; b <= a; ++b) {
+                BuildBase(pawns, {kind(a), kind(b)});
+                for (int c = lowest; c <= b; ++c) {
+                    BuildBase(pawns, {kind(a), kind(b), kind(c)});
+                }
+            }
+        }
+    }
+}
+
+void CNalimovEnumeration::BuildBase(bool pawns, const std::vector<NalimovKind>& kinds) {
+    NalimovBase& base = bases_[pawns ? 1 : 0][kinds];
+    for (const KingPair& pair : pairs_[pawns ? 1 : 0]) {
+        base.entry.push_back(base.total);
+        std::uint32_t placements = 1;
+        for (std::size_t first = 0; first < kinds.size();) {
+            std::size_t behind = first;
+            while (behind < kinds.size() && kinds[behind] == kinds[first]) {
+                ++behind;
+            }
+            const int squares = Rest(pair.k1, pair.k2, kinds[first]);
+            placements *= Choose(static_cast<std::uint32_t>(squares), behind - first);
+            first = behind;
+        }
+        base.total += placements;
+    }
+}
+
+const NalimovBase& CNalimovEnumeration::BaseOf(bool pawns,
+                                               std::span<const NalimovKind> kinds) const {
+    return bases_[pawns ? 1 : 0].at(std::vector<NalimovKind>(kinds.begin(), kinds.end()));
+}
+
+}  // namespace brenquil

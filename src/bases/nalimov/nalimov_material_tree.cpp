@@ -1,0 +1,49 @@
+#include "bases/nalimov/nalimov_material_tree.h"
+
+namespace brenquil {
+
+CNalimovMaterialTree::CNalimovMaterialTree() : root_(AddNode(0, MostMen)) {}
+
+std::int32_t CNalimovMaterialTree::AddNode(int level, int limit) {
+    const std::size_t place = nodes_.size();
+    nodes_.push_back(limit);
+    nodes_.resize(nodes_.size() + static_cast<std::size_t>(limit) + 1, 0);
+    if (level + 1 < static_cast<int>(NalimovCounts{}.size())) {
+        for (int count = 0; count <= limit; ++count) {
+            const std::int32_t child = AddNode(level + 1, limit - count);
+            nodes_[place + 1 + static_cast<std::size_t>(count)] = child;
+        }
+    }
+    return static_cast<std::int32_t>(place);
+}
+
+std::size_t CNalimovMaterialTree::EntryOf(const NalimovCounts& counts) const noexcept {
+    auto place = static_cast<std::size_t>(root_);
+    for (std::size_t level = 0;; ++level) {
+        const std::int32_t count = counts[level];
+        if (count < 0 || count > nodes_[place]) {
+            return NoEntry;
+        }
+        const std::size_t entry = place + 1 + static_cast<std::size_t>(count);
+        if (level + 1 == counts.size()) {
+            return entry;
+        }
+        place = static_cast<std::size_t>(nodes_[entry]);
+    }
+}
+
+bool CNalimovMaterialTree::Enter(const NalimovCounts& counts, std::int32_t table) noexcept {
+    const std::size_t entry = EntryOf(counts);
+    if (entry == NoEntry) {
+        return false;
+    }
+    nodes_[entry] = table;
+    return true;
+}
+
+std::int32_t CNalimovMaterialTree::Find(const NalimovCounts& counts) const noexcept {
+    const std::size_t entry = EntryOf(counts);
+    return entry == NoEntry ? 0 : nodes_[entry];
+}
+
+}  // namespace brenquil
