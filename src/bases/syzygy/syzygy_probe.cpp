@@ -1,0 +1,108 @@
+#include "bases/syzygy/syzygy_probe.h"
+
+#include "bases/syzygy/tb_board.h"
+#include "bases/syzygy/tb_probe.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+namespace brenquil {
+
+namespace {
+
+/// The counter of a position that `TbPosition` takes over at most. It has a byte, and the moves of
+/// a probe add to it; beyond 100 its value makes no difference.
+constexpr std::int32_t MostRule50 = 200;
+
+[[nodiscard]] TbPosition FromPosition(const CPosition& position, std::int32_t rule50) noexcept {
+    const auto both = [&](PieceType type) {
+        return position.PiecesOf(type, Black) | position.PiecesOf(type, White);
+    };
+    TbPosition result;
+    result.white = position.colours[White];
+    result.black = position.colours[Black];
+    result.kings = both(King);
+    result.queens = both(Queen);
+    result.rooks = both(Rook);
+    result.bishops = both(Bishop);
+    result.knights = both(Knight);
+    result.pawns = both(Pawn);
+    result.rule50 = static_cast<std::uint8_t>(std::clamp(rule50, 0, MostRule50));
+    result.turn = position.sideToMove == White;
+    return result;
+}
+
+/// The class that a distance has when so many half-moves of the fifty-move rule are already gone.
+[[nodiscard]] int ClassOfDistance(int dtz, int rule50) noexcept {
+    if (dtz > 0) {
+        return dtz + rule50 < 101 ? 2 : 1;
+    }
+    if (dtz < 0) {
+        return rule50 - dtz < 101 ? -2 : -1;
+    }
+    return 0;
+}
+
+}  // namespace
+
+int CSyzygyProbe::SyzygyProbeWDL(const CPosition& position) const {
+    if (!Covers(position.MenCount())) {
+        return TbNoClass;
+    }
+    const TbPosition board = FromPosition(position, 0);
+    if (!TbFitsTables(board)) {
+        return TbNoClass;
+    }
+    TbSuccess success = TbSuccess::Found;
+    const int wdl = TbProbeWdl(*tables_, board, success);
+    return success == TbSuccess::Failed ? TbNoClass : wdl + 2;
+}
+
+TbResult CSyzygyProbe::SyzygyProbeRoot(const CPosition& position) const {
+    if (!Covers(position.MenCount())) {
+        return TbResultFailed;
+    }
+    const TbPosition board = FromPosition(position, position.halfmoveClock);
+    if (!TbIsValid(board)) {
+        return TbResultFailed;
+    }
+    int dtz = 0;
+    const TbMove move = TbProbeRoot(*tables_, board, dtz);
+    if (move == TbMoveNone) {
+        return TbResultFailed;
+    }
+    if (move == TbMoveCheckmate) {
+        return TbResultCheckmate;
+    }
+    if (move == TbMoveStalemate) {
+        return TbResultStalemate;
+    }
+    const auto wdl = static_cast<std::uint32_t>(ClassOfDistance(dtz, board.rule50) + 2);
+    const std::uint32_t enPassant = TbIsEnPassant(board, move) ? 1 : 0;
+    const auto distance = static_cast<std::uint32_t>(std::abs(dtz));
+    return {wdl | static_cast<std::uint32_t>(move.To()) << 4U |
+            static_cast<std::uint32_t>(move.From()) << 10U |
+            static_cast<std::uint32_t>(move.Promotion()) << 16U | enPassant << 19U |
+            distance << 20U};
+}
+
+bool CSyzygyProbe::TbResultToMove(TbResult result, Move& move) const noexcept {
+    if (result == TbResultFailed || result == TbResultCheckmate || result == TbResultStalemate) {
+        return false;
+    }
+    constexpr std::array<PromotionIndex, 8> Promotions = {PromoteRook, PromoteQueen, PromoteRook,
+                                                          PromoteBishop, PromoteKnight};
+    if (result.Promotion() == TbPromoteNone) {
+        move = Move::Make(result.From(), result.To());
+    } else {
+        move = Move::Make(result.From(), result.To(), MoveKind::Promotion,
+                          Promotions[result.Promotion()]);
+    }
+    // [rule in force][class]: sign of the score.
+    constexpr int Signs[2][5] = {{-1, -1, 0, 1, 1}, {-1, 0, 0, 0, 1}};
+    move.SetOrder(Signs[SyzygyRule50() ? 1 : 0][result.Class()] * result.Distance());
+    return true;
+}
+
+}  // namespace brenquil

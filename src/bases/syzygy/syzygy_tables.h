@@ -1,0 +1,105 @@
+// All Syzygy tables that a path names: which there are, and reading them when they are needed.
+//
+//     CSyzygyTables tables;
+//     tables.SetPath("/tables/wdl;/tables/dtz");     // says how many were found
+//     const TbEntry* entry = tables.TbFindWdl(position, key);
+//
+// Setting a path only looks which files exist. A win/draw/loss table is mapped and checked by the
+// first probe that needs it and stays so until the next path; a distance table likewise, in a cache
+// of the last 64.
+//
+// Threads: `TbFindWdl` may be called by any number of threads at once. The first reading of a table
+// happens under a mutex; afterwards no lock is taken. Everything else, the distance tables
+// included, belongs to the thread of the command loop, and a new path must not be set while a
+// search runs.
+//
+// Costs: about half a megabyte once a path has been set, and what the tables' headers hold.
+#pragma once
+
+#include "bases/syzygy/tb_entry.h"
+#include "bases/syzygy/tb_files.h"
+#include "bases/syzygy/tb_hash.h"
+#include "platform/relaxed.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace brenquil {
+
+class CSyzygyTables {
+public:
+    /// Takes the line that says how many tables were found, with its line feed.
+    using LineReceiver = std::function<void(const std::string& line)>;
+
+    static constexpr std::size_t DtzCacheRows = 64;
+
+    /// @param foundLine  called with each new path; left empty, the line goes to standard output
+    explicit CSyzygyTables(LineReceiver foundLine = {});
+    CSyzygyTables(const CSyzygyTables&) = delete;
+    CSyzygyTables& operator=(const CSyzygyTables&) = delete;
+    ~CSyzygyTables();
+
+    /// Takes the text of the path option. A text that differs from the last one and names
+    /// directories is scanned; an empty or unset one puts the tables out of use and leaves them as
+    /// they are.
+    void SetPath(const std::string& path);
+
+    /// Forgets all tables and looks for those of a new path.
+    /// @return true: a path without tables is no failure
+    bool SyzygyInit(const std::string& path);
+
+    /// Can there be a table for so many men. One comparison, for every node of a search.
+    [[nodiscard]] bool Covers(int men) const noexcept { return men <= usableMen_; }
+
+    /// Does a path other than the unset one hold.
+    [[nodiscard]] bool SyzygyLoaded() const noexcept { return loaded_; }
+
+    /// The most men of a table that was found.
+    [[nodiscard]] int SyzygyMaxMen() const noexcept { return maxMen_; }
+
+    /// How many tables were found.
+    [[nodiscard]] std::size_t Count() const noexcept { return pieceCount_ + pawnCount_; }
+
+    /// The win/draw/loss table of the position with that key, read if it was not yet; nothing if
+    /// there is none or it cannot be read.
+    [[nodiscard]] const TbEntry* TbFindWdl(const TbPosition& position, std::uint64_t key);
+
+    /// The distance table of the position; nothing if there is none or it cannot be read.
+    [[nodiscard]] const DtzEntry* TbFindDtz(const TbPosition& position);
+
+    /// Takes a table of that name into the list, as the scan does with a file that it has found.
+    /// Too many tables end the program.
+    void AddTable(const std::string& name);
+
+private:
+    struct DtzCacheEntry {
+        std::uint64_t key = 0;
+        std::uint64_t mirrorKey = 0;
+        std::unique_ptr<DtzEntry> entry;  ///< nothing: the material has no readable table
+    };
+
+    void ForgetTables() noexcept;
+    [[nodiscard]] bool LoadWdl(const TbPosition& position, std::uint64_t key, CTbHash::Slot& slot);
+    [[nodiscard]] std::unique_ptr<DtzEntry> LoadDtz(const TbPosition& position, bool mirror);
+
+    const LineReceiver foundLine_;
+    std::string path_;
+    Relaxed<bool> loaded_{false};
+    Relaxed<int> maxMen_{0};
+    Relaxed<int> usableMen_{-1};  ///< `maxMen_` while loaded
+    CTbPaths paths_;
+    CTbHash hash_;
+    std::unique_ptr<TbEntry[]> pieceEntries_;  ///< made with the first path, used up to the count
+    std::unique_ptr<TbEntry[]> pawnEntries_;
+    std::size_t pieceCount_ = 0;
+    std::size_t pawnCount_ = 0;
+    std::mutex mutex_;
+    std::array<DtzCacheEntry, DtzCacheRows> dtzCache_;  ///< the last one used in front
+};
+
+}  // namespace brenquil

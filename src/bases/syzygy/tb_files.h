@@ -1,0 +1,43 @@
+// The directories in which Syzygy tables are looked for, and finding and mapping a file in them.
+//
+// The list comes as one text with ";" between its pieces, on every platform. Directories are not
+// tested and no trailing separator is looked for; the first one in which a file opens wins.
+#pragma once
+
+#include "platform/file_mapping.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brenquil {
+
+inline constexpr std::string_view TbWdlSuffix = ".rtbw";
+inline constexpr std::string_view TbDtzSuffix = ".rtbz";
+
+class CTbPaths {
+public:
+    /// Takes a new list. Empty pieces are left out.
+    void Set(std::string_view list);
+
+    [[nodiscard]] const std::vector<std::string>& Directories() const noexcept {
+        return directories_;
+    }
+
+    /// The path of the first file of that name and suffix that can be opened; empty if there is
+    /// none.
+    [[nodiscard]] std::string TbOpenFile(std::string_view name, std::string_view suffix) const;
+
+    /// Maps that file. False if there is none. An empty file is there, but nothing of it is mapped.
+    /// A file that the system cannot map ends the program.
+    [[nodiscard]] bool TbMapFile(std::string_view name, std::string_view suffix,
+                                 CFileMapping& mapping) const;
+
+private:
+    std::vector<std::string> directories_;
+};
+
+/// Writes the text to the standard error stream and ends the program with code 1.
+[[noreturn]] void TbFatal(const std::string& text);
+
+}  // namespace brenquil

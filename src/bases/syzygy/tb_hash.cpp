@@ -1,0 +1,24 @@
+#include "bases/syzygy/tb_hash.h"
+
+#include "bases/syzygy/tb_files.h"
+
+namespace brenquil {
+
+void CTbHash::Clear() noexcept {
+    for (Bucket& bucket : buckets_) {
+        bucket.fill({});
+    }
+}
+
+void CTbHash::Add(std::uint64_t key, TbEntry& entry) {
+    for (Slot& slot : BucketOf(key)) {
+        if (slot.entry == nullptr) {
+            slot.key = key;
+            slot.entry = &entry;
+            return;
+        }
+    }
+    TbFatal("HSHMAX too low!\n");
+}
+
+}  // namespace brenquil

@@ -1,0 +1,104 @@
+// A folder of made Syzygy tables and the objects that read them.
+#pragma once
+
+#include "bases/syzygy/syzygy_bases.h"
+#include "bases/syzygy/syzygy_options.h"
+#include "bases/syzygy/syzygy_probe.h"
+#include "bases/syzygy/syzygy_tables.h"
+#include "bases/syzygy/tb_probe.h"
+#include "board/position_text.h"
+#include "syzygy_solver.h"
+#include "syzygy_writer.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brenquil {
+
+namespace support = testing_support;
+
+/// Beneath each test lies a folder of its own, removed with all that is in it.
+class CSyzygyFixture : public testing::Test {
+protected:
+    void SetUp() override {
+        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+        std::string name =
+            std::string("brenquil_syzygy_") + test->test_suite_name() + "_" + test->name() + "_" +
+            std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
+            std::to_string(
+                std::filesystem::file_time_type::clock::now().time_since_epoch().count());
+        folder = std::filesystem::temp_directory_path() / name;
+        std::filesystem::create_directories(folder);
+    }
+
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    /// Writes the true tables of the endings.
+    void Make(std::initializer_list<const char*> names) {
+        for (const char* const name : names) {
+            support::WriteSolvedTables(solver, folder, name);
+        }
+    }
+
+    /// Sets the path option to the folder.
+    void Load() { options.SetOption("Syzygy Path", folder.string()); }
+
+    void MakeAndLoad(std::initializer_list<const char*> names) {
+        Make(names);
+        Load();
+    }
+
+    /// The class of a position, en passant right of the FEN included; 99 for a failed probe.
+    int Wdl(std::string_view fen) {
+        TbSuccess success = TbSuccess::Found;
+        const int wdl = TbProbeWdl(tables, support::PositionOfFen(fen), success);
+        return success == TbSuccess::Failed ? 99 : wdl;
+    }
+
+    /// The distance likewise; 9999 for a failed probe.
+    int Dtz(std::string_view fen) {
+        TbSuccess success = TbSuccess::Found;
+        const int dtz = TbProbeDtz(tables, support::PositionOfFen(fen), success);
+        return success == TbSuccess::Failed ? 9999 : dtz;
+    }
+
+    static CPosition Position(std::string_view fen) {
+        CPosition position;
+        CPositionText(position).SetFen(fen);
+        return position;
+    }
+
+    int ProbeClass(std::string_view fen) const { return probe.SyzygyProbeWDL(Position(fen)); }
+
+    TbResult ProbeRoot(std::string_view fen) const { return probe.SyzygyProbeRoot(Position(fen)); }
+
+    std::filesystem::path folder;
+    support::CSyzygySolver solver;
+    std::vector<std::string> found;  ///< what was printed about found tables
+    CSyzygyTables tables{[this](const std::string& line) { found.push_back(line); }};
+    CSyzygyOptions options{[this](const std::string& path) { tables.SetPath(path); }};
+    CSyzygyProbe probe{tables, options};
+    CSyzygyBasesWDL wdlBase{tables, options};
+    CSyzygyBasesDTZ dtzBase{tables, options};
+};
+
+/// What the code writes to the standard error stream.
+template <class Code>
+std::string ErrorsOf(Code code) {
+    testing::internal::CaptureStderr();
+    code();
+    return testing::internal::GetCapturedStderr();
+}
+
+/// The folder of shared data, empty when there is none.
+inline std::filesystem::path SharedData() {
+    const char* const path = std::getenv("BRENQUIL_DATA");
+    return path == nullptr ? "" : path;
+}
+
+}  // namespace brenquil
