@@ -1,0 +1,147 @@
+#include "book/book.h"
+
+#include "platform/clock.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <memory>
+#include <numeric>
+#include <sstream>
+#include <utility>
+
+namespace brenquil {
+
+namespace {
+
+/// How much of the sorted list a mode may choose from; by mode, without BestMove.
+constexpr std::array<int, 3> RangePercent = {100, 50, 20};
+
+/// Heaviest first, by exchange. The order among moves of equal weight follows from the method: the
+/// one that stands first in the file need not stay before the others.
+void SortByWeight(MoveList& list) noexcept {
+    for (std::int32_t place = 0; place < list.count; ++place) {
+        for (std::int32_t later = place + 1; later < list.count; ++later) {
+            if (list[later].Order() > std::as_const(list)[place].Order()) {
+                std::swap(list[later], list[place]);
+            }
+        }
+    }
+}
+
+/// The number of moves at the head of a sorted list from which the mode chooses.
+std::int32_t RangeOf(CBookOptions::Mode mode, std::int32_t count) noexcept {
+    if (mode == CBookOptions::BestMove) {
+        return 1;
+    }
+    const double percent = RangePercent[static_cast<std::size_t>(mode)];
+    return static_cast<std::int32_t>(std::ceil(percent / 100.0 * count));
+}
+
+/// "(1234 = 61.70%)". With a sum of 0 the share is whatever the stream makes of no number.
+std::string ShareText(std::int32_t weight, std::int32_t sum) {
+    const double share = static_cast<double>(weight) / static_cast<double>(sum) * 100.0;
+    std::ostringstream text;
+    text << '(' << weight << " = " << std::fixed << std::setprecision(2) << share << "%)";
+    return text.str();
+}
+
+}  // namespace
+
+CBook::CBook(Printer print, std::function<void()> beforeChange)
+    : print_(std::move(print)),
+      beforeChange_(std::move(beforeChange)),
+      options([this](const std::string& path) { Load(path); },
+              [this](const std::string&) { FollowModeOption(); }) {}
+
+void CBook::LookUp(MoveList& list, const CPosition& position) noexcept {
+    if (file_.IsOpen() && options.ownBook.enabled) {
+        file_.LookUp(list, position);
+    }
+}
+
+bool CBook::PickMove(Move& result, const CPosition& position) {
+    return Pick(result, position, mode_);
+}
+
+bool CBook::ProbeRoot(Move& move, const CPosition& position) {
+    if (!PickMove(move, position)) {
+        return false;
+    }
+    move.SetOrder(0);
+    return true;
+}
+
+bool CBook::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPosition& position) {
+    MoveList list;
+    LookUp(list, position);
+    const Move* const found = std::find_if(list.begin(), list.end(),
+                                           [move](Move entry) { return SameMove(entry, move); });
+    if (found == list.end()) {
+        return false;
+    }
+    const std::int32_t sum =
+        std::accumulate(list.begin(), list.end(), 0,
+                        [](std::int32_t total, Move entry) { return total + entry.Order(); });
+    info.move = *found;
+    info.text = ShareText(found->Order(), sum);
+    FollowLine(info.line, move, position);
+    return true;
+}
+
+void CBook::Load(const std::string& path) {
+    if (path == path_) {
+        return;
+    }
+    beforeChange_();
+    path_ = path;
+    if (file_.Open(path)) {
+        print_("book \"" + path + "\" loaded! (" + std::to_string(RecordCount()) + " moves)");
+    }
+}
+
+/// A text that is none of the advertised words leaves the mode as it is.
+void CBook::FollowModeOption() {
+    const std::int32_t choice = options.bookMode.choice;
+    if (choice != COptionCombo::NoChoice) {
+        mode_ = static_cast<Mode>(choice);
+    }
+}
+
+bool CBook::Pick(Move& result, const CPosition& position, Mode mode) {
+    MoveList list;
+    LookUp(list, position);
+    if (list.count == 0) {
+        return false;
+    }
+    SortByWeight(list);
+    const std::int32_t range = RangeOf(mode, list.count);
+    result = list[mode == Mode::BestMove ? 0 : RandomBelow(range)];
+    return true;
+}
+
+/// Seeded at the first choice of the process, so that two games after a start differ.
+std::int32_t CBook::RandomBelow(std::int32_t limit) {
+    if (!isSeeded_) {
+        random_.seed(TickCount());
+        isSeeded_ = true;
+    }
+    return static_cast<std::int32_t>(random_() % static_cast<std::uint32_t>(limit));
+}
+
+/// The book's best moves after `move`, as far as they can be played. A line that goes in a circle
+/// fills the list; a move that leaves the king in check is the last one.
+void CBook::FollowLine(PvLine& line, Move move, const CPosition& position) {
+    const auto reached = std::make_unique<CPosition>();
+    reached->CopyFrom(position);
+    line.count = 0;
+    bool isPlayed = reached->MakeMove(move);
+    Move next = NoMove;
+    while (isPlayed && line.count < PvLine::Capacity && Pick(next, *reached, Mode::BestMove)) {
+        line.Append(next);
+        isPlayed = reached->MakeMove(next);
+    }
+}
+
+}  // namespace brenquil

@@ -1,0 +1,89 @@
+#include "book/book_file.h"
+
+#include "book/book_record.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+
+namespace brenquil {
+
+std::uint32_t CBookFile::RecordCount() const noexcept {
+    if (!IsOpen()) {
+        return 0;
+    }
+    const long place = std::ftell(file_.file);
+    // A file of 2 GiB and more has no place in a long on some systems, and counts as empty there.
+    const long size = std::fseek(file_.file, 0, SEEK_END) == 0 ? std::ftell(file_.file) : -1;
+    (void)std::fseek(file_.file, std::max(place, 0L), SEEK_SET);
+    const std::uint64_t records = static_cast<std::uint64_t>(std::max(size, 0L)) / RecordSize;
+    return static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(records, std::numeric_limits<std::uint32_t>::max()));
+}
+
+void CBookFile::LookUp(MoveList& list, const CPosition& position) noexcept {
+    const std::uint64_t key = position.key;
+    const std::uint32_t count = RecordCount();
+    if (count == 0) {
+        return;
+    }
+    const std::uint32_t first = FirstNotBelow(key, count);
+    if (KeyAt(first) != key) {
+        return;
+    }
+    // A full list takes no more: the rest of a book of nothing but this key need not be read.
+    for (std::uint32_t i = first; i < count && list.count < MoveList::Capacity; ++i) {
+        if (!SeekRecord(i) || ReadNumber(8) != key) {
+            return;
+        }
+        BookRecord record;
+        record.move = static_cast<std::uint16_t>(ReadNumber(2));
+        record.weight = static_cast<std::uint16_t>(ReadNumber(2));
+        const Move move = MoveOfRecord(record, position);
+        if (!move.IsNone()) {
+            list.Append(move);
+        }
+    }
+}
+
+/// Goes to the start of a record.
+bool CBookFile::SeekRecord(std::uint32_t index) noexcept {
+    const std::uint64_t place = std::uint64_t{index} * RecordSize;
+    return place <= static_cast<std::uint64_t>(std::numeric_limits<long>::max()) &&
+           std::fseek(file_.file, static_cast<long>(place), SEEK_SET) == 0;
+}
+
+/// The next bytes as a number, the most significant one first. Bytes behind the end of the file are
+/// skipped.
+std::uint64_t CBookFile::ReadNumber(int bytes) noexcept {
+    std::uint64_t number = 0;
+    for (int i = 0; i < bytes; ++i) {
+        const int byte = std::fgetc(file_.file);
+        if (byte != EOF) {
+            number = number << 8U | static_cast<std::uint64_t>(byte);
+        }
+    }
+    return number;
+}
+
+/// The key of a record, 0 if the file has no such place.
+std::uint64_t CBookFile::KeyAt(std::uint32_t index) noexcept {
+    return SeekRecord(index) ? ReadNumber(8) : 0;
+}
+
+/// The first record whose key is not below `key`, or the last record. `count` is not 0.
+std::uint32_t CBookFile::FirstNotBelow(std::uint64_t key, std::uint32_t count) noexcept {
+    std::uint32_t low = 0;
+    std::uint32_t high = count - 1;
+    while (low < high) {
+        const std::uint32_t middle = low + (high - low) / 2;
+        if (key > KeyAt(middle)) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low;
+}
+
+}  // namespace brenquil
