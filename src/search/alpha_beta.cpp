@@ -1,0 +1,273 @@
+// The node of the search. Its steps, in the order of `AlphaBeta`'s body: limits, repetition, hash
+// table, bases, horizon, static pruning, null move, the moves, the result. A step that may end the
+// node answers with a score, or with nothing to go on.
+
+#include "eval/score.h"
+#include "search/search.h"
+
+namespace brenquil {
+
+namespace {
+
+constexpr std::int32_t DeepestStaticPruning = 3;
+constexpr std::int32_t FewestMenForStaticPruning = 5;
+constexpr std::int32_t ExtensionDepthOffPv = 6;
+constexpr std::int32_t FiftyMoves = 100;  // in half-moves
+
+/// King and pawns are not enough: the side could be in zugzwang, where passing is the best "move".
+bool HasPiece(const CPosition& position, Colour colour) noexcept {
+    return position.colourCount[colour] != position.pieceCount[MakePiece(King, colour)] +
+                                               position.pieceCount[MakePiece(Pawn, colour)];
+}
+
+/// One rank before promotion, seen from the pawn's side.
+bool IsOnSeventh(Square square, Colour colour) noexcept {
+    return RankOf(square) == (colour == White ? 6 : 1);
+}
+
+}  // namespace
+
+Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
+                         bool afterNull) noexcept {
+    PvOf(ply).count = 0;
+    nodes_.AddBySoleWriter(1);
+    CheckLimits(ply);
+    if (stop_) {
+        return alpha;
+    }
+    if (!afterNull && ply > 0 && IsRepetition()) {
+        return DrawScore;
+    }
+    if (const auto score = ProbeTable(depth, alpha, beta)) {
+        return *score;
+    }
+    if (const auto score = ProbeBases(depth, ply)) {
+        return *score;
+    }
+    if (depth < 1 && !position_.inCheck) {
+        nodes_.AddBySoleWriter(static_cast<std::uint64_t>(-1));  // quiescence counts it again
+        return Quiescence(ply, 0, alpha, beta);
+    }
+
+    Node node{depth, ply, alpha, beta, position_.inCheck, beta - alpha > 1};
+    if (const auto score = PruneStatically(node)) {
+        return *score;
+    }
+    if (const auto score = TryNullMove(node, afterNull)) {
+        return *score;
+    }
+    if (!SearchMoves(node)) {
+        return node.alpha;  // stopped: an unfinished node leaves no trace in the table
+    }
+    return StoreResult(node);
+}
+
+/// One earlier occurrence is a draw, in the search as in the game before it. Every record is
+/// compared, the end of the walk (a capture, a pawn move or a null move) included.
+bool CSearch::IsRepetition() const noexcept {
+    const UndoRecord* const bottom = position_.undo.data();
+    const std::uint64_t key = position_.key;
+    for (const UndoRecord* record = bottom + position_.ply; record != bottom;) {
+        --record;
+        if (record->key == key) {
+            return true;
+        }
+        if (record->halfmoveClock == 0) {
+            return false;
+        }
+    }
+    return false;
+}
+
+std::optional<Score> CSearch::ProbeTable(std::int32_t depth, Score alpha,
+                                         Score beta) const noexcept {
+    const auto hit = hash_.Probe(position_.key);
+    if (!hit || hit->depth < depth) {
+        return std::nullopt;
+    }
+    switch (hit->bound) {
+    case Bound::Exact: return hit->score;
+    case Bound::Upper: return hit->score <= alpha ? std::optional(alpha) : std::nullopt;
+    case Bound::Lower: return hit->score >= beta ? std::optional(beta) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<Score> CSearch::ProbeBases(std::int32_t depth, std::int32_t ply) {
+    Score score = 0;
+    return bases_.ProbeSearch(score, position_, depth, ply) ? std::optional(score) : std::nullopt;
+}
+
+/// Razoring at the lower bound and reverse futility at the upper one: near the horizon a static
+/// score far outside the window is believed.
+std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
+    if (node.inCheck || node.isPv || node.depth < 1 || node.depth > DeepestStaticPruning ||
+        position_.MenCount() < FewestMenForStaticPruning || !options_.useFutility.enabled) {
+        return std::nullopt;
+    }
+    const Score margin = options_.futilityMargins[static_cast<std::size_t>(node.depth)];
+    const Score lower = node.alpha - margin;
+    const Score upper = node.beta + margin;
+    const Score value = evaluation_.Evaluate(lower, upper);
+    if (value <= lower) {
+        // On purpose the node stays counted here and is counted by quiescence once more.
+        return Quiescence(node.ply, 0, node.alpha, node.beta);
+    }
+    if (value >= upper) {
+        return node.beta;
+    }
+    return std::nullopt;
+}
+
+/// If even passing keeps the score above beta, a move surely does. No verification, no special
+/// treatment of mate scores, and no look at the stop flag.
+std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noexcept {
+    if (afterNull || node.inCheck || node.isPv || !options_.useNullmove.enabled ||
+        node.depth < options_.nullmoveMinDepth.number ||
+        !HasPiece(position_, position_.sideToMove)) {
+        return std::nullopt;
+    }
+    hash_.Prefetch(position_.key ^ SideKey);
+    position_.MakeNullMove();
+    const Score value = -AlphaBeta(node.depth - options_.nullmoveReduction.Bounded() - 1,
+                                   node.ply + 1, -node.beta, 1 - node.beta, true);
+    position_.UndoNullMove();
+    return value >= node.beta ? std::optional(node.beta) : std::nullopt;
+}
+
+/// False if the search was stopped.
+bool CSearch::SearchMoves(Node& node) noexcept {
+    CMovePicker& picker = PickerOf(node.ply);
+    picker.Reset(node.ply);
+    for (Move move = NextMove(picker); !move.IsNone(); move = NextMove(picker)) {
+        const Piece moved = position_.board[move.From()];
+        const bool isQuiet = IsQuiet(move);
+        hash_.Prefetch(position_.LikelyKeyAfter(move));  // arrives while the move is made
+        if (!position_.MakeMove(move)) {
+            continue;
+        }
+        ++node.legalMoves;
+        currentLine_.Append(move);
+        const std::int32_t extension = ExtensionOf(node, move, moved);
+        const std::int32_t reduction = ReductionOf(node, move, moved, extension, isQuiet);
+        const Score value = SearchMove(node, node.depth - 1 + extension - reduction, reduction);
+        currentLine_.RemoveLast();
+        position_.UndoMove(move);
+        if (stop_) {
+            return false;
+        }
+        if (isQuiet) {
+            LearnFromQuiet(node, move, moved, value);
+        }
+        if (value > node.alpha) {
+            RaiseAlpha(node, move, value);
+            if (value >= node.beta) {
+                break;
+            }
+        }
+    }
+    return true;
+}
+
+bool CSearch::IsQuiet(Move move) const noexcept {
+    return (move.Kind() == MoveKind::Normal || move.Kind() == MoveKind::Castling) &&
+           position_.board[move.To()] == PieceNone;
+}
+
+/// A ply for a check and a ply for a pawn one step before promotion. After `MakeMove`.
+std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) const noexcept {
+    if ((!node.isPv && node.depth >= ExtensionDepthOffPv) || !options_.useExtensions.enabled) {
+        return 0;
+    }
+    const bool isPawnOnSeventh = TypeOf(moved) == Pawn && IsOnSeventh(move.To(), ColourOf(moved));
+    return (position_.inCheck ? 1 : 0) + (isPawnOnSeventh ? 1 : 0);
+}
+
+/// Late quiet moves that have mostly failed are searched one ply less deep. Counts the moves that
+/// qualify; the first few of them are spared. After `MakeMove`.
+std::int32_t CSearch::ReductionOf(Node& node, Move move, Piece moved, std::int32_t extension,
+                                  bool isQuiet) const noexcept {
+    if (!isQuiet || extension != 0 || node.isPv || node.inCheck || position_.inCheck ||
+        node.depth < options_.lmrMinDepth.number || !options_.useLmr.enabled) {
+        return 0;
+    }
+    const HistoryEntry& history = HistoryOf(moved, move.To());
+    if (history.hits > std::uint64_t{2} * history.misses) {
+        return 0;
+    }
+    ++node.reducible;
+    return options_.lmrMinMoves.number <= node.reducible ? 1 : 0;
+}
+
+/// Principal variation search of the move that stands on the board: the first with the whole
+/// window, the others with a null window and again if they turn out better.
+Score CSearch::SearchMove(const Node& node, std::int32_t newDepth,
+                          std::int32_t reduction) noexcept {
+    const std::int32_t ply = node.ply + 1;
+    if (node.legalMoves == 1) {
+        return -AlphaBeta(newDepth, ply, -node.beta, -node.alpha, false);
+    }
+    Score value = -AlphaBeta(newDepth, ply, -node.alpha - 1, -node.alpha, false);
+    if (reduction != 0 && value > node.alpha) {
+        value = -AlphaBeta(newDepth + 1, ply, -node.alpha - 1, -node.alpha, false);
+    }
+    if (value > node.alpha && value < node.beta) {
+        value = -AlphaBeta(newDepth, ply, -node.beta, -node.alpha, false);
+    }
+    return value;
+}
+
+/// A move that raised alpha without reaching beta is rewarded and counts as a miss all the same.
+void CSearch::LearnFromQuiet(const Node& node, Move move, Piece moved, Score value) noexcept {
+    HistoryEntry& history = HistoryOf(moved, move.To());
+    if (value >= node.beta) {
+        ++history.hits;
+        RememberKiller(node.ply, move);
+    } else {
+        ++history.misses;
+    }
+    if (value > node.alpha) {
+        // Only absurd options make depths whose square needs more than 32 bits.
+        const std::int64_t depth = node.depth;
+        history.Reward(value >= node.beta ? depth * depth : depth);
+    }
+}
+
+void CSearch::RememberKiller(std::int32_t ply, Move move) noexcept {
+    KillerPair& killers = KillersOf(ply);
+    if (!SameMove(move, killers.first)) {
+        killers.second = killers.first;
+        killers.first = Move{move.Identity()};
+    }
+}
+
+void CSearch::RaiseAlpha(Node& node, Move move, Score value) noexcept {
+    node.alpha = value;
+    node.bound = value < node.beta ? Bound::Exact : Bound::Lower;
+    node.bestMove = Move{move.Identity()};
+    RebuildPv(node.ply, move);
+}
+
+void CSearch::RebuildPv(std::int32_t ply, Move move) noexcept {
+    PvLine& line = PvOf(ply);
+    line.count = 0;
+    line.Append(move);
+    for (const Move reply : PvOf(ply + 1)) {
+        line.Append(reply);
+    }
+}
+
+/// The fifty-move rule comes after the moves have been searched: a mate on the hundredth half-move
+/// stays a mate.
+Score CSearch::StoreResult(const Node& node) noexcept {
+    Score result = node.alpha;
+    if (node.legalMoves == 0) {
+        result = node.inCheck ? node.ply - MateScore : DrawScore;
+    } else if (position_.halfmoveClock >= FiftyMoves) {
+        result = DrawScore;
+    }
+    hash_.Store(position_.key, result, node.depth, node.bound, node.bestMove);
+    return result;
+}
+
+}  // namespace brenquil

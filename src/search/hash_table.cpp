@@ -1,0 +1,129 @@
+#include "search/hash_table.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace brenquil {
+
+namespace {
+
+constexpr double BytesPerMegabyte = 1024.0 * 1024.0;
+constexpr double TableShare = 0.9;
+constexpr double PawnHashShare = 0.1;
+constexpr double PawnEntriesPerByte = 0.03125;  // 32 bytes an entry
+
+double EntriesOf(std::uint32_t megabytes) noexcept {
+    return TableShare * megabytes * BytesPerMegabyte / CHashTable::EntryBytes;
+}
+
+double PawnEntriesOf(std::uint32_t megabytes) noexcept {
+    return megabytes * PawnHashShare * BytesPerMegabyte * PawnEntriesPerByte;
+}
+
+}  // namespace
+
+bool CHashTable::Resize(std::uint32_t megabytes) {
+    if (megabytes == sizeMegabytes_) {
+        return true;
+    }
+    const std::uint32_t before = sizeMegabytes_;
+    Release();
+    if (Allocate(megabytes)) {
+        return true;
+    }
+    // What was there a moment ago can be had again, though emptied; if not even that, the engine
+    // goes on without a table.
+    if (!Allocate(before)) {
+        Release();
+    }
+    return false;
+}
+
+bool CHashTable::Allocate(std::uint32_t megabytes) {
+    const double entries = EntriesOf(megabytes);
+    if (entries > std::numeric_limits<std::uint32_t>::max()) {
+        return false;
+    }
+    const auto count = static_cast<std::uint32_t>(entries);
+    if (count != 0) {
+        const std::size_t blockCount =
+            (static_cast<std::size_t>(count) + EntriesPerBlock - 1) / EntriesPerBlock;
+        pages_ = CPages::Allocate(blockCount * sizeof(Block));
+        if (pages_.Data() == nullptr) {
+            return false;
+        }
+        // Pages of zeros are entries of zeros: `Relaxed` has the layout of what it holds.
+        blocks_ = static_cast<Block*>(pages_.Data());
+        modulo_ = CExactModulo(count);
+    }
+    entryCount_ = count;
+    freeCount_ = count;
+    sizeMegabytes_ = megabytes;
+    if (!pawnHash.Resize(static_cast<std::uint32_t>(PawnEntriesOf(megabytes)))) {
+        Release();
+        return false;
+    }
+    return true;
+}
+
+void CHashTable::Release() noexcept {
+    blocks_ = nullptr;
+    pages_.Release();
+    entryCount_ = 0;
+    freeCount_ = 0;
+    age_ = 0;
+    sizeMegabytes_ = 0;
+    static_cast<void>(pawnHash.Resize(0));
+}
+
+void CHashTable::Clear() noexcept {
+    if (blocks_ != nullptr) {
+        const std::size_t blockCount = pages_.Size() / sizeof(Block);
+        for (Block* block = blocks_; block != blocks_ + blockCount; ++block) {
+            for (std::uint32_t index = 0; index < EntriesPerBlock; ++index) {
+                block->verification[index] = 0;
+                block->data[index] = 0;
+            }
+        }
+    }
+    age_ = 0;
+    freeCount_ = entryCount_;
+}
+
+void CHashTable::Store(std::uint64_t key, Score score, std::int32_t depth, Bound bound,
+                       Move move) noexcept {
+    if (blocks_ == nullptr) [[unlikely]] {
+        return;
+    }
+    const Slot slot = SlotOf(key);
+    const std::uint64_t old = slot.block->data[slot.index];
+    const auto oldAge = static_cast<std::uint8_t>(old);
+    const std::uint16_t oldDepth = DepthOf(old);
+    // The byte against the whole counter: from the 256th search on nothing is of this search's age.
+    if (oldAge == age_ && oldDepth > depth) {
+        return;
+    }
+    if (oldDepth == 0 || oldAge < age_) {
+        freeCount_.AddBySoleWriter(static_cast<std::uint32_t>(-1));
+    }
+    const std::uint64_t data =
+        static_cast<std::uint8_t>(age_) |
+        static_cast<std::uint64_t>(static_cast<std::uint16_t>(depth)) << DepthShift |
+        static_cast<std::uint64_t>(static_cast<std::uint16_t>(score)) << ScoreShift |
+        static_cast<std::uint64_t>(move.Identity()) << MoveShift;
+    slot.block->data[slot.index] = data;
+    slot.block->bound[slot.index] = bound;
+    slot.block->verification[slot.index] = data ^ key;
+}
+
+std::uint32_t CHashTable::Hashfull() const noexcept {
+    if (entryCount_ == 0) {
+        return 0;
+    }
+    const std::uint32_t claimed = entryCount_ - freeCount_;
+    const double thousandths = static_cast<double>(claimed) / entryCount_ * 1000.0;
+    return static_cast<std::uint32_t>(std::min(thousandths, 1000.0));
+}
+
+}  // namespace brenquil

@@ -1,0 +1,159 @@
+// The transposition table that all search threads share, and the pawn hash beside it.
+//
+// One memory size is divided 90 to 10 between the two. The table has one entry per index and no
+// buckets; the index is the key modulo the number of entries, so every megabyte is used and no size
+// needs rounding. Threads read and write without locks: an entry holds its key XORed with its data,
+// and a reader that meets the halves of two different stores fails the comparison. The bound stands
+// outside that protection, so a torn entry can match with a wrong bound; that is accepted, and a
+// move from the table is tested before it is played.
+//
+// Scores are kept as the search holds them, mate scores included: they are relative to the root of
+// the search that stored them and are not corrected by ply. That is required behaviour.
+//
+// Cost: one multiplication pair and one cache line for a probe.
+#pragma once
+
+#include "board/types.h"
+#include "eval/pawn_hash.h"
+#include "platform/bits.h"
+#include "platform/exact_modulo.h"
+#include "platform/memory.h"
+#include "platform/relaxed.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace brenquil {
+
+/// How the stored score bounds the true one.
+enum class Bound : std::uint8_t { Exact = 0, Upper = 1, Lower = 2 };
+
+/// An entry as a reader sees it.
+struct HashHit {
+    std::int32_t depth;  ///< 0 to 65535: a negative depth was stored wrapped round, as it stands
+    Score score;
+    Move move;  ///< `NoMove` if none is known; not yet tested against the position
+    Bound bound;
+};
+
+/// The sizing and clearing operations are called while no search runs.
+class CHashTable {
+public:
+    /// Bytes that one entry counts for in the division of the memory.
+    static constexpr double EntryBytes = 24.0;
+
+    /// Starts without memory: probes find nothing, stores are dropped.
+    CHashTable() noexcept = default;
+    CHashTable(const CHashTable&) = delete;
+    CHashTable& operator=(const CHashTable&) = delete;
+    CHashTable(CHashTable&&) = delete;
+    CHashTable& operator=(CHashTable&&) = delete;
+    ~CHashTable() = default;
+
+    /// Gives both tables their share of that many mebibytes, emptied, with the age at 0. The
+    /// present size keeps everything. False if the memory cannot be had: the size stays as it was.
+    [[nodiscard]] bool Resize(std::uint32_t megabytes);
+
+    /// Empties the main table and sets the age to 0. The pawn hash keeps its contents: they are
+    /// exact for their keys.
+    void Clear() noexcept;
+
+    /// Takes away the protection that entries have within one search.
+    void RaiseAge() noexcept { ++age_; }
+
+    /// Lets `Hashfull` count from here.
+    void ResetFreeCount() noexcept { freeCount_ = entryCount_; }
+
+    [[nodiscard]] std::optional<HashHit> Probe(std::uint64_t key) const noexcept {
+        if (blocks_ == nullptr) [[unlikely]] {
+            return std::nullopt;
+        }
+        const Slot slot = SlotOf(key);
+        const std::uint64_t data = slot.block->data[slot.index];
+        if (slot.block->verification[slot.index] != (data ^ key)) {
+            return std::nullopt;
+        }
+        return HashHit{
+            static_cast<std::int32_t>(DepthOf(data)), static_cast<std::int16_t>(data >> ScoreShift),
+            Move{static_cast<std::uint32_t>(data >> MoveShift)}, slot.block->bound[slot.index]};
+    }
+
+    /// Replaces what the slot holds, whatever its key, unless that is deeper and of this search. A
+    /// store without a move overwrites one with a move.
+    void Store(std::uint64_t key, Score score, std::int32_t depth, Bound bound, Move move) noexcept;
+
+    /// Asks the processor for the cache line of a key that will soon be probed.
+    void Prefetch(std::uint64_t key) const noexcept {
+        if (blocks_ != nullptr) [[likely]] {
+            brenquil::Prefetch(SlotOf(key).block);
+        }
+    }
+
+    /// Entries claimed since `ResetFreeCount`, in thousandths of the table, at most 1000.
+    [[nodiscard]] std::uint32_t Hashfull() const noexcept;
+
+    [[nodiscard]] std::uint32_t SizeMegabytes() const noexcept { return sizeMegabytes_; }
+
+    [[nodiscard]] std::uint32_t EntryCount() const noexcept { return entryCount_; }
+
+    [[nodiscard]] std::uint32_t FreeCount() const noexcept { return freeCount_; }
+
+    [[nodiscard]] std::uint32_t Age() const noexcept { return age_; }
+
+    CPawnHash pawnHash;
+
+private:
+    // The packed word of an entry:
+    //
+    // | bits  | type   | meaning                                  |
+    // |-------|--------|------------------------------------------|
+    // | 0-7   | u8     | age of the search that wrote it, low byte |
+    // | 8-15  |        | 0                                        |
+    // | 16-31 | u16    | depth                                    |
+    // | 32-47 | i16    | score                                    |
+    // | 48-63 | u16    | move, low half; 0 if none                |
+    static constexpr unsigned DepthShift = 16;
+    static constexpr unsigned ScoreShift = 32;
+    static constexpr unsigned MoveShift = 48;
+
+    static constexpr std::uint32_t EntriesPerBlock = 3;
+
+    /// Three entries share a cache line, so that no probe touches two.
+    struct alignas(64) Block {
+        Relaxed<std::uint64_t> verification[EntriesPerBlock];  ///< key XOR data
+        Relaxed<std::uint64_t> data[EntriesPerBlock];
+        Relaxed<Bound> bound[EntriesPerBlock];
+    };
+
+    static_assert(sizeof(Block) == 64);
+
+    struct Slot {
+        Block* block;
+        std::uint32_t index;
+    };
+
+    [[nodiscard]] Slot SlotOf(std::uint64_t key) const noexcept {
+        const auto entry = static_cast<std::uint32_t>(modulo_(key));
+        return {blocks_ + entry / EntriesPerBlock, entry % EntriesPerBlock};
+    }
+
+    [[nodiscard]] static constexpr std::uint16_t DepthOf(std::uint64_t data) noexcept {
+        return static_cast<std::uint16_t>(data >> DepthShift);
+    }
+
+    [[nodiscard]] bool Allocate(std::uint32_t megabytes);
+    void Release() noexcept;
+
+    Block* blocks_ = nullptr;
+    CExactModulo modulo_{1};
+    std::uint32_t entryCount_ = 0;
+    std::uint32_t age_ = 0;
+    std::uint32_t sizeMegabytes_ = 0;
+    CPages pages_;
+    /// Entries not yet written in this search. Replacing an entry of depth 0 counts again each
+    /// time, so the figure can run past zero; a decrement lost between threads is accepted.
+    alignas(64) Relaxed<std::uint32_t> freeCount_{0};
+};
+
+}  // namespace brenquil

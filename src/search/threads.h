@@ -1,0 +1,139 @@
+// The threads of a search: one master for the whole program, and workers for the time of one
+// search.
+//
+// Every thread runs a complete search of the same position on objects of its own; the threads help
+// one another only through the shared hash table. There is no split point, no queue and no vote: a
+// worker sees a table filled by the others and takes other paths by timing alone. Only the master
+// reports and decides, and the workers' results are thrown away.
+#pragma once
+
+#include "board/position.h"
+#include "platform/thread.h"
+#include "search/search.h"
+#include "search/search_limits.h"
+#include "search/search_receiver.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace brenquil {
+
+/// Something that runs on a thread of its own.
+class CThread {
+public:
+    CThread() = default;
+    CThread(const CThread&) = delete;
+    CThread& operator=(const CThread&) = delete;
+    CThread(CThread&&) = delete;
+    CThread& operator=(CThread&&) = delete;
+    virtual ~CThread() = default;
+
+    /// The thread's work.
+    virtual void Run() = 0;
+
+protected:
+    /// Runs `Run` on a new thread; false if the system gives none.
+    [[nodiscard]] bool StartThread() noexcept { return handle_.Start(&ThreadEntry, this); }
+
+    void JoinThread() noexcept { handle_.Join(); }
+
+    void DetachThread() noexcept { handle_.Detach(); }
+
+private:
+    static void ThreadEntry(void* object) { static_cast<CThread*>(object)->Run(); }
+
+    CThreadHandle handle_;
+};
+
+/// A thread that searches: a position and the search on it.
+class CSearchThread : public CThread {
+public:
+    explicit CSearchThread(const SearchContext& context) : search_(position, context) {}
+
+    CPosition position;
+
+protected:
+    CSearch search_;
+};
+
+/// A helper for one search. Its results live in the shared hash table only.
+class CWorkerThread final : public CSearchThread {
+public:
+    /// Takes over the master's position whole, with the history that its repetition test needs.
+    CWorkerThread(const SearchContext& context, const CPosition& root);
+
+    /// Searches deeper and deeper until the stop flag is set or the last depth is done. There is no
+    /// root logic here: the table can answer at the root, so a worker races up through depths that
+    /// others have done.
+    void Run() override;
+
+    /// False if the system gives no thread; the object then does nothing.
+    [[nodiscard]] bool Start() noexcept { return StartThread(); }
+
+    /// Stops the search and waits for the thread; returns at once if there is none.
+    void Stop() noexcept;
+
+    [[nodiscard]] std::uint64_t Nodes() const noexcept { return search_.Nodes(); }
+};
+
+/// The workers of the search under way; empty between searches. Used by the master's thread alone.
+class CWorkerList final : public IWorkers {
+public:
+    /// More threads than this are not started, whatever the option says: each takes a megabyte.
+    static constexpr std::int32_t MaxThreads = 256;
+
+    explicit CWorkerList(const SearchContext& context) noexcept : context_(context) {}
+
+    void Start(const CPosition& root) override;
+    [[nodiscard]] std::uint64_t Nodes() const noexcept override;
+    void Stop() noexcept override;
+
+private:
+    SearchContext context_;
+    std::vector<std::unique_ptr<CWorkerThread>> workers_;
+};
+
+/// The one search thread of the program that talks. Its position is the game position: the one that
+/// `position`, `ucinewgame` and the console commands act on. All operations but `Run` are the
+/// reading thread's. The object lives until the process ends, whatever its thread is doing.
+class CMasterThread final : public CSearchThread {
+public:
+    CMasterThread(const SearchContext& context, ISearchReceiver& receiver);
+
+    /// Ends a search that is under way, then starts one on the position with these limits and
+    /// returns. False if the system gives no thread.
+    [[nodiscard]] bool Start(const SearchLimits& limits);
+
+    /// Asks the search to stop and returns at once. The best move comes from the search's thread.
+    void Stop() noexcept { search_.RequestStop(); }
+
+    /// Clears the pause flag, which nothing sets.
+    void PonderHit() noexcept { search_.ClearPause(); }
+
+    /// Stops a search that is under way and waits until it has reported its best move. Needed
+    /// before anything that a search reads is rewritten. Takes the time of a node or two.
+    void EndSearch() noexcept;
+
+    /// Waits until the search under way has ended by itself.
+    void WaitForSearch() noexcept;
+
+    /// Nodes of the last search, all threads together.
+    [[nodiscard]] std::uint64_t Nodes() const noexcept { return search_.Nodes(); }
+
+    void Run() override;
+
+private:
+    void SetSearching(bool isSearching) noexcept;
+
+    SearchLimits limits_;
+    ISearchReceiver& receiver_;
+    CWorkerList workers_;
+    std::mutex mutex_;  ///< guards the one flag below
+    std::condition_variable searchEnded_;
+    bool isSearching_ = false;
+};
+
+}  // namespace brenquil

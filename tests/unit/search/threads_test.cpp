@@ -1,0 +1,331 @@
+// The master and its workers, with real threads.
+
+#include "search/threads.h"
+#include "search_setup.h"
+
+#include <atomic>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace brenquil {
+namespace {
+
+/// Waits for something that another thread does; false after far too long.
+template <class Condition>
+bool Eventually(Condition condition) {
+    for (int i = 0; i < 60'000; ++i) {
+        if (condition()) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
+}
+
+/// A base that knows nothing and notes which threads ask: each has a position of its own.
+class CRollCall {
+public:
+    explicit CRollCall(CBaseList& bases) {
+        base_.answer = [this](Score& score, const CPosition& position, int, int ply) {
+            const std::lock_guard lock(mutex_);
+            positions_.insert(&position);
+            if (ply == 0) {
+                rootPly = position.ply;
+                rootRecordKey = position.undo[2].key;
+                rootKey = position.key;
+            }
+            score = 0;
+            return answers && ply > 0;
+        };
+        bases.Add(base_);
+    }
+
+    [[nodiscard]] std::size_t Threads() {
+        const std::lock_guard lock(mutex_);
+        return positions_.size();
+    }
+
+    void Forget() {
+        const std::lock_guard lock(mutex_);
+        positions_.clear();
+    }
+
+    std::atomic<bool> answers{false};
+    std::atomic<std::int32_t> rootPly{0};
+    std::atomic<std::uint64_t> rootRecordKey{0};
+    std::atomic<std::uint64_t> rootKey{0};
+
+private:
+    CScriptedBase base_;
+    std::mutex mutex_;
+    std::set<const CPosition*> positions_;
+};
+
+class Threads : public testing::Test {
+protected:
+    ~Threads() override { master->EndSearch(); }
+
+    void SetThreads(int count) { setup.Option("Threads", std::to_string(count)); }
+
+    void Go(const SearchLimits& limits) {
+        setup.hash.RaiseAge();
+        ASSERT_TRUE(master->Start(limits));
+    }
+
+    void GoAndWait(const SearchLimits& limits) {
+        Go(limits);
+        master->WaitForSearch();
+    }
+
+    static SearchLimits Depth(std::int32_t depth) {
+        SearchLimits limits;
+        limits.depth = depth;
+        return limits;
+    }
+
+    static SearchLimits Infinite() {
+        SearchLimits limits;
+        limits.infinite = true;
+        return limits;
+    }
+
+    SearchSetup setup;
+    CRecordingReceiver receiver;
+    std::unique_ptr<CMasterThread> master =
+        std::make_unique<CMasterThread>(setup.Context(), receiver);
+};
+
+using ThreadsSlow = Threads;
+
+// Workers
+
+TEST_F(Threads, OneThreadHasNoWorkers) {
+    CRollCall rollCall(setup.bases);
+    for (const int threads : {1, 0, -7}) {
+        SetThreads(threads);
+        rollCall.Forget();
+        CWorkerList workers(setup.Context());
+        workers.Start(setup.position);
+        EXPECT_EQ(workers.Nodes(), 0U);
+        workers.Stop();
+        EXPECT_EQ(rollCall.Threads(), 0U);
+    }
+}
+
+TEST_F(Threads, OptionCountsTheMaster) {
+    CRollCall rollCall(setup.bases);
+    for (const int threads : {2, 5, 8, 3}) {
+        SetThreads(threads);
+        rollCall.Forget();
+        const auto wanted = static_cast<std::size_t>(threads);
+        Go(Infinite());
+        EXPECT_TRUE(Eventually([&] { return rollCall.Threads() == wanted; }));
+        master->EndSearch();
+        EXPECT_EQ(rollCall.Threads(), wanted);
+    }
+}
+
+TEST_F(Threads, WorkerBeginsFromTheRootWithTheHistoryOfTheGame) {
+    CRollCall rollCall(setup.bases);
+    setup.Set(StartFen, "g1f3 g8f6 f3g1");
+    SetThreads(2);
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    EXPECT_TRUE(Eventually([&] { return rollCall.rootPly != 0; }));
+    workers.Stop();
+    EXPECT_EQ(rollCall.rootPly, setup.position.ply);
+    EXPECT_EQ(rollCall.rootKey, setup.position.key);
+    EXPECT_EQ(rollCall.rootRecordKey, setup.position.undo[2].key);
+}
+
+TEST_F(Threads, WorkersCountTheirNodesAndAreGoneAfterStop) {
+    SetThreads(3);
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    EXPECT_TRUE(Eventually([&] { return workers.Nodes() > 1000; }));
+    workers.Stop();
+    EXPECT_EQ(workers.Nodes(), 0U);
+    workers.Stop();
+}
+
+TEST_F(Threads, StartingAgainReplacesTheWorkers) {
+    CRollCall rollCall(setup.bases);
+    SetThreads(4);
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    EXPECT_TRUE(Eventually([&] { return rollCall.Threads() == 3; }));
+    SetThreads(1);
+    workers.Start(setup.position);
+    EXPECT_EQ(workers.Nodes(), 0U);
+}
+
+TEST_F(Threads, WorkerAtTheEndOfItsDepthsEndsAloneAndTheSearchGoesOn) {
+    CRollCall rollCall(setup.bases);
+    rollCall.answers = true;  // every reply is known, so all depths are done at once
+    SetThreads(2);
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    std::uint64_t before = 1;
+    EXPECT_TRUE(Eventually([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        const std::uint64_t now = workers.Nodes();
+        return now != 0 && now == std::exchange(before, now);
+    }));
+    const std::uint64_t nodes = workers.Nodes();
+    EXPECT_GE(nodes, 254U);  // a root for each depth
+    EXPECT_EQ(setup.hash.Probe(setup.position.key)->depth, 254);
+    ASSERT_TRUE(master->Start(Infinite()));
+    EXPECT_TRUE(Eventually([&] { return master->Nodes() > 5000; }));
+    master->EndSearch();
+    EXPECT_EQ(receiver.record.ends, 1);
+    EXPECT_EQ(workers.Nodes(), nodes);
+    workers.Stop();
+}
+
+TEST_F(Threads, WorkerStoppedByTheGameLengthEnds) {
+    setup.Set("4k3/8/8/8/8/8/8/4K3 w - - 0 100000");
+    SetThreads(3);
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    EXPECT_TRUE(Eventually([&] { return workers.Nodes() == 2; }));  // a node each
+    workers.Stop();
+}
+
+TEST_F(ThreadsSlow, BoundlessNumberOfThreadsIsCutAt256) {
+    CRollCall rollCall(setup.bases);
+    ASSERT_TRUE(setup.hash.Resize(0));  // nobody is spared a question by another's entry
+    SetThreads(100'000);
+    rollCall.answers = true;
+    CWorkerList workers(setup.Context());
+    workers.Start(setup.position);
+    EXPECT_TRUE(Eventually([&] { return rollCall.Threads() == 255; }));
+    workers.Stop();
+    EXPECT_EQ(rollCall.Threads(), 255U);
+}
+
+// Master
+
+TEST_F(Threads, OneThreadReportsTheSameEachTime) {
+    GoAndWait(Depth(6));
+    const std::vector<std::string> first = receiver.record.texts;
+    receiver.record = {};
+    setup.hash.Clear();
+    GoAndWait(Depth(6));
+    EXPECT_EQ(receiver.record.texts, first);
+    EXPECT_EQ(receiver.record.statistics.back().nodes, master->Nodes());
+}
+
+TEST_F(Threads, NodesOfSeveralThreadsAreASum) {
+    SetThreads(4);
+    SearchLimits limits;
+    limits.nodes = 50'000;
+    GoAndWait(limits);
+    EXPECT_GE(receiver.record.statistics.back().nodes, 50'000U);
+    EXPECT_EQ(receiver.record.statistics.back().nodes, master->Nodes());
+    EXPECT_EQ(receiver.record.ends, 1);  // the workers may use it up before the first iteration
+}
+
+TEST_F(Threads, ChangesBetweenSearchesTakeEffectAtTheNext) {
+    CRollCall rollCall(setup.bases);
+    for (const int threads : {3, 1, 8, 2, 1}) {
+        SetThreads(threads);
+        rollCall.Forget();
+        receiver.record = {};
+        const auto wanted = static_cast<std::size_t>(threads);
+        Go(Infinite());
+        EXPECT_TRUE(Eventually([&] { return rollCall.Threads() == wanted; }));
+        SetThreads(5);  // too late for this search
+        const std::uint64_t before = master->Nodes();
+        EXPECT_TRUE(Eventually([&] { return master->Nodes() > before + 1000; }));
+        master->EndSearch();
+        EXPECT_EQ(rollCall.Threads(), wanted);
+        EXPECT_EQ(receiver.record.ends, 1);
+    }
+}
+
+TEST_F(Threads, StopAtAnyMomentOfTheStartGivesOneEnd) {
+    SetThreads(8);
+    for (int round = 0; round < 30; ++round) {
+        receiver.record = {};
+        Go(Infinite());
+        if (round % 3 == 1) {
+            std::this_thread::yield();
+        } else if (round % 3 == 2) {
+            std::this_thread::sleep_for(std::chrono::microseconds(round * 40));
+        }
+        master->Stop();
+        master->WaitForSearch();
+        ASSERT_EQ(receiver.record.ends, 1);
+    }
+}
+
+TEST_F(Threads, StopWhileTheWorkersAreCreatedFindsNoBestMove) {
+    // The stop comes before the thread of the search has begun.
+    SetThreads(4);
+    const auto search = std::make_unique<CSearch>(setup.position, setup.Context());
+    CWorkerList real(setup.Context());
+    CFakeWorkers workers;
+    workers.onStart = [&] {
+        real.Start(setup.position);
+        search->RequestStop();
+    };
+    search->Think(Depth(5), workers, receiver);
+    real.Stop();
+    EXPECT_EQ(receiver.record.texts.back(), "no best move");
+    EXPECT_TRUE(receiver.record.pvs.empty());
+    EXPECT_EQ(search->Nodes(), 1U);
+}
+
+TEST_F(Threads, StopBeforeASearchDoesNotHinderIt) {
+    master->Stop();
+    GoAndWait(Depth(3));
+    EXPECT_EQ(receiver.record.pvs.size(), 3U);
+    EXPECT_FALSE(receiver.record.best.IsNone());
+}
+
+TEST_F(Threads, StopRightBehindStartIsNotLost) {
+    for (int round = 0; round < 100; ++round) {
+        receiver.record = {};
+        Go(Infinite());
+        master->Stop();
+        master->WaitForSearch();
+        ASSERT_EQ(receiver.record.ends, 1);
+    }
+}
+
+TEST_F(Threads, SecondStartEndsTheFirst) {
+    SetThreads(3);
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_TRUE(master->Start(Infinite()));
+    }
+    master->EndSearch();
+    EXPECT_EQ(receiver.record.ends, 20);
+}
+
+TEST_F(Threads, PonderHitChangesNothing) {
+    SearchLimits limits;
+    limits.ponder = true;
+    limits.depth = 2;
+    Go(limits);
+    master->PonderHit();
+    EXPECT_TRUE(Eventually([&] { return master->Nodes() > 50; }));
+    master->PonderHit();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(receiver.record.ends, 0);
+    master->EndSearch();
+    EXPECT_EQ(receiver.record.ends, 1);
+}
+
+TEST_F(Threads, EndSearchWithoutASearchReturns) {
+    master->EndSearch();
+    master->WaitForSearch();
+    EXPECT_EQ(receiver.record.ends, 0);
+}
+
+}  // namespace
+}  // namespace brenquil
