@@ -1,0 +1,15 @@
+#include "interface/banner.h"
+
+#include "interface/program_info.h"
+
+namespace brenquil {
+
+void PrintBanner(CProtocol& protocol) {
+    protocol.PrintLine("");
+    protocol.PrintLine(std::string(ProgramTitle) + " " + std::string(PlatformWord) + " (" +
+                       BuildDate() + ")");
+    protocol.PrintLine("created by " + std::string(ProgramAuthor));
+    protocol.PrintLine("");
+}
+
+}  // namespace brenquil

@@ -1,0 +1,55 @@
+#include "interface/bench.h"
+
+#include "interface/bench_positions.h"
+#include "interface/engine.h"
+#include "interface/uci_commands.h"
+#include "interface/uci_text.h"
+#include "platform/clock.h"
+
+#include <memory>
+#include <string>
+
+namespace brenquil {
+
+namespace {
+
+/// Swallows the lines of the searches themselves.
+class CSilentSink final : public ILineSink {
+public:
+    void Write(const std::string&) override {}
+};
+
+std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t depth) {
+    HandleNewGame(engine);
+    SetGamePosition(engine, fen);
+    HandleGo(engine, "go depth " + std::to_string(depth));
+    engine.master.WaitForSearch();
+    return engine.master.Nodes();
+}
+
+}  // namespace
+
+std::uint64_t RunBench(ILineSink& sink, std::int32_t depth) {
+    CSilentSink silence;
+    const auto engine = std::make_unique<CEngine>(silence);
+    SetOption(engine->optionGroups, "Hash", "16");
+    CProtocol report(sink);
+
+    std::uint64_t nodes = 0;
+    std::uint32_t milliseconds = 0;
+    for (const std::string_view fen : BenchPositions) {
+        const std::uint32_t start = TickCount();
+        const std::uint64_t positionNodes = SearchPosition(*engine, fen, depth);
+        milliseconds += TickCount() - start;
+        nodes += positionNodes;
+        report.PrintLine(std::to_string(positionNodes) + "  " + std::string(fen));
+    }
+
+    report.PrintLine("nodes: " + std::to_string(nodes));
+    report.PrintLine("time:  " + SecondsText(milliseconds));
+    report.PrintLine(std::to_string(nodes) + " nodes " +
+                     std::to_string(NodesPerSecond(nodes, milliseconds)) + " nps");
+    return nodes;
+}
+
+}  // namespace brenquil

@@ -1,0 +1,23 @@
+// The `bench` argument of the command line: speed and signature of the search.
+//
+// A fixed list of positions is searched to a fixed depth, one thread, a new game before each, by
+// the same code that obeys `go depth`. The total of nodes identifies the behaviour of the whole
+// engine: it is the same on every compiler, build type and machine, and changes only when the
+// behaviour does.
+#pragma once
+
+#include "interface/line_sink.h"
+
+#include <cstdint>
+
+namespace brenquil {
+
+/// The depth of the signature.
+inline constexpr std::int32_t BenchDepth = 10;
+
+/// Searches the list and prints a line a position, then nodes, time in seconds, and the line
+/// "<nodes> nodes <rate> nps" that testing frameworks look for.
+/// @return the total of nodes
+std::uint64_t RunBench(ILineSink& sink, std::int32_t depth = BenchDepth);
+
+}  // namespace brenquil

@@ -1,0 +1,43 @@
+// The one reading loop: takes a line, finds its command word, runs the handler.
+//
+// Lines come from the protocol's queue of pending lines first and from the input stream otherwise.
+// The loop ends with `exit` or `quit` and in no other way; in particular the end of the input does
+// not end it, it spins until the process is killed. Handlers run on the calling thread, one after
+// the other.
+#pragma once
+
+#include "interface/engine.h"
+
+#include <istream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace brenquil {
+
+/// Reads and obeys commands.
+class CCommandLoop {
+public:
+    /// Both outlive the loop.
+    CCommandLoop(CEngine& engine, std::istream& input) : engine_(engine), input_(input) {}
+
+    /// Obeys lines until the program is to end.
+    void Run();
+
+    /// Takes one line, if there is one, and obeys it.
+    /// @return false when the program is to end
+    [[nodiscard]] bool Pass();
+
+private:
+    [[nodiscard]] std::optional<std::string> TakeLine();
+    [[nodiscard]] std::optional<std::string> TakePendingLine();
+    [[nodiscard]] std::optional<std::string> ReadInputLine();
+    void Dispatch(std::string_view line);
+    void DispatchUci(std::string_view word, std::string_view line);
+
+    CEngine& engine_;
+    std::istream& input_;
+    bool running_ = true;
+};
+
+}  // namespace brenquil

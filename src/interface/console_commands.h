@@ -1,0 +1,19 @@
+// The commands for a person at a terminal: they inspect and change the game position.
+//
+// There is no `go` in console mode. Each handler gets the whole line as typed and answers through
+// PrintLine. They run on the reading thread; those that touch what a search reads end a running
+// search first.
+#pragma once
+
+#include "interface/engine.h"
+
+#include <string_view>
+
+namespace brenquil {
+
+/// Handles a line of console mode: a move is played, a batch file queued, a command word obeyed, in
+/// this order of rank; all else is ignored.
+/// @param word  the line's first word in small letters
+void DispatchConsole(CEngine& engine, std::string_view word, std::string_view line);
+
+}  // namespace brenquil

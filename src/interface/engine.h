@@ -1,0 +1,77 @@
+// All objects of the program, made in the order in which they need one another.
+//
+// One engine is one program: the main function makes one and never destroys it, because a search
+// thread may still look at it when the process ends. Tests make their own, each with its own sink;
+// nothing here is shared between two of them. The command handlers work on its members directly.
+//
+// Some two megabytes large, without the hash table; it belongs on the heap.
+#pragma once
+
+#include "bases/base.h"
+#include "bases/nalimov/nalimov_bases_dtm.h"
+#include "bases/syzygy/syzygy_bases.h"
+#include "bases/syzygy/syzygy_options.h"
+#include "bases/syzygy/syzygy_tables.h"
+#include "book/book.h"
+#include "eval/evaluation_options.h"
+#include "eval/kpk_bitbase.h"
+#include "interface/line_sink.h"
+#include "interface/output_options.h"
+#include "interface/protocol.h"
+#include "interface/uci_output.h"
+#include "search/hash_table.h"
+#include "search/memory_options.h"
+#include "search/search_options.h"
+#include "search/threads.h"
+#include "text/option.h"
+
+namespace brenquil {
+
+/// The program's objects. `master.position` is the game position.
+class CEngine {
+public:
+    /// @param lineSink  takes every output line; outlives the engine
+    explicit CEngine(ILineSink& lineSink);
+    CEngine(const CEngine&) = delete;
+    CEngine& operator=(const CEngine&) = delete;
+
+    /// Ends a search that is under way.
+    ~CEngine();
+
+    /// The static score of a position from the view of the side to move. For the reading thread.
+    [[nodiscard]] Score Evaluate(const CPosition& position);
+
+    /// What the search has counted so far, for a line that is printed without one.
+    [[nodiscard]] SearchStatistics Statistics() const noexcept;
+
+    ILineSink& sink;
+    CProtocol protocol{sink};
+    CHashTable hashTable;
+    CBaseList bases;
+    const CKpkBitbase kpkBitbase;
+    CSearchOptions searchOptions;
+    CEvaluationOptions evaluationOptions;
+    COutputOptions outputOptions{protocol, evaluationOptions.analyseMode};
+    CUciOutput output{protocol, outputOptions, bases};
+    CMasterThread master;
+    CMemoryOptions memoryOptions;  ///< sizes the hash table, so it comes behind all that this needs
+
+    // The sources of ready answers end a search before they change, so they come behind the master.
+    CBook book;
+    CNalimovBasesDTM nalimov;
+    CSyzygyTables syzygyTables;
+    CSyzygyOptions syzygyOptions;
+    CSyzygyBasesDTZ syzygyDtz{syzygyTables, syzygyOptions};
+    CSyzygyBasesWDL syzygyWdl{syzygyTables, syzygyOptions};
+
+    /// In the order of the `option` lines.
+    const OptionGroupList optionGroups{&memoryOptions, &searchOptions, &evaluationOptions,
+                                       &outputOptions, &book.options,  &nalimov.options,
+                                       &syzygyOptions};
+
+private:
+    [[nodiscard]] SearchContext Context() noexcept;
+    void ResizeHash(std::int32_t megabytes);
+};
+
+}  // namespace brenquil

@@ -1,0 +1,18 @@
+#include "interface/log_file.h"
+
+#include "interface/program_info.h"
+
+#include <fstream>
+#include <string>
+
+namespace brenquil {
+
+void AppendToLog(std::string_view text) {
+    std::string line(text);
+    line += '\n';
+    std::ofstream file{std::string(LogFileName), std::ios::app};
+    // In one piece: the lines of two threads may change places, but do not mingle.
+    file << line << std::flush;
+}
+
+}  // namespace brenquil

@@ -1,0 +1,99 @@
+#include "interface/perft.h"
+
+#include "board/move_generator.h"
+#include "interface/uci_text.h"
+#include "platform/clock.h"
+
+#include <string>
+
+namespace brenquil {
+
+namespace {
+
+[[nodiscard]] bool IsInRange(std::int32_t depth) noexcept {
+    return depth >= 0 && depth <= CPerft::MaxDepth;
+}
+
+}  // namespace
+
+CPerft::CPerft(ILineSink& sink, CastlingNotation notation)
+    : output_(sink), notation_(notation), lists_(MaxDepth + 1) {}
+
+const MoveList& CPerft::MoveListFor(std::int32_t depth) {
+    MoveList& list = lists_[static_cast<std::size_t>(depth)];
+    list.count = 0;
+    const CMoveGenerator generator(position);
+    if (position.inCheck) {
+        generator.GenerateEvasions(list);
+    } else {
+        generator.GenerateMoves(list, true, true);
+    }
+    return list;
+}
+
+std::uint64_t CPerft::CountNodes(std::int32_t depth) {
+    if (!IsInRange(depth)) {
+        return 0;
+    }
+    return depth == 0 ? 1 : Count(depth);
+}
+
+/// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and unmade like any
+/// other node; only the call that would return 1 is spared.
+std::uint64_t CPerft::Count(std::int32_t depth) {
+    std::uint64_t count = 0;
+    for (const Move move : MoveListFor(depth)) {
+        if (position.MakeMove(move)) {
+            count += depth == 1 ? 1 : Count(depth - 1);
+            position.UndoMove(move);
+        }
+    }
+    return count;
+}
+
+std::uint64_t CPerft::Perft(std::int32_t depth) {
+    if (!IsInRange(depth)) {
+        return 0;
+    }
+    std::uint64_t count = 0;
+    for (std::int32_t d = 1; d <= depth; ++d) {
+        const std::uint32_t start = TickCount();
+        count = CountNodes(d);
+        const std::uint64_t rate = NodesPerSecond(count, TickCount() - start);
+        output_.PrintLine("depth " + std::to_string(d) + " nodes " + std::to_string(count) +
+                          " nps " + std::to_string(rate) + " ");
+    }
+    return count;
+}
+
+void CPerft::PerftDivide(std::int32_t depth) {
+    if (!IsInRange(depth) || depth == 0) {
+        return;
+    }
+    const std::uint32_t start = TickCount();
+    output_.PrintLine("");
+
+    std::uint64_t total = 0;
+    int number = 0;
+    for (const Move move : MoveListFor(depth)) {
+        const std::string text = CPositionText::MoveToText(move, position, notation_);
+        if (!position.MakeMove(move)) {
+            continue;
+        }
+        const std::uint64_t count = CountNodes(depth - 1);
+        position.UndoMove(move);
+        total += count;
+        ++number;
+        std::string row(number < 10 ? 1 : 0, ' ');
+        row += std::to_string(number) + "  " + text + " - " + std::to_string(count);
+        output_.PrintLine(row);
+    }
+
+    const std::uint32_t elapsed = TickCount() - start;
+    output_.PrintLine("");
+    output_.PrintLine("nodes: " + std::to_string(total));
+    output_.PrintLine("time:  " + SecondsText(elapsed));
+    output_.PrintLine("nps:   " + std::to_string(NodesPerSecond(total, elapsed)));
+}
+
+}  // namespace brenquil

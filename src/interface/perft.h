@@ -1,0 +1,52 @@
+// Node counts of the move generator, the instrument that proves the board.
+//
+// An object has a position of its own, at first the start position, and one move list for each
+// remaining depth, so that counting allocates nothing. Every leaf is made and unmade, by the plain
+// generator and the plain MakeMove: no counting of lists, no table. The object is some 250 kB large
+// and belongs on the heap. Its lines go to the sink and never to the log.
+#pragma once
+
+#include "board/move_list.h"
+#include "board/position.h"
+#include "board/position_text.h"
+#include "interface/protocol.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace brenquil {
+
+/// Counts nodes below a position, with an account line by line.
+class CPerft {
+public:
+    /// Depths run from 0 to this one; the counting functions answer 0 beyond either end.
+    static constexpr std::int32_t MaxDepth = 255;
+
+    /// @param sink      takes the lines
+    /// @param notation  of castling in the divided view
+    CPerft(ILineSink& sink, CastlingNotation notation);
+
+    /// The moves of the position, pseudo-legal, in the list of that depth.
+    /// @param depth  from 0 to MaxDepth
+    [[nodiscard]] const MoveList& MoveListFor(std::int32_t depth);
+
+    /// The number of legal lines of that length.
+    [[nodiscard]] std::uint64_t CountNodes(std::int32_t depth);
+
+    /// Prints one line for each depth from 1 up, and returns the count of the last.
+    std::uint64_t Perft(std::int32_t depth);
+
+    /// Prints the count behind each legal move, then total, time and rate.
+    void PerftDivide(std::int32_t depth);
+
+    CPosition position;
+
+private:
+    [[nodiscard]] std::uint64_t Count(std::int32_t depth);
+
+    CProtocol output_;
+    CastlingNotation notation_;
+    std::vector<MoveList> lists_;
+};
+
+}  // namespace brenquil

@@ -1,0 +1,30 @@
+// What the program says about itself: name, version, author, and the names made from them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace brenquil {
+
+inline constexpr std::string_view ProgramName = "Brenquil";
+inline constexpr std::string_view ProgramVersion = "3.00";
+inline constexpr std::string_view ProgramAuthor = "J.Ostervelde";
+inline constexpr std::string_view ProgramTitle = "Brenquil 3.00";
+inline constexpr std::string_view PlatformWord = "x64";
+
+/// The program's own files, all in the working directory.
+inline constexpr std::string_view LogFileName = "Brenquil3.00.log";
+inline constexpr std::string_view IniFileName = "Brenquil3.00.ini";
+inline constexpr std::string_view BatchExtension = ".cmd";
+
+/// The project's address without a scheme.
+inline constexpr std::string_view HomePage = "brenquil.example.org";
+
+/// The date of a compiler's __DATE__ text with one blank between its parts: "Dec 8 2018", where the
+/// compiler pads the day to two places.
+[[nodiscard]] std::string FormatBuildDate(std::string_view compilerDate);
+
+/// The date on which this program was built: "Dec 28 2018".
+[[nodiscard]] std::string BuildDate();
+
+}  // namespace brenquil

@@ -1,0 +1,125 @@
+#include "interface/uci_commands.h"
+
+#include "board/position_text.h"
+#include "eval/score.h"
+#include "interface/go_parser.h"
+#include "interface/program_info.h"
+#include "text/text.h"
+
+#include <string>
+#include <vector>
+
+namespace brenquil {
+
+namespace {
+
+constexpr std::size_t CastlingField = 2;  ///< counted from 0 among the fields of a FEN
+
+/// Asks the sources of ready answers for a move, and prints it.
+/// @return false when none has one
+bool AnswerFromBases(CEngine& engine) {
+    engine.bases.hits = 0;
+    Move move = NoMove;
+    if (!engine.bases.ProbeRoot(move, engine.master.position)) {
+        return false;
+    }
+    PvLine line;
+    line.Append(move);
+    PvReport report;
+    report.depth = 1;
+    report.score = move.Order();
+    report.alpha = -MateScore;
+    report.beta = MateScore;
+    report.line = &line;
+    engine.output.PrintPv(report, engine.Statistics());
+    engine.output.PrintBestMove(move, NoMove);
+    return true;
+}
+
+}  // namespace
+
+void HandleUci(CEngine& engine) {
+    CProtocol& protocol = engine.protocol;
+    protocol.mode = CommandMode::Uci;
+    protocol.PrintLine("id name " + std::string(ProgramTitle));
+    protocol.PrintLine("id author " + std::string(ProgramAuthor));
+    for (const COptionGroup* group : engine.optionGroups) {
+        for (const COption* option : group->uciOptions) {
+            protocol.PrintLine(option->UciLine());
+        }
+    }
+    protocol.PrintLine("uciok");
+}
+
+void HandleSetOption(CEngine& engine, std::string_view line) {
+    const std::string name = ValueOf(line, "name", "value");
+    const std::string value = ValueOf(line, "value", "name");
+    const bool known = SetOption(engine.optionGroups, name, value);
+    if (!engine.outputOptions.debug.enabled) {
+        return;
+    }
+    engine.protocol.PrintInfoString(known ? name + " = " + value : "unknown option: " + name);
+}
+
+void HandlePosition(CEngine& engine, std::string_view line) {
+    SetGamePosition(engine, ValueOf(line, "fen", "moves"));
+    for (const std::string& word : Split(ValueOf(line, "moves", "fen"), ' ')) {
+        PlayMoveText(engine, word);
+    }
+}
+
+void HandleGo(CEngine& engine, std::string_view line) {
+    engine.master.EndSearch();
+    const SearchLimits limits =
+        ParseGo(line, engine.master.position, engine.outputOptions.chess960.enabled);
+    engine.output.SetRoot(engine.master.position);
+    if (limits.infinite) {
+        engine.hashTable.Clear();
+    } else {
+        if (!limits.ponder && AnswerFromBases(engine)) {
+            return;
+        }
+        engine.hashTable.RaiseAge();
+    }
+    engine.hashTable.ResetFreeCount();
+    engine.bases.hits = 0;
+    engine.protocol.StartClocks();
+    if (!engine.master.Start(limits)) {
+        engine.protocol.PrintInfoString("The system gives no thread for the search");
+    }
+}
+
+void HandleDebug(CEngine& engine, std::string_view line) {
+    const bool isOn = ValueOf(line, "debug") == "on";
+    SetOption(engine.optionGroups, "Debug", isOn ? "true" : "false");
+}
+
+void HandleNewGame(CEngine& engine) {
+    SetGamePosition(engine, "");
+    engine.hashTable.Clear();
+}
+
+void SetGamePosition(CEngine& engine, std::string_view fen) {
+    engine.master.EndSearch();
+    CPositionText(engine.master.position).SetFen(fen);
+    engine.protocol.fileLetterCastling = HasFileLetterCastling(fen);
+}
+
+void PlayMoveText(CEngine& engine, std::string_view word) {
+    engine.master.EndSearch();
+    CPosition& position = engine.master.position;
+    const Move move =
+        CPositionText::TextToMove(word, position, engine.outputOptions.chess960.enabled);
+    if (move.IsNone() || !position.MakeMove(move)) {
+        engine.protocol.PrintInfoString("Illegal move: " + std::string(word));
+    }
+}
+
+bool HasFileLetterCastling(std::string_view fen) {
+    constexpr std::string_view FileLetters = "ABCDEFGHabcdefgh";
+    const std::vector<std::string> fields = Split(fen, ' ');
+    return fields.size() > CastlingField &&
+           fields[CastlingField].find_first_of(FileLetters) != std::string::npos;
+}
+
+}  // namespace brenquil

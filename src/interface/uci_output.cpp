@@ -1,0 +1,114 @@
+#include "interface/uci_output.h"
+
+#include "interface/move_listing.h"
+#include "interface/move_notation.h"
+#include "interface/uci_text.h"
+#include "platform/clock.h"
+#include "text/text.h"
+
+namespace brenquil {
+
+namespace {
+
+/// " time t nodes n nps r": the fields that both kinds of `info` line share.
+std::string ProgressText(std::uint32_t ticks, std::uint64_t nodes) {
+    // Signed, although the clock is not: beyond 24 days the time turns negative.
+    return " time " + std::to_string(static_cast<std::int32_t>(ticks)) + " nodes " +
+           std::to_string(nodes) + " nps " + std::to_string(NodesPerSecond(nodes, ticks));
+}
+
+std::string TableText(const SearchStatistics& statistics) {
+    return " hashfull " + std::to_string(statistics.hashfull) + " tbhits " +
+           std::to_string(statistics.baseHits);
+}
+
+}  // namespace
+
+CUciOutput::CUciOutput(CProtocol& protocol, const COutputOptions& options, const CBaseList& bases)
+    : protocol_(protocol), options_(options), bases_(bases) {}
+
+void CUciOutput::PrintPv(const PvReport& report, const SearchStatistics& statistics) {
+    std::string text = "info depth " + std::to_string(report.depth) + " seldepth " +
+                       std::to_string(report.selectiveDepth) +
+                       ProgressText(TickCount() - protocol_.startTicks, statistics.nodes) +
+                       ScoreText(report.score) +
+                       BoundText(report.score, report.alpha, report.beta) + TableText(statistics);
+    if (report.multiPv > 0) {
+        text += " multipv " + std::to_string(report.multiPv);
+    }
+    protocol_.PrintLine(text + " pv " + PvText(*report.line));
+}
+
+void CUciOutput::PrintCurrMove(Move move, std::int32_t number) {
+    protocol_.PrintLine("info currmove " + MoveText(move) + " currmovenumber " +
+                        std::to_string(number));
+}
+
+void CUciOutput::PrintRefutation(Move move, const PvLine& line) {
+    if (options_.showRefutations.enabled) {
+        protocol_.PrintLine("info refutation " + MoveText(move) + " " + PvText(line));
+    }
+}
+
+void CUciOutput::PrintStats(const SearchStatistics& statistics) {
+    const std::uint32_t ticks = TickCount() - protocol_.startTicks;
+    const std::uint32_t clock = static_cast<std::uint32_t>(WallClock()) -
+                                static_cast<std::uint32_t>(protocol_.startClock.Load());
+    const std::int32_t load =
+        CpuLoad(static_cast<std::int32_t>(ticks), static_cast<std::int32_t>(clock));
+    protocol_.PrintLine("info" + ProgressText(ticks, statistics.nodes) + " cpuload " +
+                        std::to_string(load) + TableText(statistics));
+}
+
+void CUciOutput::PrintCurrentLine(const PvLine& line) {
+    if (options_.showCurrLine.enabled && line.count > 0) {
+        protocol_.PrintLine("info currline " + PvText(line));
+    }
+}
+
+void CUciOutput::PrintBestMove(Move best, Move ponder) {
+    if (best.IsNone()) {
+        return;
+    }
+    const std::string database = options_.showDatabaseMoves.enabled ? DatabaseText(best) : "";
+
+    std::string text = "bestmove " + MoveText(best);
+    // In Chess960 with castling by name the ponder move is named even with the option Ponder off;
+    // this reading of the two options is intended.
+    if (!ponder.IsNone() && (options_.ponder.enabled || CastlesByName(protocol_, options_))) {
+        text += " ponder " + MoveText(ponder);
+    }
+    protocol_.PrintLine(text);
+    if (!database.empty()) {
+        protocol_.PrintInfoString("Database moves: " + database);
+    }
+}
+
+void CUciOutput::PrintNoBestMove() {
+    protocol_.PrintInfoString("No best move!");
+}
+
+std::string CUciOutput::PvText(const PvLine& line) const {
+    std::string text;
+    for (const Move move : line) {
+        text += text.empty() ? "" : " ";
+        text += MoveText(move);
+    }
+    return text;
+}
+
+std::string CUciOutput::MoveText(Move move) const {
+    return CPositionText::MoveToText(move, root_, LineNotation(protocol_, options_));
+}
+
+/// The listing of the replies to the best move that the bases know, in one line.
+std::string CUciOutput::DatabaseText(Move best) {
+    if (!root_.MakeMove(best)) {
+        return {};
+    }
+    const std::string text = Join(ListMoves(bases_, root_, false, ListNotation(options_)), " ");
+    root_.UndoMove(best);
+    return text;
+}
+
+}  // namespace brenquil

@@ -1,0 +1,75 @@
+// An opening book of any bytes: the questions end, and every move that comes back can be asked of
+// the board.
+
+#include "board/move_generator.h"
+#include "board/position_text.h"
+#include "book/book.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace brenquil;
+
+namespace {
+
+const std::string Path = (std::filesystem::temp_directory_path() /
+                          ("brenquil_fuzz_book_" + std::to_string(std::random_device()())))
+                             .string();
+
+/// The bytes in 16-byte records, every second key replaced by one that is asked for.
+std::vector<std::uint8_t> WithKeys(const std::uint8_t* data, std::size_t size, std::uint64_t key) {
+    std::vector<std::uint8_t> bytes(data, data + size);
+    for (std::size_t record = 0; record + CBookFile::RecordSize <= size;
+         record += 2 * CBookFile::RecordSize) {
+        for (std::size_t i = 0; i < 8; ++i) {
+            bytes[record + i] = static_cast<std::uint8_t>(key >> (56 - 8 * i));
+        }
+    }
+    return bytes;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::array<std::string_view, 4> Fens = {
+        StartFen, "r3k2r/8/8/3pP3/8/8/6p1/R3K2R w KQkq d6 0 1",
+        "r3k2r/1P6/8/8/3pP3/8/8/R3K2R b KQkq e3 0 1", "8/8/8/8/8/8/8/8 w - - 0 249"};
+    static const auto position = std::make_unique<CPosition>();
+    for (const std::string_view fen : Fens) {
+        CPositionText(*position).SetFen(fen);
+        const std::vector<std::uint8_t> bytes = WithKeys(data, size, position->key);
+        {
+            std::ofstream file(Path, std::ios::binary);
+            file.write(reinterpret_cast<const char*>(bytes.data()),
+                       static_cast<std::streamsize>(bytes.size()));
+        }
+        const auto book = std::make_unique<CBook>([](std::string_view) {}, [] {});
+        book->options.SetOption("Book Path", Path);
+        MoveList list;
+        book->LookUp(list, *position);
+        for (const Move move : list) {
+            if (!CMoveGenerator(*position).IsStoredMoveValid(move)) {
+                std::abort();
+            }
+            BaseMoveInfo info;
+            if (!book->ProbeMoveInfo(info, move, *position)) {
+                std::abort();
+            }
+        }
+        Move move = NoMove;
+        if (book->ProbeRoot(move, *position) != (list.count > 0)) {
+            std::abort();
+        }
+    }
+    std::remove(Path.c_str());
+    return 0;
+}

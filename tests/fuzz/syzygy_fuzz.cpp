@@ -1,0 +1,207 @@
+// Feeds the readers of Syzygy tables with files that nobody made, and probes what they accept.
+//
+//     cmake --preset fuzz && cmake --build --preset fuzz --target syzygy_fuzz
+//     build/fuzz/tests/fuzz/syzygy_fuzz -runs=2000000 CORPUS
+//
+// The first byte of an input chooses a material and the kind of table, the rest is the file. It
+// lies in memory of its exact size, so that AddressSanitizer sees any step outside it. Positions
+// are looked up all over the table. One input in sixty-four is also written to a file and goes
+// through mapping, first use and root probe, which must come to an end.
+//
+// Without a corpus the fuzzer starts from tables that the writer of the tests makes. Set
+// BRENQUIL_SYZYGY_SEEDS to a folder to have these written there, and BRENQUIL_DATA to the shared
+// data to have small real tables beside them.
+
+#include "bases/syzygy/tb_entry.h"
+#include "bases/syzygy/tb_lookup.h"
+#include "bases/syzygy/tb_probe.h"
+#include "syzygy_writer.h"
+
+#include <array>
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace brenquil;
+namespace support = brenquil::testing_support;
+
+constexpr std::array<const char*, 8> Names = {"KQvK",  "KPvK",  "KNNvK",  "KNvKN",
+                                              "KPvKP", "KQvKP", "KPPPvK", "KRRvKB"};
+constexpr std::size_t LargestSeed = 16384;
+
+/// Some positions of a material, legal or not.
+std::vector<TbPosition> MakePositions(const std::string& name) {
+    constexpr std::size_t Count = 8;
+    std::mt19937_64 random(name.size());
+    const TbCounts counts = CountsOfName(name);
+    std::vector<TbPosition> positions;
+    while (positions.size() < Count) {
+        TbPosition position;
+        const bool exchanged = random() % 2 == 0;
+        for (unsigned code = TbPawn; code < TbCodes; ++code) {
+            for (unsigned i = 0; i < counts[code]; ++i) {
+                Bitboard* const boards[] = {nullptr,           &position.pawns, &position.knights,
+                                            &position.bishops, &position.rooks, &position.queens,
+                                            &position.kings};
+                const bool isPawn = (code & 7U) == TbPawn;
+                Bitboard bit = 0;
+                do {
+                    bit = std::uint64_t{1} << (isPawn ? 8 + random() % 48 : random() % 64);
+                } while ((bit & position.Occupied()) != 0);
+                *boards[code & 7U] |= bit;
+                const bool black = ((code & TbBlackBit) != 0) != exchanged;
+                (black ? position.black : position.white) |= bit;
+            }
+        }
+        position.turn = random() % 2 == 0;
+        positions.push_back(position);
+    }
+    return positions;
+}
+
+const std::vector<TbPosition>& PositionsOf(std::size_t material) {
+    static const auto all = [] {
+        std::array<std::vector<TbPosition>, Names.size()> made;
+        for (std::size_t i = 0; i < Names.size(); ++i) {
+            made[i] = MakePositions(Names[i]);
+        }
+        return made;
+    }();
+    return all[material];
+}
+
+void LookUpEverywhere(const TbEntry& entry, const std::vector<TbPosition>& positions) {
+    for (const TbPosition& position : positions) {
+        int wdl = 0;
+        (void)LookUpWdl(entry, position, MaterialKey(position, false), wdl);
+    }
+}
+
+void LookUpEverywhere(const DtzEntry& entry, const std::vector<TbPosition>& positions) {
+    constexpr std::array<int, 4> Classes = {-2, 2, -1, 1};
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        int value = 0;
+        (void)LookUpDtz(entry, positions[i], Classes[i % Classes.size()], value);
+    }
+}
+
+/// The way through files. The table's partner is a flat one.
+void ProbeThroughFiles(std::size_t material, bool isWdl, const support::Bytes& bytes) {
+    static const std::filesystem::path folder = [] {
+        const auto base = std::filesystem::is_directory("/dev/shm")
+                            ? std::filesystem::path("/dev/shm")
+                            : std::filesystem::temp_directory_path();
+        std::random_device random;
+        const auto made = base / ("brenquil_syzygy_fuzz_" + std::to_string(random()));
+        std::filesystem::create_directories(made);
+        std::atexit([] { std::filesystem::remove_all(folder); });
+        return made;
+    }();
+    static CSyzygyTables tables([](const std::string&) {});
+    const std::string name = Names[material];
+    const support::Bytes wdl = isWdl ? bytes : support::MakeFlatWdlFile(name, 2);
+    const support::Bytes dtz = isWdl ? support::MakeFlatDtzFile(name, 0) : bytes;
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    support::WriteBytes(folder / (name + ".rtbw"), wdl);
+    support::WriteBytes(folder / (name + ".rtbz"), dtz);
+    (void)tables.SyzygyInit(folder.string());
+    std::size_t probed = 0;
+    for (const TbPosition& position : PositionsOf(material)) {
+        if (TbIsValid(position) && probed++ < 1) {
+            int distance = 0;
+            (void)TbProbeRoot(tables, position, distance);
+        }
+    }
+}
+
+void WriteSeed(const std::filesystem::path& folder, const std::string& name, std::size_t first,
+               const support::Bytes& bytes) {
+    if (bytes.empty() || bytes.size() > LargestSeed) {
+        return;
+    }
+    support::Bytes seed = {static_cast<std::uint8_t>(first)};
+    seed.insert(seed.end(), bytes.begin(), bytes.end());
+    support::WriteBytes(folder / name, seed);
+}
+
+void WriteSeeds(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    support::CSyzygySolver solver;
+    const char* const data = std::getenv("BRENQUIL_DATA");
+    for (std::size_t i = 0; i < Names.size(); ++i) {
+        const std::string name = Names[i];
+        WriteSeed(folder, name + "_flat.rtbw", i, support::MakeFlatWdlFile(name, 1));
+        WriteSeed(folder, name + "_flat.rtbz", i + 8, support::MakeFlatDtzFile(name, 1));
+        if (name.size() == 4) {
+            const auto classes = support::SolvedClasses(solver, name);
+            support::DtzTable dtz{name, classes, support::SolvedDistances(solver, name)};
+            dtz.stream.pairings = 60;
+            support::WdlTable wdl{name, classes};
+            wdl.stream = dtz.stream;
+            WriteSeed(folder, name + ".rtbw", i, support::MakeWdlFile(wdl));
+            WriteSeed(folder, name + ".rtbz", i + 8, support::MakeDtzFile(dtz));
+            dtz.hasMap = true;
+            WriteSeed(folder, name + "_map.rtbz", i + 8, support::MakeDtzFile(dtz));
+        }
+        for (const char* const suffix : {".rtbw", ".rtbz"}) {
+            if (data == nullptr) {
+                continue;
+            }
+            std::ifstream file(std::filesystem::path(data) / "syzygy" / (name + suffix),
+                               std::ios::binary);
+            const support::Bytes bytes((std::istreambuf_iterator<char>(file)), {});
+            WriteSeed(folder, "real_" + name + suffix, i + (suffix[4] == 'w' ? 0U : 8U), bytes);
+        }
+    }
+}
+
+}  // namespace
+
+// Both are called by libFuzzer under these names.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    if (const char* const folder = std::getenv("BRENQUIL_SYZYGY_SEEDS")) {
+        WriteSeeds(folder);
+    }
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const std::size_t material = data[0] % Names.size();
+    const bool isWdl = data[0] / Names.size() % 2 == 0;
+    // A copy of the exact size, because the fuzzer's own buffer has room behind it.
+    const support::Bytes bytes(data + 1, data + size);
+    if (isWdl) {
+        TbEntry entry;
+        entry.shape = ShapeOfName(Names[material]);
+        entry.data = bytes;
+        if (ReadWdlTable(entry)) {
+            LookUpEverywhere(entry, PositionsOf(material));
+        }
+    } else {
+        DtzEntry entry;
+        entry.shape = ShapeOfName(Names[material]);
+        entry.data = bytes;
+        if (ReadDtzTable(entry)) {
+            LookUpEverywhere(entry, PositionsOf(material));
+        }
+    }
+    if (size % 64 == 0) {
+        ProbeThroughFiles(material, isWdl, bytes);
+    }
+    return 0;
+}

@@ -1,0 +1,246 @@
+// The seven groups with all their options: what is advertised, what is written to the ini file, and
+// what a change does.
+
+#include "bases/nalimov/nalimov_options.h"
+#include "bases/syzygy/syzygy_options.h"
+#include "book/book_options.h"
+#include "collecting_sink.h"
+#include "eval/evaluation_options.h"
+#include "interface/output_options.h"
+#include "search/memory_options.h"
+#include "search/search_options.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace brenquil {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+Strings IniNames(const COptionGroup& group) {
+    Strings names;
+    for (const COption* option : group.iniOptions) {
+        names.push_back(option->iniName);
+    }
+    return names;
+}
+
+/// A Memory group that notes the sizes it asks for.
+struct CMemoryFixture {
+    std::vector<std::int32_t> sizes;
+    CMemoryOptions options{[this](std::int32_t size) { sizes.push_back(size); },
+                           [this] { return sizes.back(); }};
+};
+
+/// An Output group with the two things it steers.
+struct COutputFixture {
+    CCollectingSink sink;
+    CProtocol protocol{sink};
+    Relaxed<bool> analyseMode{false};
+    COutputOptions options{protocol, analyseMode};
+};
+
+TEST(MemoryOptions, DefaultSizesTheTable) {
+    const CMemoryFixture memory;
+    EXPECT_EQ(memory.sizes, std::vector<std::int32_t>{64});
+}
+
+TEST(MemoryOptions, HashValueZeroAsksForAnEmptyTable) {
+    CMemoryFixture memory;
+    EXPECT_TRUE(memory.options.SetOption("Hash", "0"));
+    EXPECT_EQ(memory.sizes, (std::vector<std::int32_t>{64, 0}));
+}
+
+TEST(MemoryOptions, TextThatIsNoNumberAsksForTheCurrentSize) {
+    CMemoryFixture memory;
+    memory.options.SetOption("Hash", "32");
+    memory.options.SetOption("Hash", "big");
+    EXPECT_EQ(memory.sizes, (std::vector<std::int32_t>{64, 32, 32}));
+    EXPECT_EQ(memory.options.hash.number, 32);
+}
+
+TEST(MemoryOptions, NameMatchingIsExact) {
+    CMemoryFixture memory;
+    EXPECT_FALSE(memory.options.SetOption("hash", "32"));
+}
+
+TEST(SearchOptions, DefaultsInTheTypedFields) {
+    const CSearchOptions options;
+    EXPECT_EQ(options.threads.number, 1);
+    EXPECT_EQ(options.nullmoveReduction.number, 3);
+    EXPECT_EQ(options.nullmoveMinDepth.number, 2);
+    EXPECT_EQ(options.lmrMinDepth.number, 3);
+    EXPECT_EQ(options.lmrMinMoves.number, 4);
+    EXPECT_EQ(options.multiPv.number, 1);
+    EXPECT_EQ(options.multiPvDelta.number, 500);
+    EXPECT_TRUE(options.useNullmove.enabled);
+    EXPECT_TRUE(options.useFutility.enabled);
+    EXPECT_TRUE(options.useLmr.enabled);
+    EXPECT_TRUE(options.useExtensions.enabled);
+    for (std::size_t depth = 0; depth < 4; ++depth) {
+        EXPECT_EQ(options.futilityMargins[depth], (std::vector{0, 50, 350, 550}[depth]));
+    }
+}
+
+TEST(SearchOptions, Threads99IsStoredThoughTheMaximumSaysLess) {
+    CSearchOptions options;
+    EXPECT_LE(options.threads.max, 32);
+    EXPECT_GE(options.threads.max, 1);
+    EXPECT_TRUE(options.SetOption("Threads", "99"));
+    EXPECT_EQ(options.threads.number, 99);
+}
+
+TEST(SearchOptions, EachMarginOptionWritesItsEntryAndNoOther) {
+    CSearchOptions options;
+    options.SetOption("Futility Margin1", "11");
+    options.SetOption("Futility Margin2", "22");
+    options.SetOption("Futility Margin3", "33");
+    options.SetOption("Futility Margin3", "none");
+    for (std::size_t depth = 0; depth < 4; ++depth) {
+        EXPECT_EQ(options.futilityMargins[depth], (std::vector{0, 11, 22, 33}[depth]));
+    }
+}
+
+TEST(EvaluationOptions, DefaultsInTheTypedFields) {
+    const CEvaluationOptions options;
+    EXPECT_EQ(options.contempt.number, 0);
+    EXPECT_EQ(options.lazyEvalMargin.number, 250);
+    EXPECT_TRUE(options.useEndgameEval.enabled);
+    EXPECT_FALSE(options.analyseMode);
+    for (std::size_t type = 0; type < 5; ++type) {
+        EXPECT_EQ(options.pieceValues[type], (std::vector{100, 400, 400, 600, 1200}[type]));
+    }
+}
+
+TEST(EvaluationOptions, EachPieceOptionWritesItsValueAndNoOther) {
+    CEvaluationOptions options;
+    options.SetOption("Pawn", "1");
+    options.SetOption("Knight", "2");
+    options.SetOption("Bishop", "3");
+    options.SetOption("Rook", "4");
+    options.SetOption("Queen", "5");
+    options.SetOption("Queen", "");
+    for (std::size_t type = 0; type < 5; ++type) {
+        EXPECT_EQ(options.pieceValues[type], static_cast<std::int32_t>(type) + 1);
+    }
+}
+
+TEST(OutputOptions, DefaultsInTheTypedFields) {
+    const COutputFixture output;
+    EXPECT_TRUE(output.options.ponder.enabled);
+    EXPECT_FALSE(output.options.chess960.enabled);
+    EXPECT_FALSE(output.options.analyse.enabled);
+    EXPECT_FALSE(output.options.showCurrLine.enabled);
+    EXPECT_FALSE(output.options.showRefutations.enabled);
+    EXPECT_FALSE(output.options.showDatabaseMoves.enabled);
+    EXPECT_FALSE(output.options.logging.enabled);
+    EXPECT_FALSE(output.options.debug.enabled);
+    EXPECT_EQ(output.options.engineAbout.text, "brenquil.example.org");
+}
+
+TEST(OutputOptions, PonderMaybeLeavesTheCheckAndKeepsTheText) {
+    COutputFixture output;
+    output.options.SetOption("Ponder", "maybe");
+    EXPECT_TRUE(output.options.ponder.enabled);
+    EXPECT_EQ(output.options.ponder.UciLine(), "option name Ponder type check default maybe");
+}
+
+TEST(OutputOptions, ShowCurrentLineWorksThroughItsIniName) {
+    COutputFixture output;
+    EXPECT_TRUE(output.options.SetOption("Show Current Line", "true"));
+    EXPECT_TRUE(output.options.showCurrLine.enabled);
+}
+
+TEST(OutputOptions, DebugIsNeverAdvertisedAndTwoOptionsAreNeverInTheIniFile) {
+    const COutputFixture output;
+    for (const COption* option : output.options.uciOptions) {
+        EXPECT_NE(option, &output.options.debug);
+    }
+    EXPECT_EQ(IniNames(output.options),
+              (Strings{"Ponder", "Chess960", "Show Current Line", "Show Refutations",
+                       "Show Database Moves", "Logging", "Debug"}));
+}
+
+TEST(OutputOptions, AnalyseModeFollowsItsOption) {
+    COutputFixture output;
+    output.options.SetOption("UCI_AnalyseMode", "true");
+    EXPECT_TRUE(output.analyseMode);
+    output.options.SetOption("UCI_AnalyseMode", "perhaps");
+    EXPECT_TRUE(output.analyseMode);
+    output.options.SetOption("UCI_AnalyseMode", "false");
+    EXPECT_FALSE(output.analyseMode);
+}
+
+TEST(OutputOptions, LoggingSwitchesTheLogAndNonsenseSwitchesItOff) {
+    COutputFixture output;
+    output.options.SetOption("Logging", "true");
+    EXPECT_TRUE(output.protocol.logging);
+    output.options.SetOption("Logging", "perhaps");
+    EXPECT_FALSE(output.protocol.logging);
+    EXPECT_TRUE(output.options.logging.enabled);
+}
+
+TEST(BookOptions, BookModeFooIsStoredAndShown) {
+    CBookOptions options;
+    EXPECT_EQ(options.bookMode.choice, CBookOptions::Wide);
+    EXPECT_TRUE(options.SetOption("Book Mode", "Foo"));
+    EXPECT_EQ(options.bookMode.text, "Foo");
+    EXPECT_EQ(options.bookMode.UciLine(), "option name Book Mode type combo default Foo var Wide "
+                                          "var Standard var Tournament var BestMove");
+    options.SetOption("Book Mode", "BestMove");
+    EXPECT_EQ(options.bookMode.choice, CBookOptions::BestMove);
+}
+
+TEST(BookOptions, EachNewPathIsLoaded) {
+    Strings paths;
+    CBookOptions options([&paths](const std::string& path) { paths.push_back(path); });
+    options.SetOption("Book Path", "book.bin");
+    options.SetOption("Book Path", "book.bin");
+    EXPECT_EQ(paths, (Strings{"<empty>", "book.bin"}));
+    EXPECT_EQ(options.bookPath.text, "book.bin");
+    EXPECT_TRUE(options.ownBook.enabled);
+}
+
+TEST(BookOptions, IniNames) {
+    const CBookOptions options;
+    EXPECT_EQ(IniNames(options), (Strings{"Book Use", "Book Path", "Book Mode"}));
+}
+
+TEST(NalimovOptions, CallbacksAndDefaults) {
+    Strings paths;
+    Strings caches;
+    CNalimovOptions options([&paths](const std::string& path) { paths.push_back(path); },
+                            [&caches](const std::string& size) { caches.push_back(size); });
+    options.SetOption("NalimovCache", "64");
+    options.SetOption("Nalimov Path", "/tables");
+    EXPECT_EQ(paths, (Strings{"<empty>", "/tables"}));
+    EXPECT_EQ(caches, (Strings{"32", "64"}));
+    EXPECT_EQ(options.usage.choice, CNalimovOptions::OnRoot);
+    EXPECT_EQ(options.minDepth.number, 6);
+    EXPECT_EQ(IniNames(options),
+              (Strings{"Nalimov Path", "Nalimov Cache", "Nalimov Usage", "Nalimov Min Depth"}));
+}
+
+TEST(SyzygyOptions, CallbackAndDefaults) {
+    Strings paths;
+    CSyzygyOptions options([&paths](const std::string& path) { paths.push_back(path); });
+    options.SetOption("Syzygy Path", "/tables");
+    EXPECT_EQ(paths, (Strings{"<empty>", "/tables"}));
+    EXPECT_TRUE(options.use.enabled);
+    EXPECT_TRUE(options.fiftyMovesRule.enabled);
+}
+
+TEST(OptionGroups, Names) {
+    EXPECT_EQ(CMemoryFixture().options.name, "Memory");
+    EXPECT_EQ(CSearchOptions().name, "Search");
+    EXPECT_EQ(CEvaluationOptions().name, "Evaluation");
+    EXPECT_EQ(COutputFixture().options.name, "Output");
+    EXPECT_EQ(CBookOptions().name, "Book");
+    EXPECT_EQ(CNalimovOptions().name, "Nalimov Tablebases");
+    EXPECT_EQ(CSyzygyOptions().name, "Syzygy Tablebases");
+}
+
+}  // namespace
+}  // namespace brenquil
