@@ -1,10 +1,12 @@
 #include "bases/base.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace brenquil {
 
-void CBaseList::Add(IBase& base) {
+void CBaseList::Add(IBase& base, int menInSearch) {
+    menInSearch_ = std::max(menInSearch_, menInSearch);
     bases_.push_back(&base);
     std::vector<IBase*> ordered;
     for (std::uint32_t priority = 0; priority < Priorities; ++priority) {

@@ -52,15 +52,21 @@ public:
 class CBaseList {
 public:
     static constexpr std::uint32_t Priorities = 4;
+    static constexpr int AnyMen = 64;
 
     /// Adds an object that outlives the list and orders the list by priority, equal ones as they
-    /// came. An object of a priority outside 0 to 3 is dropped.
-    void Add(IBase& base);
+    /// came. An object of a priority outside 0 to 3 is dropped. `menInSearch` is the number of men
+    /// above which the object never answers in the search, 0 if it never does.
+    void Add(IBase& base, int menInSearch = AnyMen);
 
     [[nodiscard]] const std::vector<IBase*>& Bases() const noexcept { return bases_; }
 
-    /// First answer of the list for a node; counts it.
+    /// First answer of the list for a node; counts it. Nearly every node of a game has more men
+    /// than any table, so these pay for one comparison and ask nobody.
     [[nodiscard]] bool ProbeSearch(Score& score, const CPosition& position, int depth, int ply) {
+        if (position.MenCount() > menInSearch_) [[likely]] {
+            return false;
+        }
         for (IBase* const base : bases_) {
             if (base->ProbeSearch(score, position, depth, ply)) {
                 hits.AddBySoleWriter(1);
@@ -79,6 +85,7 @@ public:
 
 private:
     std::vector<IBase*> bases_;
+    int menInSearch_ = 0;  ///< largest of all objects
 };
 
 }  // namespace brenquil

@@ -20,10 +20,10 @@ CEngine::CEngine(ILineSink& lineSink)
           master.EndSearch();
           syzygyTables.SetPath(path);
       }) {
-    bases.Add(book);
-    bases.Add(nalimov);
-    bases.Add(syzygyDtz);
-    bases.Add(syzygyWdl);
+    bases.Add(book, 0);
+    bases.Add(nalimov, CNalimovBasesDTM::MostMen);
+    bases.Add(syzygyDtz, 0);
+    bases.Add(syzygyWdl, CSyzygyBasesWDL::MostMen);
 }
 
 CEngine::~CEngine() {

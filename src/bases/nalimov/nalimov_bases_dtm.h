@@ -19,6 +19,8 @@ namespace brenquil {
 
 class CNalimovBasesDTM final : public IBase {
 public:
+    static constexpr int MostMen = 6;  ///< of any signature, kings included
+
     /// Applies the defaults of the options: the cache is allocated, and no table is found.
     /// @param print      takes the text of an info string
     /// @param endSearch  called before anything is freed; returns when no probe is under way

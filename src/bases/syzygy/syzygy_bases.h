@@ -4,12 +4,15 @@
 
 #include "bases/base.h"
 #include "bases/syzygy/syzygy_probe.h"
+#include "bases/syzygy/tb_material.h"
 
 namespace brenquil {
 
 /// Answers in the search, and in the move listing where no other table does.
 class CSyzygyBasesWDL final : public IBase {
 public:
+    static constexpr int MostMen = TbMaxTableMen;
+
     /// Both outlive the object.
     CSyzygyBasesWDL(CSyzygyTables& tables, const CSyzygyOptions& options) noexcept
         : probe_(tables, options) {}

@@ -1,6 +1,7 @@
 // The list of bases: who is asked, in which order, and how answers are counted.
 
 #include "bases/base.h"
+#include "board/position_text.h"
 
 #include <gtest/gtest.h>
 #include <vector>
@@ -127,6 +128,27 @@ TEST(BaseList, EndsTheAskingWithTheFirstAnswer) {
     EXPECT_EQ(silent.asked, 2);
     EXPECT_EQ(answering.asked, 2);
     EXPECT_EQ(later.asked, 0);
+}
+
+TEST(BaseList, AsksNobodyInTheSearchWithMoreMenThanAnyObjectAnswersFor) {
+    CNumberedBase atRootOnly(0);
+    CNumberedBase table(1, 42);
+    CBaseList list;
+    list.Add(atRootOnly, 0);
+    list.Add(table, 4);
+    CPosition position;
+    Score score = 0;
+    CPositionText(position).SetFen("8/8/8/4k3/8/2PPK3/8/7r w - - 0 1");
+    EXPECT_FALSE(list.ProbeSearch(score, position, 5, 6));
+    EXPECT_EQ(atRootOnly.asked + table.asked, 0);
+
+    CPositionText(position).SetFen("8/8/8/4k3/8/3PK3/8/7r w - - 0 1");
+    EXPECT_TRUE(list.ProbeSearch(score, position, 5, 6));
+    EXPECT_EQ(table.asked, 1);
+
+    Move move{0};
+    const CPosition start;
+    EXPECT_TRUE(list.ProbeRoot(move, start));
 }
 
 TEST(BaseList, CountsAnswersOnly) {
