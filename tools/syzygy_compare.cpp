@@ -1,14 +1,21 @@
 // Compares Syzygy tables with the solver of the test tree, position by position.
 //
-//     syzygy_compare PATH [NAME...]
+//     syzygy_compare [--every-distance] PATH [NAME...]
 //
 // PATH is the list of folders that the option takes. Without names all endings of three and four
 // men are compared. Every placement of the men on all squares with both sides to move is asked for
-// its class, en passant rights included, and for its distance. A distance by a search of one ply
-// costs some dozens of probes, so of those one in eight is taken.
+// its class, en passant rights included, and for its distance.
+//
+// A distance that the table does not store comes from a search of one ply and costs some dozens of
+// probes. Of placements that are reflections of each other only one is asked for it, unless
+// --every-distance is given: what the search finds has been compared on all squares.
 //
 // A table may count in moves instead of plies; it is then right to within one ply. A mate in one
 // of a side that the table does not store comes out as 2.
+//
+// An ending of more men, which the solver cannot solve, is asked for a million random positions,
+// the same ones each time: what the table says of one must follow from what is said of the
+// positions behind its moves. Positions with a move into a table that is not there are left out.
 //
 // One line for each ending; ends with code 1 if anything differs.
 
@@ -17,11 +24,13 @@
 #include "syzygy_solver.h"
 #include "syzygy_writer.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -29,9 +38,12 @@ namespace {
 using namespace brenquil;
 using namespace brenquil::testing_support;
 
-/// One position in eight, without regard to where its men stand.
-bool IsInSample(std::size_t index) {
-    return (index / 2 * 0x9E3779B97F4A7C15U) >> 61U == 0;
+/// One of the placements at least that are reflections of each other: by White's king on the files
+/// a to d, without pawns in the triangle a1-d1-d4.
+bool IsUnreflected(const SolvedEnding& ending, std::size_t index) {
+    const Square king = ending.SquaresOf(index)[0];
+    const bool hasPawns = ending.name.find('P') != std::string::npos;
+    return FileOf(king) < 4 && (hasPawns || RankOf(king) <= FileOf(king));
 }
 
 struct Counts {
@@ -45,8 +57,12 @@ struct Counts {
 
 class CComparison {
 public:
-    CComparison(CSyzygyTables& tables, CSyzygySolver& solver, const std::string& name)
-        : tables_(tables), solver_(solver), ending_(solver.Solve(name)) {}
+    CComparison(CSyzygyTables& tables, CSyzygySolver& solver, const std::string& name,
+                bool everyDistance)
+        : tables_(tables),
+          solver_(solver),
+          ending_(solver.Solve(name)),
+          everyDistance_(everyDistance) {}
 
     const Counts& Run() {
         for (std::size_t index = 0; index < ending_.Size(); ++index) {
@@ -77,7 +93,7 @@ private:
         const bool mirrored = MaterialKey(position, false) != table->shape.key;
         const unsigned side = mirrored == position.turn ? 1 : 0;
         const bool isStored = table->shape.symmetric || (table->groups[0].flags & 1U) == side;
-        if (!isStored && !IsInSample(index)) {
+        if (!isStored && !everyDistance_ && !IsUnreflected(ending_, index)) {
             return;
         }
         TbSuccess success = TbSuccess::Found;
@@ -159,6 +175,114 @@ private:
     CSyzygyTables& tables_;
     CSyzygySolver& solver_;
     const SolvedEnding& ending_;
+    const bool everyDistance_;
+    Counts counts_;
+};
+
+/// Holds a table against itself and the tables that moves lead to.
+class CMovesComparison {
+public:
+    static constexpr int Rounds = 1000000;
+
+    CMovesComparison(CSyzygyTables& tables, std::string name)
+        : tables_(tables), name_(std::move(name)) {}
+
+    const Counts& Run() {
+        std::mt19937_64 random(20250101);
+        for (int round = 0; round < Rounds; ++round) {
+            const TbPosition position = RandomPosition(name_, random);
+            if (TbIsValid(position)) {
+                Compare(position);
+            }
+        }
+        return counts_;
+    }
+
+private:
+    /// The best that the moves of a position lead to.
+    struct Best {
+        int wdl = -3;          ///< -3 without a move
+        bool zeroing = false;  ///< a capture or pawn move wins
+        int shortest = 9999;   ///< fewest plies to zeroing of the winner's other moves
+        int longest = 1;       ///< most plies of the loser's moves
+        bool isWhole = true;   ///< all tables are there, those of distances too
+        bool hasClass = true;  ///< all tables of classes are there
+    };
+
+    void Compare(const TbPosition& position) {
+        TbSuccess success = TbSuccess::Found;
+        const int wdl = TbProbeWdl(tables_, position, success);
+        Best best = BestOf(position);
+        if (success == TbSuccess::Failed || !best.hasClass) {
+            return;
+        }
+        if (best.wdl == -3) {
+            best.wdl = TbInCheck(position) ? -2 : 0;
+        }
+        ++counts_.classes;
+        // Where the fifty moves just do or do not suffice, a quiet move can cross the border.
+        const bool isBorder = !best.zeroing && std::abs(best.wdl) == 2 && wdl == best.wdl / 2;
+        if (wdl != best.wdl && !isBorder) {
+            Fault("class", wdl, best.wdl);
+        }
+        const int dtz = TbProbeDtz(tables_, position, success);
+        if (success == TbSuccess::Failed || !best.isWhole || wdl % 2 != 0) {
+            return;
+        }
+        ++counts_.distances;
+        int wanted = 0;
+        if (wdl != 0) {
+            wanted = wdl < 0 ? -best.longest : best.shortest;
+        }
+        if (best.zeroing) {
+            wanted = 1;
+        }
+        if (dtz == wanted) {
+            return;
+        }
+        if (std::abs(dtz - wanted) <= 2 && wdl != 0 && !best.zeroing) {
+            ++counts_.rounded;  // one ply here and one behind the move
+        } else {
+            Fault("distance", dtz, wanted);
+        }
+    }
+
+    Best BestOf(const TbPosition& position) {
+        Best best;
+        TbMoveList list;
+        TbGenMoves(position, list);
+        TbPosition next;
+        for (const TbMove move : list) {
+            if (!TbDoMove(next, position, move)) {
+                continue;
+            }
+            TbSuccess success = TbSuccess::Found;
+            const int wdl = -TbProbeWdl(tables_, next, success);
+            best.hasClass &= success != TbSuccess::Failed;
+            best.zeroing |= next.rule50 == 0 && wdl == 2;
+            best.wdl = std::max(best.wdl, wdl);
+            if (next.rule50 == 0 || wdl == 0) {
+                continue;
+            }
+            const int dtz = std::abs(TbProbeDtz(tables_, next, success));
+            best.isWhole &= success != TbSuccess::Failed;
+            if (wdl > 0) {
+                best.shortest = std::min(best.shortest, dtz + 1);
+            } else {
+                best.longest = std::max(best.longest, dtz + 1);
+            }
+        }
+        return best;
+    }
+
+    void Fault(const char* what, int got, int wanted) {
+        if (++counts_.faults <= 10) {
+            std::printf("%s: %s %d instead of %d\n", name_.c_str(), what, got, wanted);
+        }
+    }
+
+    CSyzygyTables& tables_;
+    const std::string name_;
     Counts counts_;
 };
 
@@ -169,13 +293,18 @@ double SecondsSince(std::chrono::steady_clock::time_point start) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    if (argc < 2) {
-        std::fputs("syzygy_compare PATH [NAME...]\n", stderr);
+    std::vector<std::string> names(argv + 1, argv + argc);
+    const bool everyDistance = !names.empty() && names.front() == "--every-distance";
+    if (everyDistance) {
+        names.erase(names.begin());
+    }
+    if (names.empty() || names.front().starts_with("-")) {
+        std::fputs("syzygy_compare [--every-distance] PATH [NAME...]\n", stderr);
         return 2;
     }
     CSyzygyTables tables;
-    tables.SetPath(argv[1]);
-    std::vector<std::string> names(argv + 2, argv + argc);
+    tables.SetPath(names.front());
+    names.erase(names.begin());
     if (names.empty()) {
         for (const std::string& name : AllTableNames()) {
             if (name.size() <= 5) {
@@ -188,9 +317,16 @@ int main(int argc, char* argv[]) {
     const auto start = std::chrono::steady_clock::now();
     for (const std::string& name : names) {
         const auto begin = std::chrono::steady_clock::now();
-        (void)solver.Solve(name);
+        const bool isSmall = name.size() <= 5;
+        if (isSmall) {
+            (void)solver.Solve(name);
+        }
         const double solved = SecondsSince(begin);
-        const Counts counts = CComparison(tables, solver, name).Run();
+        const Counts counts = isSmall ? CComparison(tables, solver, name, everyDistance).Run()
+                                      : CMovesComparison(tables, name).Run();
+        if (isSmall) {
+            solver.DropDistances(name);
+        }
         std::printf(
             "%-6s classes %llu, distances %llu (%llu rounded, %llu mates), en passant %llu, "
             "faults %llu; solved in %.1f s, all %.1f s\n",

@@ -576,6 +576,26 @@ TbPosition PositionOf(const SolvedEnding& ending, std::size_t index) {
     return position;
 }
 
+TbPosition RandomPosition(const std::string& name, std::mt19937_64& random) {
+    const TbCounts counts = CountsOfName(name);
+    TbPosition position;
+    Bitboard* const boards[] = {nullptr,           &position.pawns, &position.knights,
+                                &position.bishops, &position.rooks, &position.queens,
+                                &position.kings};
+    for (unsigned code = TbPawn; code < TbCodes; ++code) {
+        for (unsigned i = 0; i < counts[code]; ++i) {
+            Bitboard bit = 0;
+            do {
+                bit = BitOf(static_cast<Square>(random() % 64));
+            } while ((bit & position.Occupied()) != 0);
+            *boards[code & 7U] |= bit;
+            ((code & TbBlackBit) != 0 ? position.black : position.white) |= bit;
+        }
+    }
+    position.turn = random() % 2 == 0;
+    return position;
+}
+
 TbPosition PositionOfFen(std::string_view fen) {
     CPosition board;
     CPositionText(board).SetFen(fen);

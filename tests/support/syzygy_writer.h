@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -101,6 +102,9 @@ void WriteSolvedTables(CSyzygySolver& solver, const std::filesystem::path& folde
 
 /// The position of an index of the solver.
 [[nodiscard]] TbPosition PositionOf(const SolvedEnding& ending, std::size_t index);
+
+/// The men of a table on random squares, with either side to move; not tested for legality.
+[[nodiscard]] TbPosition RandomPosition(const std::string& name, std::mt19937_64& random);
 
 /// The position that a FEN's board, side and en passant square describe.
 [[nodiscard]] TbPosition PositionOfFen(std::string_view fen);

@@ -39,27 +39,6 @@ protected:
         return best;
     }
 
-    /// A random position of the material, not tested for legality.
-    static TbPosition RandomPosition(const std::string& name, std::mt19937_64& random) {
-        const TbCounts counts = CountsOfName(name);
-        TbPosition position;
-        Bitboard* const boards[] = {nullptr,           &position.pawns, &position.knights,
-                                    &position.bishops, &position.rooks, &position.queens,
-                                    &position.kings};
-        for (unsigned code = TbPawn; code < TbCodes; ++code) {
-            for (unsigned i = 0; i < counts[code]; ++i) {
-                Bitboard bit = 0;
-                do {
-                    bit = BitOf(static_cast<Square>(random() % 64));
-                } while ((bit & position.Occupied()) != 0);
-                *boards[code & 7U] |= bit;
-                ((code & TbBlackBit) != 0 ? position.black : position.white) |= bit;
-            }
-        }
-        position.turn = random() % 2 == 0;
-        return position;
-    }
-
     std::filesystem::path data;
 };
 
@@ -111,7 +90,7 @@ TEST_F(SyzygyData, EveryTableIsTheBestOfItsMoves) {
             continue;
         }
         for (int round = 0; round < 400; ++round) {
-            const TbPosition position = RandomPosition(name, random);
+            const TbPosition position = support::RandomPosition(name, random);
             if (!TbIsValid(position)) {
                 continue;
             }

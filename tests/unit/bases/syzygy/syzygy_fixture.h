@@ -45,6 +45,12 @@ protected:
         }
     }
 
+    /// Writes tables of one value for both sides: a class, and the smallest distance for the side.
+    void WriteFlat(const std::string& name, int value, unsigned side) const {
+        support::WriteBytes(folder / (name + ".rtbw"), support::MakeFlatWdlFile(name, value));
+        support::WriteBytes(folder / (name + ".rtbz"), support::MakeFlatDtzFile(name, side));
+    }
+
     /// Sets the path option to the folder.
     void Load() { options.SetOption("Syzygy Path", folder.string()); }
 

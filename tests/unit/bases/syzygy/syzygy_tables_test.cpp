@@ -88,6 +88,21 @@ TEST_F(SyzygyTables, EmptyPiecesOfThePathAreNoDirectories) {
     EXPECT_EQ(ProbeClass(QueenWins), 4);
 }
 
+TEST_F(SyzygyTables, AJoinedPathHasTheSeparatorOfThePlatform) {
+    Make({"KQvK"});
+    CTbPaths paths;
+    paths.Set(folder.string());
+    EXPECT_EQ(paths.TbOpenFile("KQvK", TbWdlSuffix),
+              folder.string() + PathSeparator() + "KQvK.rtbw");
+    EXPECT_EQ(paths.TbOpenFile("KRvK", TbWdlSuffix), "");
+}
+
+TEST_F(SyzygyTables, OnlyASemicolonCutsTheListOfDirectories) {
+    CTbPaths paths;
+    paths.Set("C:/one:two, three;four");
+    EXPECT_EQ(paths.Directories(), (std::vector<std::string>{"C:/one:two, three", "four"}));
+}
+
 TEST_F(SyzygyTables, TheFirstDirectoryWithATableWins) {
     const auto first = folder / "first";
     const auto second = folder / "second";
@@ -126,12 +141,41 @@ TEST_F(SyzygyTables, WithoutDistancesTheScoresStillWork) {
     EXPECT_EQ(errors, "");
 }
 
-TEST_F(SyzygyTables, WithoutDistancesDrawsAndWinsByCaptureAreStillAnsweredAtTheRoot) {
+TEST_F(SyzygyTables, WithoutDistancesDrawsAreStillAnsweredAtTheRoot) {
     MakeAndLoad({"KBvK", "KQvK"});
     std::filesystem::remove(folder / "KBvK.rtbz");
     std::filesystem::remove(folder / "KQvK.rtbz");
     EXPECT_EQ(ProbeRoot("8/8/8/3k4/8/8/8/KB6 w - - 0 1").Class(), 2);
     EXPECT_EQ(ProbeRoot("8/8/8/8/8/8/1q6/K2k4 w - - 0 1").Class(), 2) << "takes the queen";
+}
+
+/// As long as no other move leads to where a distance is wanted.
+TEST_F(SyzygyTables, WithoutDistancesAWinByACaptureIsStillAnsweredAtTheRoot) {
+    Make({"KQvK"});
+    std::filesystem::remove(folder / "KQvK.rtbz");
+    support::WriteBytes(folder / "KQvKR.rtbw", support::MakeFlatWdlFile("KQvKR", 0));
+    Load();
+    const TbResult result = ProbeRoot("8/8/8/3k4/8/8/r7/KQ6 w - - 0 1");
+    EXPECT_EQ(result.Class(), 4);
+    EXPECT_EQ(result.Distance(), 1);
+    EXPECT_EQ(result.From(), A1);
+    EXPECT_EQ(result.To(), A2);
+    EXPECT_EQ(ProbeRoot("8/8/8/3k4/8/8/1r6/K1Q5 w - - 0 1"), TbResultFailed)
+        << "the queen can also leave the rook alone";
+}
+
+TEST_F(SyzygyTables, WithoutDistancesAWinByAPawnMoveIsStillAnsweredAtTheRoot) {
+    Make({"KPvK", "KQvK", "KRvK", "KBvK", "KNvK"});
+    for (const char* const name : {"KPvK", "KQvK", "KRvK", "KBvK", "KNvK"}) {
+        std::filesystem::remove(folder / (std::string(name) + ".rtbz"));
+    }
+    Load();
+    const TbResult result = ProbeRoot("8/8/8/8/8/8/P1k5/K7 w - - 0 1");
+    EXPECT_EQ(result.Class(), 4);
+    EXPECT_EQ(result.Distance(), 1);
+    EXPECT_EQ(result.From(), A2);
+    EXPECT_EQ(result.To(), A4);
+    EXPECT_EQ(ProbeRoot("8/8/8/8/8/8/P4k2/K7 w - - 0 1"), TbResultFailed) << "the king can move";
 }
 
 TEST_F(SyzygyTables, AWrongMagicIsReportedOnceUnderItsKey) {
