@@ -69,6 +69,7 @@ void WriteIni(const OptionGroupList& groups, CProtocol& protocol) {
             (void)std::fputs("\n", file.file);
         }
     }
+    file.Close();  // whoever reads the answer finds the whole file
     protocol.PrintLine("created");
 }
 
