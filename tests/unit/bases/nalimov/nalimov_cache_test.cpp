@@ -3,7 +3,9 @@
 #include "../../../support/nalimov_test_folder.h"
 #include "bases/nalimov/nalimov_cache.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <random>
 #include <thread>
@@ -120,7 +122,34 @@ TEST_F(NalimovCache, EvictionAtEveryMissKeepsTheAnswersRight) {
     for (int round = 0; round < 2; ++round) {
         for (std::size_t at = 0; at < large.size(); at += 8191) {
             ASSERT_EQ(cache->ReadValue(TableNumber("kqkr"), 0, at), Meaning(large[at]));
+            // And a block of another table, of which every one has its turn.
+            const std::size_t file = at % contents.size();
+            const Bytes& other = contents[file];
+            ASSERT_EQ(cache->ReadValue(static_cast<int>(file / 2) + 1, static_cast<int>(file % 2),
+                                       at % other.size()),
+                      Meaning(other[at % other.size()]));
         }
+    }
+}
+
+TEST_F(NalimovCache, BlockThatIsStoredAtItsFullSizeIsCopied) {
+    const Bytes bytes = Pattern(Positions("kqk", 0), 3);
+    CDataCompWriter writer;
+    for (std::size_t at = 0; at < bytes.size(); at += NalimovBlockSize) {
+        const auto size = std::min<std::size_t>(NalimovBlockSize, bytes.size() - at);
+        const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+        const Bytes block(start, start + static_cast<std::ptrdiff_t>(size));
+        if (at == NalimovBlockSize) {
+            writer.AddBytes(block);  // one that is coded between those that are not
+        } else {
+            writer.AddUncoded(block);
+        }
+    }
+    folder.Write("kqk.nbw.emd", writer.Finish());
+    Register();
+    cache->Resize(1);
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        ASSERT_EQ(cache->ReadValue(TableNumber("kqk"), 0, at), Meaning(bytes[at])) << at;
     }
 }
 
