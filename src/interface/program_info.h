@@ -1,4 +1,7 @@
 // What the program says about itself: name, version, author, and the names made from them.
+//
+// The version comes from project() in CMakeLists.txt by the macro BRENQUIL_VERSION, as man page and
+// packages have it from there too.
 #pragma once
 
 #include <string>
@@ -7,14 +10,14 @@
 namespace brenquil {
 
 inline constexpr std::string_view ProgramName = "Brenquil";
-inline constexpr std::string_view ProgramVersion = "3.00";
+inline constexpr std::string_view ProgramVersion = BRENQUIL_VERSION;
 inline constexpr std::string_view ProgramAuthor = "J.Ostervelde";
-inline constexpr std::string_view ProgramTitle = "Brenquil 3.00";
+inline constexpr std::string_view ProgramTitle = "Brenquil " BRENQUIL_VERSION;
 inline constexpr std::string_view PlatformWord = "x64";
 
 /// The program's own files, all in the working directory.
-inline constexpr std::string_view LogFileName = "Brenquil3.00.log";
-inline constexpr std::string_view IniFileName = "Brenquil3.00.ini";
+inline constexpr std::string_view LogFileName = "Brenquil" BRENQUIL_VERSION ".log";
+inline constexpr std::string_view IniFileName = "Brenquil" BRENQUIL_VERSION ".ini";
 inline constexpr std::string_view BatchExtension = ".cmd";
 
 /// The project's address without a scheme.

@@ -1,0 +1,234 @@
+#!/usr/bin/env python3
+"""Tries out the packages in dist/; run as root by ./package --check, which installs what is needed.
+
+SOURCE_DATE_EPOCH is the time that the packages were made with.
+"""
+import datetime
+import gzip
+import hashlib
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tarfile
+import tempfile
+import threading
+import unittest
+import zipfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+DIST = ROOT / "dist"
+EPOCH = int(os.environ.get("SOURCE_DATE_EPOCH", "0"))
+NOBODY = 65534
+# The oldest Debian that people are told to build on; the program does not depend on the choice.
+SUITE = "bookworm"
+# What the program says, does with files and searches; enough to know it for the one that ./test has tested.
+SYSTEM_TESTS = ("bench_signature_test.py", "console_texts_test.py", "program_files_test.py", "session_test.py")
+# What README.md links to.
+LINKED = {"CONTRIBUTING.md", "tools/analyse.py"} | {
+    str(path.relative_to(ROOT)) for pattern in ("*.md", "images/*.png") for path in (ROOT / "docs").glob(pattern)}
+SYSTEM_LIBRARIES = {"kernel32.dll", "msvcrt.dll"}
+BANNER_DATE = re.compile(r"^Brenquil \S+ x64 \((\w{3} \d{1,2} \d{4})\)$", re.MULTILINE)
+
+
+def the_one(pattern):
+    """The only file of dist/ that matches."""
+    found = list(DIST.glob(pattern))
+    if len(found) != 1:
+        raise AssertionError(f"dist/{pattern} is {len(found)} files")
+    return found[0]
+
+
+def run(*command, **options):
+    """What a command prints; it must succeed."""
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                          errors="replace", check=False, **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout[-4000:]}")
+    return done.stdout
+
+
+def play(*command, folder="/", errors=None):
+    """Lets an engine introduce itself and search; returns all that it has printed on its standard output."""
+    with subprocess.Popen([str(word) for word in command], cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          stderr=errors, text=True) as engine:
+        watchdog = threading.Timer(180, engine.kill)
+        watchdog.start()
+        try:
+            engine.stdin.write("uci\ngo depth 5\n")
+            engine.stdin.flush()
+            lines = []
+            for line in engine.stdout:
+                lines.append(line)
+                if line.startswith("bestmove "):
+                    break
+            engine.stdin.write("quit\n")
+            engine.stdin.flush()
+            code = engine.wait(30)
+        finally:
+            watchdog.cancel()
+            engine.kill()
+    if code != 0:
+        raise AssertionError(f"{command} ended with {code}:\n{''.join(lines)}")
+    return "".join(lines)
+
+
+class PackageCase(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="brenquil-packages-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        # Some things here are done by another user.
+        self.folder.chmod(0o755)
+
+    def assert_plays(self, printed):
+        """The dialogue of play() is that of this engine, made at the time of the sources."""
+        when = datetime.datetime.fromtimestamp(EPOCH, datetime.timezone.utc)
+        date = BANNER_DATE.search(printed)
+        self.assertTrue(date, printed)
+        self.assertEqual(date[1], f"{when:%b} {when.day} {when.year}")
+        self.assertRegex(printed, r"(?m)^uciok$")
+        self.assertRegex(printed, r"(?m)^info depth 5 .* pv [a-h][1-8]")
+        self.assertRegex(printed, r"(?m)^bestmove [a-h][1-8][a-h][1-8]")
+
+    def assert_tells_no_path(self, program):
+        """The program does not hold the folder that it was built in."""
+        self.assertNotIn(os.fsencode(str(ROOT)), program.read_bytes())
+        self.assertNotIn(b"src/interface", program.read_bytes())
+
+
+class Sums(PackageCase):
+    def test_every_package_has_its_sum(self):
+        listed = dict(reversed(line.split()) for line in (DIST / "SHA256SUMS").read_text().splitlines())
+        found = {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in DIST.iterdir()
+                 if path.name != "SHA256SUMS"}
+        self.assertEqual(len(found), 3)
+        self.assertEqual(listed, found)
+
+
+class SameBytes(PackageCase):
+    def test_made_again_elsewhere(self):
+        """Another folder, user, time zone, file mode and clock: the same packages."""
+        copy = self.folder / "quite another place" / "sources"
+        shutil.copytree(ROOT, copy, symlinks=True,
+                        ignore=lambda folder, _: ["build", "dist", ".git"] if folder == str(ROOT) else [])
+        run("chown", "-R", f"{NOBODY}:{NOBODY}", self.folder)
+        environment = dict(os.environ, TZ="Asia/Tokyo", HOME=str(self.folder), SOURCE_DATE_EPOCH=str(EPOCH))
+        run(copy / "package", cwd=self.folder, env=environment, user=NOBODY, group=NOBODY, extra_groups=[], umask=0o077)
+        self.assertEqual((copy / "dist" / "SHA256SUMS").read_text(), (DIST / "SHA256SUMS").read_text())
+
+
+class LinuxArchive(PackageCase):
+    def test_members(self):
+        with tarfile.open(the_one("*.tar.gz")) as archive:
+            members = archive.getmembers()
+        names = [member.name for member in members]
+        self.assertEqual(names, sorted(names))
+        self.assertEqual({(member.uid, member.gid, member.uname, member.gname) for member in members}, {(0, 0, "", "")})
+        self.assertEqual({member.mtime for member in members}, {EPOCH})
+        for member in members:
+            self.assertEqual(member.mode, 0o755 if member.isdir() or member.name.endswith("/bin/brenquil") else 0o644)
+        files = {name.partition("/")[2] for name, member in zip(names, members) if member.isfile()}
+        self.assertEqual(files, {"bin/brenquil", "share/man/man6/brenquil.6"} | {
+            "share/doc/brenquil/" + name
+            for name in {"README.md", "CHANGELOG.md", "LICENSE", "libraries.txt"} | LINKED})
+
+    def test_program(self):
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        program = next(self.folder.glob("*/bin/brenquil"))
+        self.assert_plays(play(program, folder=self.folder))
+        self.assertNotRegex(run("readelf", "--wide", "--program-headers", program), r"INTERP|DYNAMIC")
+        self.assertIn("no symbols", run("nm", program))
+        self.assert_tells_no_path(program)
+
+    def test_program_passes_system_tests(self):
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        environment = dict(os.environ, BRENQUIL_ENGINE=str(next(self.folder.glob("*/bin/brenquil"))))
+        for test in SYSTEM_TESTS:
+            run(sys.executable, "-B", ROOT / "tests" / "system" / test, cwd=self.folder, env=environment)
+
+    def test_manual(self):
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("mandoc", "-T", "lint", "-W", "warning", next(self.folder.glob("*/share/man/man6/brenquil.6")))
+
+
+class DebianPackage(PackageCase):
+    def test_lintian(self):
+        run("lintian", "--allow-root", "--fail-on", "error,warning", the_one("*.deb"))
+
+    def test_holds_the_program_of_the_archive(self):
+        run("dpkg-deb", "--extract", the_one("*.deb"), self.folder)
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        self.assertEqual((self.folder / "usr/games/brenquil").read_bytes(),
+                         next(self.folder.glob("*/bin/brenquil")).read_bytes())
+
+    def test_in_a_fresh_debian(self):
+        root = self.folder / "debian"
+        run("debootstrap", "--variant=minbase", SUITE, root)
+        before = self.files(root)
+
+        shutil.copy(the_one("*.deb"), root / "tmp" / "brenquil.deb")
+        self.in_root(root, "apt-get", "install", "--yes", "--no-install-recommends", "/tmp/brenquil.deb")
+        self.assertIn("install ok installed", self.in_root(root, "dpkg", "--status", "brenquil"))
+        self.assert_plays(play("chroot", f"--userspec={NOBODY}:{NOBODY}", root, "/usr/games/brenquil"))
+        manual = gzip.decompress((root / "usr/share/man/man6/brenquil.6.gz").read_bytes()).decode()
+        self.assertRegex(manual, r'(?m)^\.TH BRENQUIL 6 "\d{4}-\d\d-\d\d" "Brenquil \d+\.\d+"')
+        folder = root / "usr/share/doc/brenquil"
+        documents = {str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file()}
+        self.assertEqual(documents, LINKED | {
+            "README.md", "changelog.Debian.gz", "changelog.gz", "copyright", "libraries.txt"})
+
+        self.in_root(root, "apt-get", "purge", "--yes", "brenquil")
+        self.assertEqual(self.files(root), before)
+
+    @staticmethod
+    def in_root(root, *command):
+        return run("chroot", root, *command, env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C",
+                                                  "DEBIAN_FRONTEND": "noninteractive"})
+
+    @staticmethod
+    def files(root):
+        """What lies in a system, without the notes of its package manager and what stands for the kernel."""
+        apart = re.compile(r"(var/lib/(dpkg|apt)|var/cache|var/log|tmp|proc|sys|dev)(/|$)")
+        names = (str(path.relative_to(root)) for path in root.rglob("*"))
+        return {name for name in names if not apart.match(name)}
+
+
+class WindowsArchive(PackageCase):
+    def test_members(self):
+        with zipfile.ZipFile(the_one("*.zip")) as archive:
+            self.assertIsNone(archive.testzip())
+            names = [member.filename for member in archive.infolist()]
+            self.assertEqual(names, sorted(names))
+            files = {name.partition("/")[2] for name in names if not name.endswith("/")}
+            self.assertEqual(files, LINKED | {
+                "brenquil.exe", "README.txt", "CHANGELOG.txt", "LICENSE.txt", "LIBRARIES.txt"})
+            # Two seconds are the unit of time in such an archive.
+            when = datetime.datetime.fromtimestamp(EPOCH - EPOCH % 2, datetime.timezone.utc)
+            self.assertEqual({member.date_time for member in archive.infolist()}, {when.timetuple()[:6]})
+            for name in names:
+                if name.endswith(".txt"):
+                    text = archive.read(name)
+                    self.assertGreater(text.count(b"\r\n"), 10, name)
+                    self.assertEqual(text.count(b"\r\n"), text.count(b"\n"), name)
+
+    def test_program(self):
+        with zipfile.ZipFile(the_one("*.zip")) as archive:
+            archive.extractall(self.folder)
+        program = next(self.folder.glob("*/brenquil.exe"))
+        headers = run("x86_64-w64-mingw32-objdump", "--private-headers", program)
+        libraries = {name.lower() for name in re.findall(r"DLL Name: (\S+)", headers)}
+        self.assertTrue(libraries)
+        self.assertLessEqual(libraries, SYSTEM_LIBRARIES)
+        self.assert_tells_no_path(program)
+        if shutil.which("wine"):
+            # Wine complains of what this machine has not, a screen for one.
+            self.assert_plays(play("wine", program, folder=self.folder, errors=subprocess.DEVNULL))
+
+
+if __name__ == "__main__":
+    if os.geteuid() != 0:
+        sys.exit("A fresh Debian can only be made by root: sudo ./package --check")
+    unittest.main()
