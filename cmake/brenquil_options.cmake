@@ -69,7 +69,9 @@ endif()
 
 if(BRENQUIL_COVERAGE)
     target_compile_options(brenquil_options INTERFACE --coverage)
-    target_link_options(brenquil_options INTERFACE --coverage)
+    target_link_options(brenquil_options INTERFACE --coverage -Wl,--wrap=_Exit)
+    add_library(brenquil_coverage_exit STATIC "${PROJECT_SOURCE_DIR}/cmake/coverage_exit.cpp")
+    target_link_libraries(brenquil_options INTERFACE brenquil_coverage_exit)
 endif()
 
 # The two halves of a profile-guided build use the same build folder: the counts lie beside the object files.

@@ -4,15 +4,16 @@
     tools/solve_epd.py --engine build/release/brenquil --movetime 1000 wac.epd
 
 A position is solved when the move played is one of `bm` and none of `am`. The file writes these in
-standard algebraic notation; the engine answers in coordinates. So for each legal move, which the
-console mode of the engine lists, its algebraic form is made here from the FEN.
+standard algebraic notation; the engine answers in coordinates. So for each legal move its algebraic
+form is made here from the FEN.
 """
 import argparse
 import re
 import sys
 from pathlib import Path
 
-from play_games import UciProcess, Referee, board_of
+from chess_rules import Position, board_of
+from play_games import UciProcess, is_end
 
 OPERATION = re.compile(r"\b(bm|am|id)\s+([^;]*);")
 
@@ -79,7 +80,6 @@ def main(arguments=None):
     parser.add_argument("--limit", type=int, default=0, help="only so many positions")
     parsed = parser.parse_args(arguments)
 
-    referee = Referee(parsed.engine, False)
     engine = UciProcess(parsed.engine, [text.split("=", 1) for text in parsed.option])
     solved = total = 0
     try:
@@ -87,8 +87,7 @@ def main(arguments=None):
             if parsed.limit and total == parsed.limit:
                 break
             total += 1
-            referee.set(fen + " 0 1")
-            legal = referee.moves()
+            legal = list(Position(fen + " 0 1").moves(False))
             unknown = [text for text in best + avoided
                        if plain(text) not in [plain(san_of(fen, move, legal)) for move in legal]]
             if unknown:
@@ -97,9 +96,7 @@ def main(arguments=None):
             engine.send(f"position fen {fen} 0 1")
             engine.synchronise()
             engine.send(f"go movetime {parsed.movetime}")
-            lines, _ = engine.wait_for(
-                lambda line: line.startswith("bestmove ") or line.endswith("No best move!"),
-                parsed.movetime / 1000 + 60)
+            lines, _ = engine.wait_for(is_end, parsed.movetime / 1000 + 60)
             answer = lines[-1].split()[1] if lines[-1].startswith("bestmove ") else ""
             san = san_of(fen, answer, legal) if answer in legal else "nothing"
             if is_solved(san, best, avoided):
@@ -109,7 +106,6 @@ def main(arguments=None):
                 print(f"{name}: played {san}, wanted {wanted}", flush=True)
     finally:
         engine.close()
-        referee.close()
     print(f"solved {solved} of {total}")
     return 0
 

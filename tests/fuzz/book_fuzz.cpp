@@ -1,19 +1,16 @@
 // An opening book of any bytes: the questions end, and every move that comes back can be asked of
-// the board.
+// the board. The last byte of an input chooses the position.
 
 #include "board/move_generator.h"
 #include "board/position_text.h"
 #include "book/book.h"
+#include "private_folder.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -21,9 +18,7 @@ using namespace brenquil;
 
 namespace {
 
-const std::string Path = (std::filesystem::temp_directory_path() /
-                          ("brenquil_fuzz_book_" + std::to_string(std::random_device()())))
-                             .string();
+constexpr const char* Path = "book.bin";
 
 /// The bytes in 16-byte records, every second key replaced by one that is asked for.
 std::vector<std::uint8_t> WithKeys(const std::uint8_t* data, std::size_t size, std::uint64_t key) {
@@ -43,33 +38,32 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::array<std::string_view, 4> Fens = {
         StartFen, "r3k2r/8/8/3pP3/8/8/6p1/R3K2R w KQkq d6 0 1",
         "r3k2r/1P6/8/8/3pP3/8/8/R3K2R b KQkq e3 0 1", "8/8/8/8/8/8/8/8 w - - 0 249"};
+    static const bool isReady = EnterPrivateFolder();
+    if (!isReady || size == 0) {
+        return 0;
+    }
     static const auto position = std::make_unique<CPosition>();
-    for (const std::string_view fen : Fens) {
-        CPositionText(*position).SetFen(fen);
-        const std::vector<std::uint8_t> bytes = WithKeys(data, size, position->key);
-        {
-            std::ofstream file(Path, std::ios::binary);
-            file.write(reinterpret_cast<const char*>(bytes.data()),
-                       static_cast<std::streamsize>(bytes.size()));
+    static const auto book = std::make_unique<CBook>([](std::string_view) {}, [] {});
+    CPositionText(*position).SetFen(Fens[data[size - 1] % Fens.size()]);
+    const std::vector<std::uint8_t> bytes = WithKeys(data, size, position->key);
+    WriteWhole(Path, AsText(bytes.data(), bytes.size()));
+    // A path that is set again is not read again.
+    book->options.SetOption("Book Path", "<empty>");
+    book->options.SetOption("Book Path", Path);
+    MoveList list;
+    book->LookUp(list, *position);
+    for (const Move move : list) {
+        if (!CMoveGenerator(*position).IsStoredMoveValid(move)) {
+            std::abort();
         }
-        const auto book = std::make_unique<CBook>([](std::string_view) {}, [] {});
-        book->options.SetOption("Book Path", Path);
-        MoveList list;
-        book->LookUp(list, *position);
-        for (const Move move : list) {
-            if (!CMoveGenerator(*position).IsStoredMoveValid(move)) {
-                std::abort();
-            }
-            BaseMoveInfo info;
-            if (!book->ProbeMoveInfo(info, move, *position)) {
-                std::abort();
-            }
-        }
-        Move move = NoMove;
-        if (book->ProbeRoot(move, *position) != (list.count > 0)) {
+        BaseMoveInfo info;
+        if (!book->ProbeMoveInfo(info, move, *position)) {
             std::abort();
         }
     }
-    std::remove(Path.c_str());
+    Move move = NoMove;
+    if (book->ProbeRoot(move, *position) != (list.count > 0)) {
+        std::abort();
+    }
     return 0;
 }

@@ -1,16 +1,18 @@
 // Feeds the readers of Syzygy tables with files that nobody made, and probes what they accept.
 //
-//     cmake --preset fuzz && cmake --build --preset fuzz --target syzygy_fuzz
-//     build/fuzz/tests/fuzz/syzygy_fuzz -runs=2000000 CORPUS
+//     tools/fuzz --runs 2000000 syzygy
 //
-// The first byte of an input chooses a material and the kind of table, the rest is the file. It
-// lies in memory of its exact size, so that AddressSanitizer sees any step outside it. Positions
-// are looked up all over the table. One input in sixty-four is also written to a file and goes
+// The low half of an input's first byte chooses a material and the kind of table, the high half the
+// positions that are looked up; the rest is the file. It lies in memory of its exact size, so that
+// AddressSanitizer sees any step outside it. One input in 512 is also written to a file and goes
 // through mapping, first use and root probe, which must come to an end.
 //
-// Without a corpus the fuzzer starts from tables that the writer of the tests makes. Set
-// BRENQUIL_SYZYGY_SEEDS to a folder to have these written there, and BRENQUIL_DATA to the shared
-// data to have small real tables beside them.
+// A damaged file may have blocks of 65536 values, and a look-up walks through one. This is where
+// the time of an input goes, so there are only two look-ups.
+//
+// The fuzzer begins with the small tables in corpus/syzygy, which the tests' writer has made.
+// BRENQUIL_SYZYGY_SEEDS names a folder into which these and larger ones are put at the start, and
+// small real ones when BRENQUIL_DATA names the shared data. Neither is needed.
 
 #include "bases/syzygy/tb_entry.h"
 #include "bases/syzygy/tb_lookup.h"
@@ -78,18 +80,28 @@ const std::vector<TbPosition>& PositionsOf(std::size_t material) {
     return all[material];
 }
 
-void LookUpEverywhere(const TbEntry& entry, const std::vector<TbPosition>& positions) {
-    for (const TbPosition& position : positions) {
-        int wdl = 0;
-        (void)LookUpWdl(entry, position, MaterialKey(position, false), wdl);
-    }
+void LookUp(const TbEntry& entry, const TbPosition& position, unsigned /*choice*/) {
+    int wdl = 0;
+    (void)LookUpWdl(entry, position, MaterialKey(position, false), wdl);
 }
 
-void LookUpEverywhere(const DtzEntry& entry, const std::vector<TbPosition>& positions) {
+void LookUp(const DtzEntry& entry, const TbPosition& position, unsigned choice) {
     constexpr std::array<int, 4> Classes = {-2, 2, -1, 1};
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        int value = 0;
-        (void)LookUpDtz(entry, positions[i], Classes[i % Classes.size()], value);
+    int value = 0;
+    (void)LookUpDtz(entry, position, Classes[choice % Classes.size()], value);
+}
+
+/// Two look-ups in a table of these bytes, if the reader accepts them.
+template <class Entry, class Reader>
+void ReadAndLookUp(const support::Bytes& bytes, std::size_t material, unsigned choice,
+                   Reader reader) {
+    Entry entry;
+    entry.shape = ShapeOfName(Names[material]);
+    entry.data = bytes;
+    if (reader(entry)) {
+        const std::vector<TbPosition>& positions = PositionsOf(material);
+        LookUp(entry, positions[choice % positions.size()], choice);
+        LookUp(entry, positions[(3 * choice + 1) % positions.size()], choice / 4);
     }
 }
 
@@ -171,6 +183,11 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    // Nearly every input is refused with a message. The fuzzer and the sanitizers keep their own
+    // way to the screen.
+    if (std::FILE* const nowhere = std::fopen("/dev/null", "w")) {
+        stderr = nowhere;
+    }
     if (const char* const folder = std::getenv("BRENQUIL_SYZYGY_SEEDS")) {
         WriteSeeds(folder);
     }
@@ -183,24 +200,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::size_t material = data[0] % Names.size();
     const bool isWdl = data[0] / Names.size() % 2 == 0;
+    const unsigned choice = data[0] / (2 * Names.size());
     // A copy of the exact size, because the fuzzer's own buffer has room behind it.
     const support::Bytes bytes(data + 1, data + size);
     if (isWdl) {
-        TbEntry entry;
-        entry.shape = ShapeOfName(Names[material]);
-        entry.data = bytes;
-        if (ReadWdlTable(entry)) {
-            LookUpEverywhere(entry, PositionsOf(material));
-        }
+        ReadAndLookUp<TbEntry>(bytes, material, choice, ReadWdlTable);
     } else {
-        DtzEntry entry;
-        entry.shape = ShapeOfName(Names[material]);
-        entry.data = bytes;
-        if (ReadDtzTable(entry)) {
-            LookUpEverywhere(entry, PositionsOf(material));
-        }
+        ReadAndLookUp<DtzEntry>(bytes, material, choice, ReadDtzTable);
     }
-    if (size % 64 == 0) {
+    if (size % 512 == 0) {
         ProbeThroughFiles(material, isWdl, bytes);
     }
     return 0;

@@ -1,66 +1,120 @@
-// Ini and batch files of any bytes. The first byte chooses: both readers come to an end, and what
-// they queue are commands without line ends.
+// Ini and batch files of any bytes. The first byte chooses.
+//
+// Both readers come to an end. What an ini file has set is written and read back unchanged, empty
+// texts and those too long for a line left out; what a batch file queues are commands without line
+// ends, remarks and outer blanks.
 
+#include "book/book_options.h"
+#include "eval/evaluation_options.h"
 #include "interface/batch_file.h"
 #include "interface/ini_file.h"
 #include "interface/output_options.h"
+#include "interface/program_info.h"
+#include "private_folder.h"
+#include "search/memory_options.h"
 #include "search/search_options.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <random>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 using namespace brenquil;
 
 namespace {
+
+/// An ini line longer than this is read in pieces.
+constexpr std::size_t LongestValue = 400;
 
 class CSilentSink final : public ILineSink {
 public:
     void Write(const std::string&) override {}
 };
 
-/// Works in a folder of its own from the first input on.
-bool EnterFolder() {
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() /
-        ("brenquil_fuzz_" + std::to_string(std::random_device()()));
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder);
-    return true;
+/// The options of the program, without the table, book and log that they steer.
+struct Options {
+    CSilentSink sink;
+    CProtocol protocol{sink};
+    Relaxed<bool> analyse{false};
+    CMemoryOptions memory{[](std::int32_t) {}, [] { return 64; }};
+    CSearchOptions search;
+    CEvaluationOptions evaluation;
+    COutputOptions output{protocol, analyse};
+    CBookOptions book;
+    OptionGroupList groups{&memory, &search, &evaluation, &output, &book};
+    const std::vector<std::string> defaults = Values();
+
+    [[nodiscard]] std::vector<std::string> Values() const {
+        std::vector<std::string> values;
+        for (const COptionGroup* group : groups) {
+            for (const COption* option : group->iniOptions) {
+                values.push_back(option->value);
+            }
+        }
+        return values;
+    }
+
+    void Reset() {
+        auto value = defaults.begin();
+        for (const COptionGroup* group : groups) {
+            for (COption* option : group->iniOptions) {
+                option->SetValue(*value++);
+            }
+        }
+    }
+};
+
+void CheckIni(std::string_view bytes) {
+    const std::string name(IniFileName);
+    WriteWhole(name, bytes);
+    static Options& options = *std::make_unique<Options>().release();
+    options.Reset();
+    LoadIni(options.groups);
+    const std::vector<std::string> values = options.Values();
+    if (std::any_of(values.begin(), values.end(), [](const std::string& value) {
+            return value.empty() || value.size() > LongestValue;
+        })) {
+        return;
+    }
+    std::remove(name.c_str());
+    WriteIni(options.groups, options.protocol);
+    options.Reset();
+    LoadIni(options.groups);
+    if (options.Values() != values) {
+        std::abort();
+    }
 }
 
-void WriteFile(const char* name, const std::uint8_t* data, std::size_t size) {
-    std::ofstream file(name, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+void CheckBatch(std::string_view bytes) {
+    WriteWhole("a.cmd", bytes);
+    CSilentSink sink;
+    CProtocol protocol(sink);
+    RunBatch("a", protocol);
+    for (const PendingLine& line : protocol.pendingLines) {
+        if (line.text.empty() || line.text.find_first_of("\r\n#") != std::string::npos ||
+            line.text.front() == ' ' || line.text.back() == ' ') {
+            std::abort();
+        }
+    }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool isReady = EnterFolder();
+    static const bool isReady = EnterPrivateFolder();
     if (!isReady || size == 0) {
         return 0;
     }
-    CSilentSink sink;
-    CProtocol protocol(sink);
+    const std::string_view bytes = AsText(data, size).substr(1);
     if (data[0] % 2 == 0) {
-        Relaxed<bool> analyse{false};
-        COutputOptions output(protocol, analyse);
-        CSearchOptions search;
-        WriteFile("Brenquil3.00.ini", data + 1, size - 1);
-        LoadIni({&search, &output});
-        return 0;
-    }
-    WriteFile("a.cmd", data + 1, size - 1);
-    RunBatch("a", protocol);
-    for (const PendingLine& line : protocol.pendingLines) {
-        if (line.text.empty() || line.text.find_first_of("\r\n#") != std::string::npos) {
-            std::abort();
-        }
+        CheckIni(bytes);
+    } else {
+        CheckBatch(bytes);
     }
     return 0;
 }

@@ -287,6 +287,96 @@ TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
     EXPECT_EQ(MoveName(receiver.record.ponder), "e7e5");
 }
 
+TEST_F(Root, LineFromTheTableFollowsCastlingAndEnPassant) {
+    Script([](const std::string&, int) { return -32000; });
+    setup.Set("r3k3/3p4/8/4P3/8/8/8/R3K2R b KQq - 0 1");
+    setup.hash.RaiseAge();
+    const std::vector<std::string> line = {"d7d5", "e5d6", "e8c8", "e1g1"};
+    for (const std::string& text : line) {
+        const Move move = MoveOf(setup.position, text);
+        setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, move);  // answers nothing
+        ASSERT_TRUE(setup.position.MakeMove(move)) << text;
+    }
+    for (std::size_t i = line.size(); i-- > 0;) {
+        setup.position.UndoMove(
+            setup.position.undo[static_cast<std::size_t>(setup.position.ply - 1)].move);
+    }
+    CRecordingReceiver receiver;
+    CFakeWorkers workers;
+    setup.search->ResetSearch();
+    setup.search->Think(Depth(4), workers, receiver);
+    const std::vector<Move> moves(receiver.record.pvs.back().line.begin(),
+                                  receiver.record.pvs.back().line.end());
+    ASSERT_EQ(moves.size(), 4U);
+    EXPECT_EQ(moves[1].Kind(), MoveKind::EnPassant);
+    EXPECT_EQ(moves[2].Kind(), MoveKind::Castling);
+    EXPECT_EQ(moves[3].Kind(), MoveKind::Castling);
+}
+
+/// The rule for stored moves refuses both of these.
+TEST_F(Root, LineFromTheTableFollowsCastlingOntoTheRookAndEnPassantWithoutItsSquare) {
+    struct Case {
+        const char* fen;
+        Move stored;
+    };
+
+    const std::vector<Case> cases = {
+        {"5kr1/8/8/8/8/8/8/4K2R w Kg - 0 1", Move::Make(F8, G8, MoveKind::Castling, 2)},
+        {"4k3/8/8/8/3pP3/8/8/4K2R w K - 0 1", Move::Make(D4, E3, MoveKind::EnPassant)},
+    };
+    for (const Case& one : cases) {
+        Script([](const std::string&, int) { return -32000; });
+        setup.Set(one.fen);
+        setup.hash.RaiseAge();
+        const Move first = MoveOf(setup.position, "h1h3");
+        setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, first);
+        ASSERT_TRUE(setup.position.MakeMove(first));
+        ASSERT_FALSE(CMoveGenerator(setup.position).IsStoredMoveValid(one.stored)) << one.fen;
+        setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, one.stored);
+        setup.position.UndoMove(first);
+        CRecordingReceiver receiver;
+        CFakeWorkers workers;
+        setup.search->ResetSearch();
+        setup.search->Think(Depth(2), workers, receiver);
+        EXPECT_EQ(MoveName(receiver.record.ponder), MoveName(one.stored)) << one.fen;
+    }
+}
+
+TEST_F(Root, LineFromTheTableEndsBeforeASpecialMoveOfAnotherPosition) {
+    struct Case {
+        const char* fen;
+        const char* first;
+        Move stored;
+    };
+
+    const std::vector<Case> cases = {
+        // The right to castle has been given up, or is another's.
+        {"4k2r/8/8/8/8/8/8/4K2R w K - 0 1", "e1e2", Move::Make(E8, G8, MoveKind::Castling, 2)},
+        {"4k2r/8/8/8/8/8/1B6/4K3 w k - 0 1", "b2h8", Move::Make(E8, G8, MoveKind::Castling, 2)},
+        {"4k2r/8/8/8/8/8/8/4K2R w k - 0 1", "h1h2", Move::Make(E8, C8, MoveKind::Castling, 2)},
+        {"r3k2r/8/8/8/8/8/8/4K2R w kq - 0 1", "h1h2", Move::Make(H8, G8, MoveKind::Castling, 2)},
+        // A man stands on the square, none that captures so moves, or none captures there.
+        {"4k3/8/8/8/3p4/4P3/8/4K2R w K - 0 1", "h1h2", Move::Make(D4, E3, MoveKind::EnPassant)},
+        {"4k3/8/8/8/3n4/8/8/4K2R w K - 0 1", "h1h2", Move::Make(D4, E3, MoveKind::EnPassant)},
+        {"4k3/8/8/8/3p4/8/8/4K2R w K - 0 1", "h1h2", Move::Make(D4, F3, MoveKind::EnPassant)},
+    };
+    for (const Case& one : cases) {
+        Script([](const std::string&, int) { return -32000; });
+        setup.Set(one.fen);
+        setup.hash.RaiseAge();
+        const Move first = MoveOf(setup.position, one.first);
+        setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, first);
+        ASSERT_TRUE(setup.position.MakeMove(first));
+        setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, one.stored);
+        setup.position.UndoMove(first);
+        CRecordingReceiver receiver;
+        CFakeWorkers workers;
+        setup.search->ResetSearch();
+        setup.search->Think(Depth(4), workers, receiver);
+        EXPECT_EQ(LineText(receiver.record.pvs.back().line.Used()), one.first) << one.fen;
+    }
+}
+
 // Small endgames
 
 TEST_F(Root, FewMenAndANearlyEqualScoreShowAsADeadDraw) {
