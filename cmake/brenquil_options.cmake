@@ -50,9 +50,9 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
     target_link_options(brenquil_options INTERFACE -no-pie)
 endif()
 
-if(BRENQUIL_NATIVE)
-    target_compile_options(brenquil_options INTERFACE -march=native)
-    target_link_options(brenquil_options INTERFACE -march=native)
+if(BRENQUIL_ARCH)
+    target_compile_options(brenquil_options INTERFACE -march=${BRENQUIL_ARCH})
+    target_link_options(brenquil_options INTERFACE -march=${BRENQUIL_ARCH})
 endif()
 
 if(BRENQUIL_SANITIZE)

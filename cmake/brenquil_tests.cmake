@@ -3,10 +3,14 @@
 # Labels: every test has "unit" or "system"; "slow" keeps it out of ./test quick; "release-only" keeps it out of the
 # builds that are many times slower (debug, sanitizers).
 #
-# Environment: BRENQUIL_ENGINE is the program under test, BRENQUIL_DATA the folder of shared test data when there is
-# one beside the repository, BRENQUIL_TIMEOUT_FACTOR the slowness of this build for a test that waits.
+# Environment: BRENQUIL_ENGINE is the program under test, BRENQUIL_SYSTEM the system that it is built for (Linux or
+# Windows), BRENQUIL_DATA the folder of shared test data when there is one beside the repository,
+# BRENQUIL_TIMEOUT_FACTOR the slowness of this build for a test that waits.
+#
+# A cross build runs its tests by the emulator that its toolchain file names; tests/CMakeLists.txt prepares that.
 
-set(brenquilTestEnvironment "BRENQUIL_TIMEOUT_FACTOR=${BRENQUIL_TIMEOUT_FACTOR}")
+set(brenquilTestEnvironment
+    "BRENQUIL_TIMEOUT_FACTOR=${BRENQUIL_TIMEOUT_FACTOR}" "BRENQUIL_SYSTEM=${CMAKE_SYSTEM_NAME}")
 if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/../shared/data")
     get_filename_component(sharedData "${PROJECT_SOURCE_DIR}/../shared/data" REALPATH)
     list(APPEND brenquilTestEnvironment "BRENQUIL_DATA=${sharedData}")
@@ -35,6 +39,14 @@ function(brenquil_unit_tests folder)
 
     brenquil_timeout(timeout 60)
     brenquil_timeout(slowTimeout 600)
+    if(CMAKE_CROSSCOMPILING)
+        # Starting the emulator for each case would take longer than the cases.
+        add_test(NAME ${room}.all COMMAND ${program} "--gtest_filter=-*Slow*:*ReleaseOnly*" --gtest_brief=1)
+        set_tests_properties(${room}.all PROPERTIES LABELS unit TIMEOUT ${slowTimeout}
+            WORKING_DIRECTORY "${PROJECT_BINARY_DIR}" ENVIRONMENT "${brenquilTestEnvironment}"
+            FIXTURES_REQUIRED emulator)
+        return()
+    endif()
     gtest_discover_tests(${program}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT ${timeout}
@@ -77,6 +89,6 @@ function(brenquil_system_test file)
     brenquil_timeout(timeout ${seconds})
     add_test(NAME system.${name} COMMAND Python3::Interpreter -B "${file}")
     set_tests_properties(system.${name} PROPERTIES
-        LABELS "${labels}" TIMEOUT ${timeout} RUN_SERIAL ${serial}
-        ENVIRONMENT "BRENQUIL_ENGINE=$<TARGET_FILE:brenquil>;${brenquilTestEnvironment}")
+        LABELS "${labels}" TIMEOUT ${timeout} RUN_SERIAL ${serial} FIXTURES_REQUIRED emulator
+        ENVIRONMENT "BRENQUIL_ENGINE=${brenquilEngine};${brenquilTestEnvironment}")
 endfunction()

@@ -17,3 +17,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # One file without companions. The search is deeply recursive, and Windows gives a thread 2 MiB by default,
 # so threads get the 8 MiB that they have on Linux.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--stack,8388608")
+
+# How the programs are run here.
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../tools/wine;${CMAKE_BINARY_DIR}/wine")

@@ -57,7 +57,7 @@ configure() {
     release-clang | fuzz)
         if ! command -v clang++ >/dev/null 2>&1; then compiler=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
         ;;
-    windows | package-windows) ;;
+    windows | package-windows | arm64) ;;
     *)
         if [[ $(find_gcc) != g++ ]]; then compiler=("-DCMAKE_CXX_COMPILER=$(find_gcc)"); fi
         ;;

@@ -1,6 +1,7 @@
 #include "book/book_file.h"
 
 #include "book/book_record.h"
+#include "platform/file_stream.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,11 +13,9 @@ std::uint32_t CBookFile::RecordCount() const noexcept {
     if (!IsOpen()) {
         return 0;
     }
-    const long place = std::ftell(file_.file);
-    // A file of 2 GiB and more has no place in a long on some systems, and counts as empty there.
-    const long size = std::fseek(file_.file, 0, SEEK_END) == 0 ? std::ftell(file_.file) : -1;
-    (void)std::fseek(file_.file, std::max(place, 0L), SEEK_SET);
-    const std::uint64_t records = static_cast<std::uint64_t>(std::max(size, 0L)) / RecordSize;
+    const std::uint64_t place = StreamPlace(file_.file).value_or(0);
+    const std::uint64_t records = StreamSize(file_.file).value_or(0) / RecordSize;
+    (void)SeekStream(file_.file, place);
     return static_cast<std::uint32_t>(
         std::min<std::uint64_t>(records, std::numeric_limits<std::uint32_t>::max()));
 }
@@ -48,9 +47,7 @@ void CBookFile::LookUp(MoveList& list, const CPosition& position) noexcept {
 
 /// Goes to the start of a record.
 bool CBookFile::SeekRecord(std::uint32_t index) noexcept {
-    const std::uint64_t place = std::uint64_t{index} * RecordSize;
-    return place <= static_cast<std::uint64_t>(std::numeric_limits<long>::max()) &&
-           std::fseek(file_.file, static_cast<long>(place), SEEK_SET) == 0;
+    return SeekStream(file_.file, std::uint64_t{index} * RecordSize);
 }
 
 /// The next bytes as a number, the most significant one first. Bytes behind the end of the file are

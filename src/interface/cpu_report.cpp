@@ -27,17 +27,6 @@ std::string FlagText(std::uint32_t word, unsigned bit) {
     return FlagText(HasBit(word, bit));
 }
 
-/// The twelve characters of the vendor's name; fewer on a processor that tells none.
-std::string VendorName(const CpuidResult& answer) {
-    std::string name;
-    for (const std::uint32_t word : {answer.ebx, answer.edx, answer.ecx}) {
-        for (unsigned shift = 0; shift < 32; shift += 8) {
-            name += static_cast<char>(word >> shift & 0xFFU);
-        }
-    }
-    return name.substr(0, name.find('\0'));
-}
-
 std::uint32_t LeafOf(std::string_view word) noexcept {
     if (word == "7") {
         return 7;
@@ -58,14 +47,13 @@ std::uint32_t RegisterOf(const CpuidResult& answer, std::string_view word) noexc
 }  // namespace
 
 std::vector<std::string> CpuReport() {
-    const CpuidResult vendor = Cpuid(0);
     const CpuidResult features = Cpuid(1);
     const CpuidResult structured = Cpuid(7);
     const CpuidResult extended = Cpuid(ExtendedLeaf);
     return {
-        "vendor: " + VendorName(vendor),
+        "vendor: " + ProcessorVendor(),
         "cores: " + std::to_string(std::min(ProcessorCount(), MaxCores)),
-        "64bit: " + FlagText(extended.edx, 29),
+        "64bit: " + FlagText(IsProcessor64Bit()),
         "popcnt: " + FlagText(HasPopcount),
         "sse: " + FlagText(features.edx, 25),
         "sse2: " + FlagText(features.edx, 26),

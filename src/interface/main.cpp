@@ -7,6 +7,7 @@
 #include "interface/engine.h"
 #include "interface/ini_file.h"
 #include "interface/log_file.h"
+#include "platform/standard_streams.h"
 #include "text/text.h"
 
 #include <cstdio>
@@ -28,6 +29,7 @@ int Bench(ILineSink& sink, std::string_view depthText) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    UseBinaryStandardStreams();
     // Neither object is ever destroyed: a search that is still running when the program ends goes
     // on looking at them to its last instruction.
     static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();

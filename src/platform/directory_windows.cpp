@@ -1,4 +1,5 @@
 #include "platform/directory.h"
+#include "platform/windows_name.h"
 
 #include <array>
 #include <windows.h>
@@ -10,7 +11,7 @@ char PathSeparator() noexcept {
 }
 
 bool DirectoryExists(const std::string& path) noexcept {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+    const DWORD attributes = GetFileAttributesW(WindowsName(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 

@@ -1,4 +1,5 @@
 #include "platform/file_mapping.h"
+#include "platform/windows_name.h"
 
 #include <windows.h>
 
@@ -8,8 +9,8 @@ namespace {
 
 // Opens for reading; INVALID_HANDLE_VALUE when that fails.
 HANDLE OpenFileForReading(const std::string& path) noexcept {
-    return CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                       FILE_FLAG_RANDOM_ACCESS, nullptr);
+    return CreateFileW(WindowsName(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                       OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS, nullptr);
 }
 
 // The size of an open file; nothing for pipes and devices, which have names, too, but no length.

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace brenquil {
 
@@ -20,6 +21,13 @@ struct CpuidResult {
 // one of its range (basic leaves from 0, extended ones from 0x80000000), and on processors without
 // CPUID.
 [[nodiscard]] CpuidResult Cpuid(std::uint32_t leaf, std::uint32_t subleaf = 0) noexcept;
+
+// The maker of the processor as it names itself: the twelve characters of CPUID, or the name that
+// belongs to the number which other processors tell. Empty when the processor keeps it to itself.
+[[nodiscard]] std::string ProcessorVendor();
+
+// True when the processor has a 64-bit mode.
+[[nodiscard]] bool IsProcessor64Bit() noexcept;
 
 // The number of threads that the machine runs at once; at least 1.
 [[nodiscard]] int ProcessorCount() noexcept;

@@ -1,5 +1,6 @@
 #include "text/file.h"
 
+#include "platform/file_stream.h"
 #include "platform/special_file.h"
 
 #include <array>
@@ -15,7 +16,7 @@ bool CFile::Open(const std::string& name) noexcept {
     // The system would take such a name for the part before the zero byte.
     const bool isWhole = name.find('\0') == std::string::npos;
     if (isWhole && !IsSpecialFile(name)) {
-        file = std::fopen(name.c_str(), Mode());  // NOLINT(cppcoreguidelines-owning-memory)
+        file = OpenStream(name, Mode());
     }
     return IsOpen();
 }

@@ -4,10 +4,10 @@
 //     std::string line;
 //     if (file.Open(name)) { while (file.ReadLine(line)) { ... } }
 //
-// A name is a byte string that goes to the system as it is, relative to the working directory; it
-// may hold blanks. Only regular files are opened: a directory, a pipe or a device counts as a file
-// that cannot be opened, and so does a name with a zero byte in it. Nothing is reported anywhere
-// but by the result. An object belongs to one thread.
+// A name is a byte string, relative to the working directory; it may hold blanks, and letters
+// beyond ASCII (platform/file_stream.h). Only regular files are opened: a directory, a pipe or a
+// device counts as a file that cannot be opened, and so does a name with a zero byte in it. Nothing
+// is reported anywhere but by the result. An object belongs to one thread.
 #pragma once
 
 #include <cstdio>

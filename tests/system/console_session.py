@@ -11,8 +11,16 @@ ENGINE = os.environ["BRENQUIL_ENGINE"]
 SECONDS = 20 * int(os.environ.get("BRENQUIL_TIMEOUT_FACTOR", "1"))
 BANNER = re.compile(rb"\nBrenquil 3\.00 x64 \([A-Z][a-z]{2} \d{1,2} \d{4}\)\ncreated by J\.Ostervelde\n\n")
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
+SYSTEM = os.environ.get("BRENQUIL_SYSTEM", "")
+SEPARATOR = "\\" if SYSTEM == "Windows" else os.sep
 LOG = "Brenquil3.00.log"
 INI = "Brenquil3.00.ini"
+
+
+def full_name(path):
+    """The whole name of a file as the program's system writes it. Wine shows the root folder as the drive Z."""
+    path = str(pathlib.Path(path).resolve())
+    return "Z:" + path.replace("/", "\\") if SYSTEM == "Windows" and os.sep == "/" else path
 
 
 class EngineTest(unittest.TestCase):
@@ -31,6 +39,15 @@ class EngineTest(unittest.TestCase):
 
     def read(self, name):
         return (self.folder / name).read_bytes()
+
+    def read_text(self, name):
+        """A file of text that the program has written; each of its lines ends as the program's system has it."""
+        data = self.read(name)
+        if SYSTEM == "Windows":
+            self.assertEqual(data.count(b"\r\n"), data.count(b"\n"))
+            data = data.replace(b"\r\n", b"\n")
+        self.assertNotIn(b"\r", data)
+        return data.decode("latin-1")
 
     def raw(self, data, folder=None):
         """Everything that the program prints on these bytes of input; it must end by itself, with 0 and in silence."""

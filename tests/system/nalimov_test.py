@@ -1,13 +1,12 @@
 # ctest: timeout=120
 """Nalimov tables in the real program: small tables, paths of all kinds, damaged and removed files, the options."""
 
-import os
 import re
 import subprocess
 import unittest
 
 import nalimov_files
-from console_session import ENGINE, SECONDS, EngineTest
+from console_session import ENGINE, SECONDS, SEPARATOR, EngineTest
 
 LOADED = "info string tablebases 3-men loaded!\n"
 OPTIONS = """\
@@ -225,7 +224,7 @@ class Nalimov(EngineTest):
 
     def test_damaged_files_end_the_program(self):
         white = self.queen_files[0]
-        name = os.path.join("tables", "kqk.nbw")
+        name = "tables" + SEPARATOR + "kqk.nbw"
         for content in (white[:-1], white + b"\0", b""):
             (self.tables / "kqk.nbw").write_bytes(content)
             self.expect_end(f"*** {name} corrupted \n")

@@ -78,6 +78,17 @@ class End(EngineTestCase):
         self.assertEqual(engine.wait(), 0)
 
 
+    def test_only_the_end_of_the_input_ends_it(self):
+        engine = self.start_console()
+        engine.send_bytes(b"\x1a\n\x04\n\0\nfen\n")
+        self.assertEqual(engine.line(), START_FEN)
+
+    def test_lines_end_in_one_line_feed(self):
+        engine = self.start_uci()
+        for line in engine.search("go depth 2"):
+            self.assertNotIn("\r", line)
+
+
 class Uci(EngineTestCase):
     def test_uci_answers_with_name_author_options_and_uciok(self):
         engine = self.start_console()

@@ -1,8 +1,7 @@
 // A table file, open for reading.
 //
-// Offsets are 64 bits wide whatever the C library's `long` is: far positions are reached by a seek
-// to the start and steps of 1 GiB. Reads are not buffered, because a reader always wants a whole
-// block and never the one behind it.
+// Offsets are 64 bits wide. Reads are not buffered, because a reader always wants a whole block and
+// never the one behind it.
 //
 // A file belongs to one thread at a time; the cache guards it by a lock. No exceptions.
 #pragma once
@@ -30,8 +29,8 @@ public:
     /// Goes to an offset from the start. False when the system refuses.
     [[nodiscard]] bool Seek(std::uint64_t offset) noexcept;
 
-    /// The length of the file; nothing when the system does not tell or `long` cannot hold it.
-    /// Leaves the read position at the end.
+    /// The length of the file; nothing when the system does not tell. Leaves the read position
+    /// at the end.
     [[nodiscard]] std::optional<std::uint64_t> Size() noexcept;
 
     /// Reads from the present position on until the buffer is full or the file ends. Returns the

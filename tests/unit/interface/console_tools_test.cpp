@@ -5,13 +5,14 @@
 #include "platform/processor.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace brenquil {
 namespace {
 
 using ConsoleTools = CEngineFixture;
 
-long CountOf(const Strings& lines, const std::string& wanted) {
+std::ptrdiff_t CountOf(const Strings& lines, const std::string& wanted) {
     return std::count(lines.begin(), lines.end(), wanted);
 }
 

@@ -150,8 +150,8 @@ TEST_F(IniFile, SettingOf50CharactersAndMoreGetsNoPadding) {
     const std::string mode(44, 'm');
     ASSERT_TRUE(SetOption(engine->optionGroups, "Book Mode", mode));
     EXPECT_EQ(Obey("ini"), Strings{"created"});
-    EXPECT_NE(folder.Read(IniName).find("\nBook Mode=" + mode +
-                                        "# [Wide, Standard, Tournament, BestMove]\n"),
+    EXPECT_NE(folder.ReadText(IniName).find("\nBook Mode=" + mode +
+                                            "# [Wide, Standard, Tournament, BestMove]\n"),
               std::string::npos);
 }
 

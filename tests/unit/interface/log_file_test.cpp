@@ -26,10 +26,10 @@ TEST_F(LogFile, GrowsByALineAtATime) {
     AppendToLog("> one");
     AppendToLog("");
     AppendToLog("< three");
-    EXPECT_EQ(folder.Read(LogName), "> one\n\n< three\n");
+    EXPECT_EQ(folder.ReadText(LogName), "> one\n\n< three\n");
     folder.Write(LogName, "old\n");
     AppendToLog("new");
-    EXPECT_EQ(folder.Read(LogName), "old\nnew\n");
+    EXPECT_EQ(folder.ReadText(LogName), "old\nnew\n");
 }
 
 TEST_F(LogFile, ThatCannotBeWrittenIsLostInSilence) {
@@ -43,7 +43,7 @@ TEST_F(LogFile, IniFileSwitchesItOn) {
     folder.Write("Brenquil3.00.ini", "Logging=true\n");
     LoadIni(engine->optionGroups);
     (void)Obey("fen");
-    EXPECT_EQ(folder.Read(LogName), "> fen\n< " + std::string(StartFen) + "\n");
+    EXPECT_EQ(folder.ReadText(LogName), "> fen\n< " + std::string(StartFen) + "\n");
 }
 
 TEST_F(LogFile, LinesOfSeveralThreadsDoNotMingle) {
@@ -56,7 +56,7 @@ TEST_F(LogFile, LinesOfSeveralThreadsDoNotMingle) {
     std::thread other(write, 'b');
     write('a');
     other.join();
-    std::istringstream log(folder.Read(LogName));
+    std::istringstream log(folder.ReadText(LogName));
     int count = 0;
     for (std::string line; std::getline(log, line); ++count) {
         ASSERT_TRUE(line == std::string(3000, 'a') || line == std::string(3000, 'b'));

@@ -32,12 +32,14 @@ protected:
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
     [[nodiscard]] std::string PathOf(std::string_view name) const {
-        return (folder_ / name).string();
+        const std::u8string path = (folder_ / std::u8string(name.begin(), name.end())).u8string();
+        return {path.begin(), path.end()};
     }
 
     std::string Write(std::string_view name, std::string_view content) const {
         const std::string path = PathOf(name);
-        std::ofstream(path, std::ios::binary).write(content.data(), std::ssize(content));
+        std::ofstream(folder_ / std::u8string(name.begin(), name.end()), std::ios::binary)
+            .write(content.data(), std::ssize(content));
         return path;
     }
 
@@ -131,6 +133,25 @@ TEST_F(FileMapping, BytesStayWhereTheyAreWhenTheObjectMoves) {
     third = std::move(second);
     EXPECT_EQ(third.Data(), data);
     EXPECT_EQ(TextOf(third), "content");
+}
+
+TEST_F(FileMapping, ShowsAFileOfMoreThanFourGibibytes) {
+    constexpr std::uint64_t Size = (std::uint64_t{1} << 32U) + 5000;
+    const std::string path = Write("large", "start");
+    // The rest is a hole that takes no room where the system can leave one.
+    std::filesystem::resize_file(path, Size);
+    CFileMapping file;
+    ASSERT_TRUE(file.Open(path));
+    EXPECT_EQ(file.Size(), Size);
+    EXPECT_EQ(file.Data()[0], 's');
+    EXPECT_EQ(file.Data()[Size - 1], 0);
+    EXPECT_EQ(LengthOfFile(path), Size);
+}
+
+TEST_F(FileMapping, NameMayBeUtf8) {
+    CFileMapping file;
+    ASSERT_TRUE(file.Open(Write("\xC3\xB6 \xE2\x99\x9E", "found")));
+    EXPECT_EQ(TextOf(file), "found");
 }
 
 TEST_F(FileMapping, TwoMappingsOfOneFileDoNotDisturbEachOther) {

@@ -18,6 +18,10 @@ TEST(Processor, ThereIsAtLeastOne) {
     EXPECT_LE(ProcessorCount(), 65536);
 }
 
+TEST(Processor, Has64Bits) {
+    EXPECT_TRUE(IsProcessor64Bit());
+}
+
 TEST(Processor, LeavesAboveTheHighestAreZero) {
     EXPECT_TRUE(IsZero(Cpuid(0x7FFFFFFF)));
     EXPECT_TRUE(IsZero(Cpuid(0xFFFFFFFF)));
@@ -35,6 +39,7 @@ TEST(Processor, LeafZeroNamesTheVendor) {
     for (const char character : vendor) {
         EXPECT_TRUE(std::isprint(static_cast<unsigned char>(character))) << vendor;
     }
+    EXPECT_EQ(ProcessorVendor(), vendor);
 }
 
 TEST(Processor, LeafOneHasTheFeaturesOfEveryX86With64Bits) {
@@ -52,6 +57,12 @@ TEST(Processor, ExtendedLeavesAreReached) {
 TEST(Processor, WithoutCpuidEveryLeafIsZero) {
     EXPECT_TRUE(IsZero(Cpuid(0)));
     EXPECT_TRUE(IsZero(Cpuid(1)));
+}
+
+TEST(Processor, VendorIsAWordOrNothing) {
+    for (const char character : ProcessorVendor()) {
+        EXPECT_TRUE(std::isalpha(static_cast<unsigned char>(character)));
+    }
 }
 
 #endif

@@ -26,7 +26,17 @@ TEST(SpecialFile, DirectoriesAreSpecial) {
     EXPECT_TRUE(IsSpecialFile("."));
 }
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+
+TEST(SpecialFile, DevicesAreSpecialInEveryFolderAndWithEveryExtension) {
+    for (const char* const name : {"CON", "nul", "con.cmd", "aux", "COM1"}) {
+        EXPECT_TRUE(IsSpecialFile(name)) << name;
+    }
+    const test::CTemporaryFolder folder;
+    EXPECT_FALSE(IsSpecialFile(folder.Write("console.cmd", "content")));
+}
+
+#else
 
 TEST(SpecialFile, PipesDevicesAndLinksToThemAreSpecial) {
     const test::CTemporaryFolder folder;

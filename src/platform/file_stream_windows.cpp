@@ -1,0 +1,29 @@
+#include "platform/file_stream.h"
+#include "platform/windows_name.h"
+
+#include <limits>
+
+namespace brenquil {
+
+std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
+    const std::wstring wideName = WindowsName(name);
+    const std::wstring wideMode = WindowsName(mode);
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
+    return wideName.empty() ? nullptr : _wfopen(wideName.c_str(), wideMode.c_str());
+}
+
+bool SeekStream(std::FILE* stream, std::uint64_t place) noexcept {
+    return place <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()) &&
+           _fseeki64(stream, static_cast<std::int64_t>(place), SEEK_SET) == 0;
+}
+
+std::optional<std::uint64_t> StreamPlace(std::FILE* stream) noexcept {
+    const std::int64_t place = _ftelli64(stream);
+    return place < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(place));
+}
+
+std::optional<std::uint64_t> StreamSize(std::FILE* stream) noexcept {
+    return _fseeki64(stream, 0, SEEK_END) == 0 ? StreamPlace(stream) : std::nullopt;
+}
+
+}  // namespace brenquil
