@@ -37,7 +37,8 @@ std::string ResolveBatchName(const std::string& name) {
 void RunBatch(const std::string& name, CProtocol& protocol) {
     const std::string resolved = ResolveBatchName(name);
     const BatchChain& caller = protocol.currentBatch;
-    if (caller && std::find(caller->begin(), caller->end(), resolved) != caller->end()) {
+    if (caller && (protocol.pendingLines.size() >= MostLinesBeforeNestedBatch ||
+                   std::find(caller->begin(), caller->end(), resolved) != caller->end())) {
         return;
     }
     CReadFile file;

@@ -4,7 +4,9 @@
 #include "engine_fixture.h"
 #include "interface/batch_file.h"
 
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace brenquil {
 namespace {
@@ -185,6 +187,22 @@ TEST_F(BatchFile, FilesThatNameEachOtherInACircleEnd) {
     EXPECT_EQ(ObeyAll("a"), (Strings{"batch b", "fen", std::string(StartFen), "a", "batch c",
                                      "batch a.cmd", "b", "c"}));
     EXPECT_EQ(ObeyAll("fen"), Strings{std::string(StartFen)});
+}
+
+TEST_F(BatchFile, FullQueueTakesNoFileThatABatchFileNames) {
+    folder.Write("inner.cmd", "fen\n");
+    CProtocol& protocol = engine->protocol;
+    protocol.pendingLines.resize(MostLinesBeforeNestedBatch - 1);
+    protocol.currentBatch = std::make_shared<const std::vector<std::string>>(Strings{"outer.cmd"});
+    RunBatch("inner", protocol);
+    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch);
+    RunBatch("inner", protocol);
+    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch);
+
+    protocol.currentBatch = nullptr;
+    RunBatch("inner", protocol);
+    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch + 1);
+    protocol.pendingLines.clear();
 }
 
 TEST_F(BatchFile, SameFileRunsAsOftenAsItIsNamedFromOutside) {
