@@ -87,7 +87,8 @@ function(brenquil_system_test file)
     endforeach()
 
     brenquil_timeout(timeout ${seconds})
-    add_test(NAME system.${name} COMMAND Python3::Interpreter -B "${file}")
+    # By its path: in front of a target of its own, CMake would put the emulator.
+    add_test(NAME system.${name} COMMAND "${Python3_EXECUTABLE}" -B "${file}")
     set_tests_properties(system.${name} PROPERTIES
         LABELS "${labels}" TIMEOUT ${timeout} RUN_SERIAL ${serial} FIXTURES_REQUIRED emulator
         ENVIRONMENT "BRENQUIL_ENGINE=${brenquilEngine};${brenquilTestEnvironment}")

@@ -58,6 +58,9 @@ TEST_F(ConsoleTools, CpuFlagEqualsItsRowOfTheTable) {
     EXPECT_EQ("sse2: " + Obey("cpu 1 EDX 26").at(0), table[5]);
     EXPECT_EQ("sse3: " + Obey("cpu 1 ECX 0").at(0), table[6]);
     EXPECT_EQ("bmi2: " + Obey("cpu 7 EBX 8").at(0), table[10]);
+    if (Cpuid(0).eax == 0) {
+        GTEST_SKIP() << "a processor without CPUID has 64 bits and no register that says so";
+    }
     EXPECT_EQ("64bit: " + Obey("cpu 80000001 EDX 29").at(0), table[2]);
 }
 
