@@ -4,9 +4,9 @@
 #include "board/move_generator.h"
 #include "board/position.h"
 #include "board/position_text.h"
+#include "board/score.h"
 #include "eval/evaluation.h"
 #include "eval/kpk_bitbase.h"
-#include "eval/score.h"
 
 #include <benchmark/benchmark.h>
 #include <cstddef>

@@ -93,7 +93,7 @@ using Bitboard = std::uint64_t;
 
 inline constexpr Bitboard AllSquares = ~Bitboard{0};
 
-/// A score in units of which a pawn is worth 100 by default. See `eval/score.h` for the mate band.
+/// A score in units of which a pawn is worth 100 by default. See `board/score.h` for the mate band.
 using Score = std::int32_t;
 
 /// What a move does beyond carrying a man from one square to another.

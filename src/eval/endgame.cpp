@@ -1,8 +1,8 @@
 #include "eval/endgame.h"
 
 #include "board/attacks.h"
+#include "board/score.h"
 #include "eval/pawn_structure.h"
-#include "eval/score.h"
 #include "platform/bits.h"
 
 #include <array>

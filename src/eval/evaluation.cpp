@@ -1,10 +1,10 @@
 #include "eval/evaluation.h"
 
+#include "board/score.h"
 #include "eval/endgame.h"
 #include "eval/interpolation.h"
 #include "eval/pawn_structure.h"
 #include "eval/piece_terms.h"
-#include "eval/score.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "interface/engine.h"
 
+#include "board/score.h"
 #include "eval/evaluation.h"
-#include "eval/score.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "interface/uci_commands.h"
 
 #include "board/position_text.h"
-#include "eval/score.h"
+#include "board/score.h"
 #include "interface/go_parser.h"
 #include "interface/program_info.h"
 #include "text/text.h"

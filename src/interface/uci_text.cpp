@@ -1,6 +1,6 @@
 #include "interface/uci_text.h"
 
-#include "eval/score.h"
+#include "board/score.h"
 
 #include <algorithm>
 #include <sstream>
@@ -8,17 +8,12 @@
 namespace brenquil {
 
 std::string ScoreText(Score score) {
-    Score distance = 0;
-    if (IsMateWin(score)) {
-        distance = MateScore - score;
-    } else if (IsMateLoss(score)) {
-        distance = -MateScore - score;
-    }
+    const int distance = MateDistance(score);
     if (distance == 0) {
         return " score cp " + std::to_string(score);
     }
     // Plies to moves: the side that mates makes the last of an odd number of plies.
-    const Score moves = distance / 2 + (distance > 0 ? 1 : 0);
+    const int moves = distance / 2 + (distance > 0 ? 1 : 0);
     return " score mate " + std::to_string(moves);
 }
 

@@ -2,7 +2,7 @@
 // table, bases, horizon, static pruning, null move, the moves, the result. A step that may end the
 // node answers with a score, or with nothing to go on.
 
-#include "eval/score.h"
+#include "board/score.h"
 #include "search/search.h"
 
 namespace brenquil {
@@ -262,7 +262,7 @@ void CSearch::RebuildPv(std::int32_t ply, Move move) noexcept {
 Score CSearch::StoreResult(const Node& node) noexcept {
     Score result = node.alpha;
     if (node.legalMoves == 0) {
-        result = node.inCheck ? node.ply - MateScore : DrawScore;
+        result = node.inCheck ? MatedAt(node.ply) : DrawScore;
     } else if (position_.halfmoveClock >= FiftyMoves) {
         result = DrawScore;
     }

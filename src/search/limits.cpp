@@ -1,4 +1,4 @@
-#include "eval/score.h"
+#include "board/score.h"
 #include "platform/clock.h"
 #include "search/search.h"
 
@@ -40,12 +40,8 @@ std::uint32_t CSearch::Elapsed() const noexcept {
 
 /// Between iterations, for searches that decide themselves when to end.
 bool CSearch::MayFinish(Score score, std::int32_t depth) const noexcept {
-    std::int32_t distance = 0;
-    if (score >= MateBound) {
-        distance = MateScore - score;
-    } else if (score <= -MateBound) {
-        distance = -MateScore - score;  // negative: being mated ends the search at any depth
-    }
+    // Negative when this side is mated, which ends the search at any depth.
+    const std::int32_t distance = MateDistance(score);
     if (distance != 0 && depth >= distance) {
         return true;
     }

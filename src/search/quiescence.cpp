@@ -1,5 +1,5 @@
+#include "board/score.h"
 #include "board/static_exchange.h"
-#include "eval/score.h"
 #include "search/search.h"
 
 namespace brenquil {
@@ -59,7 +59,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
             }
         }
     }
-    return inCheck && legalMoves == 0 ? ply - MateScore : alpha;
+    return inCheck && legalMoves == 0 ? MatedAt(ply) : alpha;
 }
 
 }  // namespace brenquil

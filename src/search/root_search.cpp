@@ -2,7 +2,7 @@
 // iteration. Every iteration opens with the full window, and the root takes its moves from the
 // picker like any other node: there is no stored root order.
 
-#include "eval/score.h"
+#include "board/score.h"
 #include "search/search.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "search/threads.h"
 
-#include "eval/score.h"
+#include "board/score.h"
 
 #include <algorithm>
 #include <new>

@@ -2,6 +2,7 @@
 
 #include "bases/nalimov/nalimov_probe.h"
 #include "board/move_generator.h"
+#include "board/score.h"
 #include "text/text.h"
 
 #include <cstdlib>
@@ -12,14 +13,13 @@ namespace brenquil {
 
 namespace {
 
-constexpr Score MateInNone = 32000;
 constexpr int LastPlyWithClock = 2;  ///< behind it a running fifty-move clock forbids answers
 
 std::string MarkOf(Score score) {
     if (score == 0) {
         return "0";
     }
-    const Score moves = (MateInNone - std::abs(score)) / 2;
+    const Score moves = (MateScore - std::abs(score)) / 2;
     return score > 0 ? "+M" + std::to_string(moves + 1) : "-M" + std::to_string(moves);
 }
 

@@ -1,5 +1,7 @@
 #include "bases/syzygy/syzygy_bases.h"
 
+#include "board/score.h"
+
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -8,13 +10,11 @@ namespace brenquil {
 
 namespace {
 
-constexpr Score Mate = 32000;
-
 /// The score of a class at a distance from the root. The two classes between a draw and the rest
 /// are draws as long as the fifty-move rule holds.
 [[nodiscard]] Score ScoreOfClass(int tbClass, bool rule50, int ply) noexcept {
     constexpr int Signs[2][5] = {{-1, -1, 0, 1, 1}, {-1, 0, 0, 0, 1}};
-    return Signs[rule50 ? 1 : 0][tbClass] * (Mate - ply);
+    return Signs[rule50 ? 1 : 0][tbClass] * (MateScore - ply);
 }
 
 /// "0" for a draw, otherwise the sign of the value and what it leads to.
@@ -86,7 +86,7 @@ bool CSyzygyBasesDTZ::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPositi
     const int distance = -line[0].Order();
     int sortScore = 0;
     if (distance != 0) {
-        sortScore = distance > 0 ? Mate - distance : distance - Mate;
+        sortScore = distance > 0 ? MateScore - distance : distance - MateScore;
     }
     info.text = MarkOf(distance, std::string(1, 'Z') += std::to_string(std::abs(distance)));
     // The sort score of this class alone is turned for Black, so its rows stand with the worst move

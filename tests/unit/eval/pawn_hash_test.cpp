@@ -1,6 +1,6 @@
+#include "board/score.h"
 #include "eval/pawn_hash.h"
 #include "eval/pawn_structure.h"
-#include "eval/score.h"
 #include "evaluation_setup.h"
 
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include "board/move_generator.h"
 #include "board/position.h"
 #include "board/position_text.h"
-#include "eval/score.h"
+#include "board/score.h"
 #include "platform/relaxed.h"
 #include "search/search.h"
 

@@ -38,4 +38,13 @@ inline constexpr Score DrawScore = 0;
     return IsMateWin(score) || IsMateLoss(score);
 }
 
+/// Half-moves from the root to the mate that the score announces, negative for the side that is
+/// mated. 0 for any other score, and for a mate that stands on the board.
+[[nodiscard]] constexpr int MateDistance(Score score) noexcept {
+    if (IsMateWin(score)) {
+        return MateScore - score;
+    }
+    return IsMateLoss(score) ? -MateScore - score : 0;
+}
+
 }  // namespace brenquil

@@ -1,4 +1,4 @@
-#include "eval/score.h"
+#include "board/score.h"
 
 #include <gtest/gtest.h>
 
@@ -33,6 +33,17 @@ TEST(Score, MateScoreIsEitherBand) {
     EXPECT_FALSE(IsMateScore(31745));
     EXPECT_FALSE(IsMateScore(-31745));
     EXPECT_FALSE(IsMateScore(DrawScore));
+}
+
+TEST(Score, DistanceCountsHalfMovesAndIsNegativeForTheMatedSide) {
+    EXPECT_EQ(MateDistance(31999), 1);
+    EXPECT_EQ(MateDistance(31746), 254);
+    EXPECT_EQ(MateDistance(31745), 0);
+    EXPECT_EQ(MateDistance(-31998), -2);
+    EXPECT_EQ(MateDistance(-31746), -254);
+    EXPECT_EQ(MateDistance(-31745), 0);
+    EXPECT_EQ(MateDistance(MateScore), 0);
+    EXPECT_EQ(MateDistance(-MateScore), 0);
 }
 
 }  // namespace
