@@ -27,6 +27,17 @@ bool IsOnSeventh(Square square, Colour colour) noexcept {
 
 }  // namespace
 
+Score CSearch::SearchRoot(std::int32_t depth) noexcept {
+    PvOf(0).count = 0;
+    nodes_.AddBySoleWriter(1);
+    CheckLimits(0);
+    Node node{depth, 0, -MateScore, MateScore, position_.inCheck, true};
+    if (stop_ || !SearchMoves<true>(node)) {
+        return node.alpha;
+    }
+    return StoreResult(node);
+}
+
 Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
                          bool afterNull) noexcept {
     PvOf(ply).count = 0;
@@ -56,7 +67,7 @@ Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Scor
     if (const auto score = TryNullMove(node, afterNull)) {
         return *score;
     }
-    if (!SearchMoves(node)) {
+    if (!SearchMoves<false>(node)) {
         return node.alpha;  // stopped: an unfinished node leaves no trace in the table
     }
     return StoreResult(node);
@@ -135,11 +146,16 @@ std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noex
     return value >= node.beta ? std::optional(node.beta) : std::nullopt;
 }
 
-/// False if the search was stopped.
+/// The moves of a node, at the root with what the master wants of them. False if the search was
+/// stopped.
+template <bool IsRoot>
 bool CSearch::SearchMoves(Node& node) noexcept {
     CMovePicker& picker = PickerOf(node.ply);
     picker.Reset(node.ply);
     for (Move move = NextMove(picker); !move.IsNone(); move = NextMove(picker)) {
+        if (IsRoot && !master_->IsRootMoveWanted(move)) {
+            continue;
+        }
         const Piece moved = position_.board[move.From()];
         const bool isQuiet = IsQuiet(move);
         hash_.Prefetch(position_.LikelyKeyAfter(move));  // arrives while the move is made
@@ -148,18 +164,22 @@ bool CSearch::SearchMoves(Node& node) noexcept {
         }
         ++node.legalMoves;
         currentLine_.Append(move);
-        const std::int32_t extension = ExtensionOf(node, move, moved);
-        const std::int32_t reduction = ReductionOf(node, move, moved, extension, isQuiet);
-        const Score value = SearchMove(node, node.depth - 1 + extension - reduction, reduction);
+        const Score value =
+            IsRoot ? SearchRootMove(node, move) : SearchInnerMove(node, move, moved, isQuiet);
         currentLine_.RemoveLast();
         position_.UndoMove(move);
         if (stop_) {
             return false;
         }
-        if (isQuiet) {
-            LearnFromQuiet(node, move, moved, value);
+        if constexpr (IsRoot) {
+            master_->RootMoveIsScored(move, value);
+        } else if (isQuiet) {
+            HistoryOf(moved, move.To()).Count(value >= node.beta);
         }
         if (value > node.alpha) {
+            if (isQuiet) {
+                LearnFromSuccess(node, move, moved, value);
+            }
             RaiseAlpha(node, move, value);
             if (value >= node.beta) {
                 break;
@@ -199,6 +219,30 @@ std::int32_t CSearch::ReductionOf(Node& node, Move move, Piece moved, std::int32
     return options_.lmrMinMoves.number <= node.reducible ? 1 : 0;
 }
 
+/// A move that stands on the board, extended or reduced.
+Score CSearch::SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet) noexcept {
+    const std::int32_t extension = ExtensionOf(node, move, moved);
+    const std::int32_t reduction = ReductionOf(node, move, moved, extension, isQuiet);
+    return SearchMove(node, node.depth - 1 + extension - reduction, reduction);
+}
+
+/// A root move that stands on the board: extended by a check alone and never reduced. With
+/// "MultiPV" every move has a window wide enough for an exact score near the best.
+Score CSearch::SearchRootMove(const Node& node, Move move) noexcept {
+    master_->RootMoveBegins(move, node.legalMoves);
+    const bool isExtended = position_.inCheck && options_.useExtensions.enabled;
+    const std::int32_t newDepth = isExtended ? node.depth : node.depth - 1;
+    Score value = 0;
+    if (options_.multiPv.number > 1) {
+        const Score delta = options_.multiPvDelta.Bounded();
+        value = -AlphaBeta(newDepth, 1, -node.beta - delta, delta - node.alpha, false);
+    } else {
+        value = SearchMove(node, newDepth, 0);
+    }
+    master_->RootMoveEnds(move, node.depth);
+    return value;
+}
+
 /// Principal variation search of the move that stands on the board: the first with the whole
 /// window, the others with a null window and again if they turn out better.
 Score CSearch::SearchMove(const Node& node, std::int32_t newDepth,
@@ -217,27 +261,14 @@ Score CSearch::SearchMove(const Node& node, std::int32_t newDepth,
     return value;
 }
 
-/// A move that raised alpha without reaching beta is rewarded and counts as a miss all the same.
-void CSearch::LearnFromQuiet(const Node& node, Move move, Piece moved, Score value) noexcept {
-    HistoryEntry& history = HistoryOf(moved, move.To());
-    if (value >= node.beta) {
-        ++history.hits;
-        RememberKiller(node.ply, move);
-    } else {
-        ++history.misses;
-    }
-    if (value > node.alpha) {
-        // Only absurd options make depths whose square needs more than 32 bits.
-        const std::int64_t depth = node.depth;
-        history.Reward(value >= node.beta ? depth * depth : depth);
-    }
-}
-
-void CSearch::RememberKiller(std::int32_t ply, Move move) noexcept {
-    KillerPair& killers = KillersOf(ply);
-    if (!SameMove(move, killers.first)) {
-        killers.second = killers.first;
-        killers.first = Move{move.Identity()};
+/// Rewards a quiet move that raised alpha, and one that cut off far more.
+void CSearch::LearnFromSuccess(const Node& node, Move move, Piece moved, Score value) noexcept {
+    // Only absurd options make depths whose square needs more than 32 bits.
+    const std::int64_t depth = node.depth;
+    const bool isCut = value >= node.beta;
+    HistoryOf(moved, move.To()).Reward(isCut ? depth * depth : depth);
+    if (isCut) {
+        KillersOf(node.ply).Remember(move);
     }
 }
 
@@ -245,16 +276,7 @@ void CSearch::RaiseAlpha(Node& node, Move move, Score value) noexcept {
     node.alpha = value;
     node.bound = value < node.beta ? Bound::Exact : Bound::Lower;
     node.bestMove = Move{move.Identity()};
-    RebuildPv(node.ply, move);
-}
-
-void CSearch::RebuildPv(std::int32_t ply, Move move) noexcept {
-    PvLine& line = PvOf(ply);
-    line.count = 0;
-    line.Append(move);
-    for (const Move reply : PvOf(ply + 1)) {
-        line.Append(reply);
-    }
+    BuildLine(PvOf(node.ply), node.ply, move);
 }
 
 /// The fifty-move rule comes after the moves have been searched: a mate on the hundredth half-move

@@ -13,16 +13,16 @@
 
 namespace brenquil {
 
-/// Where a node stands in handing out its moves; the order of the enumerators is the order of work.
+/// Where a node goes on when it is asked for its next move; the order of the enumerators is the
+/// order of work. Between the good captures and the second killer comes the first, between the
+/// quiet moves and the losing captures a change of lists, and nobody waits at either.
 enum class PickStage : std::uint32_t {
     HashMove,
     GenerateCaptures,
     GoodCaptures,
-    FirstKiller,
     SecondKiller,
     GenerateQuiets,
     Quiets,
-    StartBadCaptures,
     BadCaptures
 };
 
@@ -98,22 +98,6 @@ struct CMovePicker {
         goodList.Reset();
         quietList.Reset();
         badList.Reset();
-    }
-};
-
-/// What a search has learnt of one man going to one square.
-struct HistoryEntry {
-    static constexpr std::int32_t NeverSuccessful = -32000;
-    static constexpr std::int32_t MaxOrdering = 32000;
-
-    std::int32_t ordering = NeverSuccessful;  ///< sort key, its low 16 bits count
-    std::uint32_t hits = 0;                   ///< searches of this move that reached beta
-    std::uint32_t misses = 0;                 ///< searches of this move that did not
-
-    /// Raises the sort key, up to its ceiling.
-    void Reward(std::int64_t amount) noexcept {
-        const std::int64_t raised = ordering + amount;
-        ordering = raised < MaxOrdering ? static_cast<std::int32_t>(raised) : MaxOrdering;
     }
 };
 

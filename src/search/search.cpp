@@ -1,7 +1,5 @@
 #include "search/search.h"
 
-#include "platform/clock.h"
-
 namespace brenquil {
 
 CSearch::CSearch(CPosition& position, const SearchContext& context)
@@ -16,19 +14,25 @@ CSearch::CSearch(CPosition& position, const SearchContext& context)
 
 void CSearch::ResetSearch() noexcept {
     stop_ = false;
-    pause_ = false;
-    outputMoves_ = false;
-    receiver_ = nullptr;
-    startTick_ = TickCount();
-    lastTick_ = startTick_;
-    hardLimit_ = NoTimeLimit;
-    softLimit_ = NoTimeLimit;
     nodes_ = 0;
-    countdown_ = CountdownStart;
-    bestLine_.count = 0;
+    countdown_ = Endless;
+    master_ = nullptr;
     currentLine_.count = 0;
     history_.fill({});
     killers_.fill({});
+}
+
+void CSearch::SetMaster(ISearchMaster& master, std::int64_t checks) noexcept {
+    master_ = &master;
+    countdown_ = checks;
+}
+
+void CSearch::BuildLine(PvLine& line, std::int32_t ply, Move move) const noexcept {
+    line.count = 0;
+    line.Append(move);
+    for (const Move reply : PvOf(ply + 1)) {
+        line.Append(reply);
+    }
 }
 
 }  // namespace brenquil

@@ -14,7 +14,7 @@ CWorkerThread::CWorkerThread(const SearchContext& context, const CPosition& root
 
 /// The search is fresh from its constructor and is not reset here: that could undo a stop.
 void CWorkerThread::Run() {
-    for (std::int32_t depth = 1; depth <= CSearch::MaxDepth && !search_.IsStopped(); ++depth) {
+    for (std::int32_t depth = 1; depth <= DeepestIteration && !search_.IsStopped(); ++depth) {
         static_cast<void>(search_.AlphaBeta(depth, 0, -MateScore, MateScore, false));
     }
 }
@@ -56,12 +56,13 @@ void CWorkerList::Stop() noexcept {
 }
 
 CMasterThread::CMasterThread(const SearchContext& context, ISearchReceiver& receiver)
-    : CSearchThread(context), receiver_(receiver), workers_(context) {}
+    : CSearchThread(context),
+      workers_(context),
+      root_(search_, position, context, workers_, receiver) {}
 
 bool CMasterThread::Start(const SearchLimits& limits) {
     EndSearch();
-    search_.ResetSearch();
-    limits_ = limits;
+    root_.Prepare(limits);
     SetSearching(true);
     if (!StartThread()) {
         SetSearching(false);
@@ -74,7 +75,7 @@ bool CMasterThread::Start(const SearchLimits& limits) {
 }
 
 void CMasterThread::Run() {
-    search_.Think(limits_, workers_, receiver_);
+    root_.Think();
     SetSearching(false);
 }
 

@@ -9,9 +9,11 @@
 
 #include "board/position.h"
 #include "platform/thread.h"
+#include "search/root_search.h"
 #include "search/search.h"
 #include "search/search_limits.h"
 #include "search/search_receiver.h"
+#include "search/workers.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -111,7 +113,7 @@ public:
     void Stop() noexcept { search_.RequestStop(); }
 
     /// Clears the pause flag, which nothing sets.
-    void PonderHit() noexcept { search_.ClearPause(); }
+    void PonderHit() noexcept { root_.ClearPause(); }
 
     /// Stops a search that is under way and waits until it has reported its best move. Needed
     /// before anything that a search reads is rewritten. Takes the time of a node or two.
@@ -128,9 +130,8 @@ public:
 private:
     void SetSearching(bool isSearching) noexcept;
 
-    SearchLimits limits_;
-    ISearchReceiver& receiver_;
     CWorkerList workers_;
+    CRootSearch root_;
     std::mutex mutex_;  ///< guards the one flag below
     std::condition_variable searchEnded_;
     bool isSearching_ = false;

@@ -300,7 +300,7 @@ TEST_F(Limits, PonderHoldsItsMoveBackUntilTheHardLimit) {
         receiver.onPv = [this, hasHit](const SearchRecord::Pv&) {
             CStoppedClock::Advance(91);  // the soft limit passes: it does not count
             if (hasHit) {
-                setup.search->ClearPause();
+                setup.root->ClearPause();
             }
         };
         setup.Think(limits, receiver, workers);

@@ -257,8 +257,7 @@ TEST_F(Root, EmptyLineIsFilledFromTheTable) {
     setup.hash.Store(setup.position.key, 0, 50, Bound::Exact, MoveOf(setup.position, "b2b3"));
     CRecordingReceiver receiver;
     CFakeWorkers workers;
-    setup.search->ResetSearch();
-    setup.search->Think(Depth(2), workers, receiver);
+    setup.ThinkOn(Depth(2), receiver, workers);
     EXPECT_EQ(MoveName(receiver.record.best), "b2b3");
     EXPECT_EQ(LineText(receiver.record.pvs.back().line.Used()), "b2b3");
 }
@@ -278,8 +277,7 @@ TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
     }
     CRecordingReceiver receiver;
     CFakeWorkers workers;
-    setup.search->ResetSearch();
-    setup.search->Think(Depth(6), workers, receiver);
+    setup.ThinkOn(Depth(6), receiver, workers);
     ASSERT_EQ(receiver.record.pvs.size(), 6U);
     EXPECT_EQ(LineText(receiver.record.pvs[0].line.Used()), "e2e4");
     EXPECT_EQ(LineText(receiver.record.pvs[2].line.Used()), "e2e4 e7e5 g1f3");
@@ -303,8 +301,7 @@ TEST_F(Root, LineFromTheTableFollowsCastlingAndEnPassant) {
     }
     CRecordingReceiver receiver;
     CFakeWorkers workers;
-    setup.search->ResetSearch();
-    setup.search->Think(Depth(4), workers, receiver);
+    setup.ThinkOn(Depth(4), receiver, workers);
     const std::vector<Move> moves(receiver.record.pvs.back().line.begin(),
                                   receiver.record.pvs.back().line.end());
     ASSERT_EQ(moves.size(), 4U);
@@ -336,8 +333,7 @@ TEST_F(Root, LineFromTheTableFollowsCastlingOntoTheRookAndEnPassantWithoutItsSqu
         setup.position.UndoMove(first);
         CRecordingReceiver receiver;
         CFakeWorkers workers;
-        setup.search->ResetSearch();
-        setup.search->Think(Depth(2), workers, receiver);
+        setup.ThinkOn(Depth(2), receiver, workers);
         EXPECT_EQ(MoveName(receiver.record.ponder), MoveName(one.stored)) << one.fen;
     }
 }
@@ -371,8 +367,7 @@ TEST_F(Root, LineFromTheTableEndsBeforeASpecialMoveOfAnotherPosition) {
         setup.position.UndoMove(first);
         CRecordingReceiver receiver;
         CFakeWorkers workers;
-        setup.search->ResetSearch();
-        setup.search->Think(Depth(4), workers, receiver);
+        setup.ThinkOn(Depth(4), receiver, workers);
         EXPECT_EQ(LineText(receiver.record.pvs.back().line.Used()), one.first) << one.fen;
     }
 }

@@ -8,7 +8,9 @@
 #include "board/position_text.h"
 #include "board/score.h"
 #include "platform/relaxed.h"
+#include "search/root_search.h"
 #include "search/search.h"
+#include "search/workers.h"
 
 #include <cstdint>
 #include <functional>
@@ -180,8 +182,16 @@ struct SearchSetup {
         hash.RaiseAge();
         hash.ResetFreeCount();
         bases.hits = 0;
-        search->ResetSearch();
-        search->Think(limits, workers, receiver);
+        ThinkOn(limits, receiver, workers);
+    }
+
+    /// The same with the table's age as it is: what the test has stored is of this search.
+    void ThinkOn(const SearchLimits& limits, CRecordingReceiver& receiver, IWorkers& workers) {
+        CRootSearch rootSearch(*search, position, Context(), workers, receiver);
+        root = &rootSearch;
+        rootSearch.Prepare(limits);
+        rootSearch.Think();
+        root = nullptr;
     }
 
     SearchRecord ThinkToDepth(std::int32_t depth) {
@@ -214,6 +224,7 @@ struct SearchSetup {
     CEvaluationOptions evaluationOptions;
     CPosition position;
     std::unique_ptr<CSearch> search = std::make_unique<CSearch>(position, Context());
+    CRootSearch* root = nullptr;  ///< while `Think` runs
 };
 
 }  // namespace brenquil

@@ -267,18 +267,17 @@ TEST_F(Threads, StopAtAnyMomentOfTheStartGivesOneEnd) {
 TEST_F(Threads, StopWhileTheWorkersAreCreatedFindsNoBestMove) {
     // The stop comes before the thread of the search has begun.
     SetThreads(4);
-    const auto search = std::make_unique<CSearch>(setup.position, setup.Context());
     CWorkerList real(setup.Context());
     CFakeWorkers workers;
     workers.onStart = [&] {
         real.Start(setup.position);
-        search->RequestStop();
+        setup.search->RequestStop();
     };
-    search->Think(Depth(5), workers, receiver);
+    setup.ThinkOn(Depth(5), receiver, workers);
     real.Stop();
     EXPECT_EQ(receiver.record.texts.back(), "no best move");
     EXPECT_TRUE(receiver.record.pvs.empty());
-    EXPECT_EQ(search->Nodes(), 1U);
+    EXPECT_EQ(setup.search->Nodes(), 1U);
 }
 
 TEST_F(Threads, StopBeforeASearchDoesNotHinderIt) {

@@ -1,6 +1,7 @@
+#include "search/time_control.h"
+
 #include "board/score.h"
 #include "platform/clock.h"
-#include "search/search.h"
 
 #include <algorithm>
 
@@ -15,10 +16,20 @@ constexpr std::int32_t StatusInterval = 1000;  // ms
 
 }  // namespace
 
+void CTimeControl::Start(const SearchLimits& limits, Colour sideToMove) noexcept {
+    limits_ = limits;
+    startTick_ = TickCount();
+    statusTick_ = startTick_;
+    pause_ = false;
+    ShareOut(sideToMove);
+}
+
 /// All of this is arithmetic on unsigned 32-bit milliseconds: negative numbers of a `go` line are
 /// very long times.
-void CSearch::AllocateTime() noexcept {
-    const bool isWhite = position_.sideToMove == White;
+void CTimeControl::ShareOut(Colour sideToMove) noexcept {
+    softLimit_ = NoLimit;
+    hardLimit_ = NoLimit;
+    const bool isWhite = sideToMove == White;
     const std::int32_t clock = isWhite ? limits_.wtime : limits_.btime;
     if (clock != ClockNotGiven) {
         const auto time = static_cast<std::uint32_t>(clock);
@@ -34,55 +45,37 @@ void CSearch::AllocateTime() noexcept {
     }
 }
 
-std::uint32_t CSearch::Elapsed() const noexcept {
-    return TickCount() - startTick_;
+std::int32_t CTimeControl::IterationBound() const noexcept {
+    if (limits_.mate != 0) {
+        return std::min(limits_.mate, DeepestIteration) + 1;  // plies, not moves
+    }
+    return (limits_.depth > 0 ? std::min(limits_.depth, DeepestIteration) : DeepestIteration) + 1;
 }
 
-/// Between iterations, for searches that decide themselves when to end.
-bool CSearch::MayFinish(Score score, std::int32_t depth) const noexcept {
+bool CTimeControl::MayFinish(Score score, std::int32_t depth) const noexcept {
     // Negative when this side is mated, which ends the search at any depth.
     const std::int32_t distance = MateDistance(score);
     if (distance != 0 && depth >= distance) {
         return true;
     }
-    return softLimit_ != NoTimeLimit && Elapsed() > softLimit_;
+    return softLimit_ != NoLimit && Elapsed() > softLimit_;
 }
 
-void CSearch::CheckMasterLimits() noexcept {
-    if (limits_.nodes != 0 &&
-        nodes_ + workers_->Nodes() >= static_cast<std::uint64_t>(limits_.nodes)) {
-        stop_ = true;
-    }
-    if (--countdown_ > 0) {
-        return;
-    }
-    countdown_ = CountdownStart;
-    CheckClock();
+bool CTimeControl::IsHardLimitPassed() const noexcept {
+    return !pause_ && !limits_.infinite && hardLimit_ != NoLimit && Elapsed() > hardLimit_;
 }
 
-/// A pondering search keeps to the hard limit as if the move were on the board.
-void CSearch::CheckClock() noexcept {
-    if (!pause_ && !limits_.infinite && hardLimit_ != NoTimeLimit && Elapsed() > hardLimit_) {
-        stop_ = true;
-    }
+bool CTimeControl::IsStatusDue() noexcept {
     const std::uint32_t now = TickCount();
-    if (static_cast<std::int32_t>(now - lastTick_) < StatusInterval) {
-        return;
+    if (static_cast<std::int32_t>(now - statusTick_) < StatusInterval) {
+        return false;
     }
-    lastTick_ = now;
-    outputMoves_ = true;
-    OutputStatus();
+    statusTick_ = now;
+    return true;
 }
 
-SearchStatistics CSearch::Statistics() const noexcept {
-    return {nodes_ + workers_->Nodes(), hash_.Hashfull(), bases_.hits};
-}
-
-void CSearch::OutputStatus() {
-    receiver_->PrintStats(Statistics());
-    if (currentLine_.count > 0) {
-        receiver_->PrintCurrentLine(currentLine_);
-    }
+std::uint32_t CTimeControl::Elapsed() const noexcept {
+    return TickCount() - startTick_;
 }
 
 }  // namespace brenquil

@@ -1,0 +1,90 @@
+// The levels above the node, which only the master's thread has: iterative deepening, the choice of
+// root moves, the lines of MultiPV, and every report.
+//
+//     root.Prepare(limits);   // before the thread starts
+//     root.Think();           // on the thread: deepens, reports, prints the best move
+//
+// The tree below is the work of the thread's `CSearch`, which asks and tells this object what its
+// interface `ISearchMaster` names. When the search ends is decided by the rules of `CTimeControl`.
+#pragma once
+
+#include "bases/base.h"
+#include "board/move_generator.h"
+#include "board/move_list.h"
+#include "board/position.h"
+#include "search/hash_table.h"
+#include "search/search.h"
+#include "search/search_limits.h"
+#include "search/search_master.h"
+#include "search/search_options.h"
+#include "search/search_receiver.h"
+#include "search/time_control.h"
+#include "search/workers.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace brenquil {
+
+class CRootSearch final : private ISearchMaster {
+public:
+    /// All outlive this object. The position is the one that `search` is bound to.
+    CRootSearch(CSearch& search, CPosition& position, const SearchContext& context,
+                IWorkers& workers, ISearchReceiver& receiver) noexcept;
+
+    /// Makes ready for a search from the position: forgets the last one and starts the clock. A
+    /// stop that is requested from here on counts.
+    void Prepare(const SearchLimits& limits) noexcept;
+
+    /// Deepens until a limit or a stop, reports on the way and prints the best move. The nodes of
+    /// the `CSearch` are those of all threads at the end.
+    void Think();
+
+    /// Lets the hard time limit count, which it does anyway. Any thread may call it.
+    void ClearPause() noexcept { timeControl_.ClearPause(); }
+
+private:
+    /// A root move's line, kept while "MultiPV" asks for more than one.
+    struct ScoredLine {
+        PvLine line;
+        Score score = 0;
+    };
+
+    static constexpr std::size_t LineSlots = 20;
+    static constexpr std::int64_t ChecksPerLookAtClock = 8191;
+
+    // What the search asks and tells.
+    [[nodiscard]] std::int64_t LookAtLimits() noexcept override;
+    [[nodiscard]] bool IsRootMoveWanted(Move move) const noexcept override;
+    void RootMoveBegins(Move move, std::int32_t number) override;
+    void RootMoveEnds(Move move, std::int32_t depth) override;
+    void RootMoveIsScored(Move move, Score value) noexcept override;
+
+    void Iterate();
+    void LookAtClock() noexcept;
+    void ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept;
+    void OutputPv(std::int32_t depth, Score score);
+    void OutputLines(std::int32_t depth, std::int32_t selectiveDepth);
+    void PrintStatus();
+    void PrintResult();
+    [[nodiscard]] std::uint64_t Nodes() const noexcept;
+    [[nodiscard]] SearchStatistics Statistics() const noexcept;
+
+    CSearch& search_;
+    CPosition& position_;
+    CHashTable& hash_;
+    CBaseList& bases_;
+    const CSearchOptions& options_;
+    CMoveGenerator generator_;
+    IWorkers& workers_;
+    ISearchReceiver& receiver_;
+    CTimeControl timeControl_;
+    std::int64_t checksToClock_ = ChecksPerLookAtClock;  ///< used under a node limit
+    bool areMovesReported_ = false;  ///< each root move; from the first status line on
+    PvLine bestLine_;                ///< of the last finished iteration
+    std::array<ScoredLine, LineSlots> lines_;
+    std::size_t lineCount_ = 0;
+};
+
+}  // namespace brenquil

@@ -1,0 +1,67 @@
+// The limits of a search: what `go` asks for, and the clock that it is measured by.
+//
+// Only the master's search has limits. A worker knows nothing of them and searches until it is told
+// to stop.
+//
+// There are two limits in time. The soft one is tested between iterations, the hard one inside the
+// tree, at every 8191st check or so. Times are milliseconds of a clock that wraps at 32 bits.
+#pragma once
+
+#include "board/types.h"
+#include "platform/relaxed.h"
+#include "search/search_limits.h"
+
+#include <cstdint>
+
+namespace brenquil {
+
+class CTimeControl {
+public:
+    /// Takes over the limits, starts the clock and shares the time out.
+    void Start(const SearchLimits& limits, Colour sideToMove) noexcept;
+
+    [[nodiscard]] const SearchLimits& Limits() const noexcept { return limits_; }
+
+    /// The first depth that is too deep to be searched: 255 at most, and 1 or less for a negative
+    /// `mate`, which leaves nothing to search.
+    [[nodiscard]] std::int32_t IterationBound() const noexcept;
+
+    /// The search holds its move back until it is stopped, or until the hard limit passes.
+    [[nodiscard]] bool IsUnbounded() const noexcept { return limits_.infinite || limits_.ponder; }
+
+    /// After an iteration of this depth and score: whether a search that may end by itself should.
+    /// A mate that no deeper iteration can shorten ends it, and so does the soft limit.
+    [[nodiscard]] bool MayFinish(Score score, std::int32_t depth) const noexcept;
+
+    [[nodiscard]] bool HasNodeLimit() const noexcept { return limits_.nodes != 0; }
+
+    /// `nodes` counts those of all threads. A negative limit is never reached.
+    [[nodiscard]] bool IsNodeLimitReached(std::uint64_t nodes) const noexcept {
+        return HasNodeLimit() && nodes >= static_cast<std::uint64_t>(limits_.nodes);
+    }
+
+    /// A pondering search keeps to the hard limit as if the move were on the board.
+    [[nodiscard]] bool IsHardLimitPassed() const noexcept;
+
+    /// True once a second at most; a second begins at the start and with each true answer.
+    [[nodiscard]] bool IsStatusDue() noexcept;
+
+    /// Lets the hard limit count. It always does: nothing sets the flag that this clears. Any
+    /// thread may call it.
+    void ClearPause() noexcept { pause_ = false; }
+
+private:
+    static constexpr std::uint32_t NoLimit = 0xFFFFFFFF;
+
+    void ShareOut(Colour sideToMove) noexcept;
+    [[nodiscard]] std::uint32_t Elapsed() const noexcept;
+
+    SearchLimits limits_;
+    std::uint32_t startTick_ = 0;
+    std::uint32_t statusTick_ = 0;  ///< of the last status
+    std::uint32_t softLimit_ = NoLimit;
+    std::uint32_t hardLimit_ = NoLimit;
+    Relaxed<bool> pause_{false};
+};
+
+}  // namespace brenquil
