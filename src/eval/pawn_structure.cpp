@@ -38,46 +38,74 @@ constexpr Bitboard PawnAttackSet(Bitboard pawns) noexcept {
     }
 }
 
-// Nothing defends it, its next square is free and an enemy pawn attacks that square. A pawn on its
-// last rank has no next square.
-template <Colour Us>
-bool IsBackward(Square square, Bitboard own, Bitboard enemy) noexcept {
-    constexpr int Up = Us == White ? 8 : -8;
-    const Bitboard front = Shift<Up>(BitOf(square));
-    return (PawnAttacks[~Us][square] & own) == 0 && (front & (own | enemy)) == 0 &&
-           (front & PawnAttackSet<~Us>(enemy)) != 0;
+constexpr Bitboard Neighbours(Bitboard set) noexcept {
+    return Shift<1>(set) | Shift<-1>(set);
 }
 
+/// All squares behind those of the set on their files, seen from `Us`.
 template <Colour Us>
-TermPair PawnTerms(Square square, Bitboard own, Bitboard enemy) noexcept {
-    const auto file = static_cast<std::size_t>(FileOf(square));
-    const Bitboard inFront = PassedMasks[Us][square];
+constexpr Bitboard FillBehind(Bitboard set) noexcept {
+    if constexpr (Us == White) {
+        set >>= 8;
+        set |= set >> 8;
+        set |= set >> 16;
+        return set | set >> 32;
+    } else {
+        set <<= 8;
+        set |= set << 8;
+        set |= set << 16;
+        return set | set << 32;
+    }
+}
 
-    TermPair terms = PieceSquare[MakePiece(Pawn, Us)][square];
-    if ((inFront & enemy) == 0) {
-        terms += PassedBonus[RankOf(Us == White ? square : square ^ 56)];
+/// The whole files of the set.
+constexpr Bitboard FillFiles(Bitboard set) noexcept {
+    return set | FillBehind<White>(set) | FillBehind<Black>(set);
+}
+
+/// The pawns of one colour that a term applies to. Each is found for all pawns at once, so that the
+/// loops below visit the few that it applies to.
+struct PawnFeatures {
+    Bitboard passed;  ///< no enemy pawn ahead on its own and the neighbouring files
+    Bitboard
+        doubled;  ///< an own pawn ahead on its file: the rear pawn pays, the front one does not
+    Bitboard isolated;  ///< no own pawn on the neighbouring files
+    /// Nothing defends it, its next square is free and an enemy pawn attacks that square. A pawn on
+    /// its last rank has no next square.
+    Bitboard backward;
+};
+
+template <Colour Us>
+constexpr PawnFeatures FindFeatures(Bitboard own, Bitboard enemy) noexcept {
+    constexpr int Up = Us == White ? 8 : -8;
+    const Bitboard heldBack = Shift<Up>(own) & PawnAttackSet<~Us>(enemy) & ~(own | enemy);
+    return {own & ~FillBehind<Us>(enemy | Neighbours(enemy)), own & FillBehind<Us>(own),
+            own & ~Neighbours(FillFiles(own)), Shift<-Up>(heldBack) & ~PawnAttackSet<Us>(own)};
+}
+
+TermPair SumByFile(Bitboard pawns, const std::array<TermPair, 8>& values) noexcept {
+    TermPair sum;
+    while (pawns != 0) {
+        sum += values[static_cast<std::size_t>(FileOf(PopLowestBit(pawns)))];
     }
-    // The rear pawn pays, the front one does not.
-    if ((inFront & FileMasks[file] & own) != 0) {
-        terms -= DoubledPenalty[file];
-    }
-    if ((AdjacentFiles[file] & own) == 0) {
-        terms -= IsolatedPenalty[file];
-    }
-    if (IsBackward<Us>(square, own, enemy)) {
-        terms -= BackwardPenalty[file];
-    }
-    return terms;
+    return sum;
 }
 
 template <Colour Us>
 PawnSums SumColour(const CPosition& position) noexcept {
     const Bitboard own = position.PiecesOf(Pawn, Us);
-    const Bitboard enemy = position.PiecesOf(Pawn, ~Us);
+    const PawnFeatures features = FindFeatures<Us>(own, position.PiecesOf(Pawn, ~Us));
     PawnSums sums;
     for (Bitboard pawns = own; pawns != 0;) {
-        sums.terms += PawnTerms<Us>(PopLowestBit(pawns), own, enemy);
+        sums.terms += PieceSquare[MakePiece(Pawn, Us)][PopLowestBit(pawns)];
     }
+    for (Bitboard pawns = features.passed; pawns != 0;) {
+        const Square square = PopLowestBit(pawns);
+        sums.terms += PassedBonus[RankOf(Us == White ? square : square ^ 56)];
+    }
+    sums.terms -= SumByFile(features.doubled, DoubledPenalty);
+    sums.terms -= SumByFile(features.isolated, IsolatedPenalty);
+    sums.terms -= SumByFile(features.backward, BackwardPenalty);
     for (Bitboard kings = position.PiecesOf(King, Us); kings != 0;) {
         const Square square = PopLowestBit(kings);
         sums.terms += PieceSquare[MakePiece(King, Us)][square];

@@ -3,6 +3,7 @@
 #include "evaluation_setup.h"
 
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -189,6 +190,67 @@ TEST_F(PawnStructure, PawnsOnTheEdgeRanksAreSafe) {
     // A pawn on its last rank is passed for nothing, has no front and no squares of worth.
     EXPECT_EQ(WhiteTerms("P6k/8/8/8/8/8/8/7K w - - 0 1"), TermPair(-1, -5));
     EXPECT_EQ(WhiteTerms("7k/8/8/8/8/8/8/P6K w - - 0 1"), TermPair(-1, -5));
+}
+
+/// What the rules say of one white pawn, without its square's value; literally.
+TermPair PlainPawnTerms(Square square, Bitboard own, Bitboard enemy) {
+    constexpr TermPair Doubled[] = {{36, 46}, {9, 25},  {2, 31}, {23, 24},
+                                    {18, 21}, {20, 19}, {0, 29}, {26, 44}};
+    constexpr TermPair Isolated[] = {{1, 5},   {5, 13},  {14, 21}, {13, 26},
+                                     {22, 22}, {14, 16}, {14, 10}, {20, 6}};
+    constexpr TermPair Backward[] = {{-4, 2}, {3, 7}, {2, 13}, {21, 14},
+                                     {8, 7},  {7, 1}, {13, 1}, {-1, 3}};
+    const int file = FileOf(square);
+    const int rank = RankOf(square);
+    const auto has = [](Bitboard pawns, int onFile, int onRank) {
+        return onFile >= 0 && onFile <= 7 && onRank >= 0 && onRank <= 7 &&
+               (pawns & BitOf(MakeSquare(onFile, onRank))) != 0;
+    };
+    bool isPassed = true;
+    bool isDoubled = false;
+    bool isIsolated = true;
+    for (int ahead = 0; ahead <= 7; ++ahead) {
+        for (const int beside : {file - 1, file, file + 1}) {
+            isPassed = isPassed && !(ahead > rank && has(enemy, beside, ahead));
+            isIsolated = isIsolated && (beside == file || !has(own, beside, ahead));
+        }
+        isDoubled = isDoubled || (ahead > rank && has(own, file, ahead));
+    }
+    const bool isBackward = rank < 7 && !has(own, file - 1, rank - 1) &&
+                            !has(own, file + 1, rank - 1) && !has(own | enemy, file, rank + 1) &&
+                            (has(enemy, file - 1, rank + 2) || has(enemy, file + 1, rank + 2));
+    TermPair terms;
+    terms += isPassed ? PassedBonus[static_cast<std::size_t>(rank)] : TermPair();
+    terms -= isDoubled ? Doubled[file] : TermPair();
+    terms -= isIsolated ? Isolated[file] : TermPair();
+    terms -= isBackward ? Backward[file] : TermPair();
+    return terms;
+}
+
+TEST_F(PawnStructure, SetsOfPawnsAgreeWithTheRulesForEachPawn) {
+    std::mt19937_64 random(61);
+    for (int round = 0; round < 3000; ++round) {
+        const auto density = 1 + random() % 8;
+        std::string fen;
+        Bitboard white = 0;
+        Bitboard black = 0;
+        for (int rank = 7; rank >= 0; --rank) {
+            for (int file = 0; file < 8; ++file) {
+                const bool isPawn = random() % 16 < density;
+                const bool isWhite = random() % 2 == 0;
+                fen += isPawn ? (isWhite ? 'P' : 'p') : '1';
+                const Bitboard bit = isPawn ? BitOf(MakeSquare(file, rank)) : 0;
+                white |= isWhite ? bit : 0;
+                black |= isWhite ? 0 : bit;
+            }
+            fen += rank > 0 ? "/" : " w - - 0 1";
+        }
+        TermPair expected;
+        for (Bitboard pawns = white; pawns != 0;) {
+            expected += PlainPawnTerms(PopLowestBit(pawns), white, black);
+        }
+        ASSERT_EQ(WhiteTerms(fen), expected) << fen;
+    }
 }
 
 TEST_F(PawnStructure, KingsAreInTheSums) {
