@@ -5,9 +5,27 @@
 #include "eval/material.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace brenquil {
+
+/// What both scores weigh at a phase, out of 256.
+struct PhaseWeight {
+    double middlegame;
+    double endgame;
+};
+
+/// By phase, 0 to 24: a table spares every evaluation a division.
+inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
+    std::array<PhaseWeight, PhaseTotal + 1> weights{};
+    for (std::int32_t phase = 0; phase <= PhaseTotal; ++phase) {
+        const double endgame = ((PhaseTotal - phase) * 256 + 12) / 24.0;
+        weights[static_cast<std::size_t>(phase)] = {256.0 - endgame, endgame};
+    }
+    return weights;
+}();
 
 /// The score between `middlegame` (phase 24 and above) and `endgame` (phase 0), truncated towards
 /// zero.
@@ -21,10 +39,9 @@ namespace brenquil {
 /// forbids to fuse a product with the addition behind it.
 [[nodiscard]] inline Score Interpolate(std::int32_t middlegame, std::int32_t endgame,
                                        std::int32_t phase) noexcept {
-    const std::int32_t goneMen = std::clamp(PhaseTotal - phase, 0, PhaseTotal);
-    const double endgameWeight = (goneMen * 256 + 12) / 24.0;
-    const double middlegameShare = (256.0 - endgameWeight) * middlegame;
-    const double endgameShare = endgameWeight * endgame;
+    const auto& weights = PhaseWeights[static_cast<std::size_t>(std::min(phase, PhaseTotal))];
+    const double middlegameShare = weights.middlegame * middlegame;
+    const double endgameShare = weights.endgame * endgame;
     return static_cast<Score>((middlegameShare + endgameShare) * 0.00390625);
 }
 
