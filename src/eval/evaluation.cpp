@@ -70,13 +70,29 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
 
 /// Everything but material, from White's view.
 Score CEvaluation::PositionalScore(std::int32_t phase) noexcept {
-    const PawnEntry& pawns = GetPawnEntry(position_, pawnHash_, localEntry_);
-    const TermPair pieces = PieceTerms(position_);
-    const std::int32_t shelter = pawns.shelterDanger[Black] - pawns.shelterDanger[White];
-    const std::int32_t middlegame = pieces.Middlegame() + pawns.middlegame[White] -
-                                    pawns.middlegame[Black] + ShelterWeight * shelter;
-    const std::int32_t endgame = pieces.Endgame() + pawns.endgame[White] - pawns.endgame[Black];
-    return Interpolate(middlegame, endgame, phase);
+    const std::uint64_t key =
+        position_.sideToMove == White ? position_.key ^ SideKey : position_.key;
+    if (const std::optional<Score> known = positionalCache_.Find(key)) {
+        return *known;
+    }
+    const TermPair terms = PieceTerms(position_) + PawnTerms();
+    const Score score = Interpolate(terms.Middlegame(), terms.Endgame(), phase);
+    positionalCache_.Store(key, score);
+    return score;
+}
+
+/// The terms of pawns and kings, the shelter included, from White's view.
+TermPair CEvaluation::PawnTerms() noexcept {
+    const std::uint64_t key = position_.pawnKingKey;
+    CPawnCache::Entry& cached = pawnCache_.Slot(key);
+    if (cached.key != key) {
+        const PawnEntry& pawns = GetPawnEntry(position_, pawnHash_, localEntry_);
+        const std::int32_t shelter = pawns.shelterDanger[Black] - pawns.shelterDanger[White];
+        cached = {key, TermPair(pawns.middlegame[White] - pawns.middlegame[Black] +
+                                    ShelterWeight * shelter,
+                                pawns.endgame[White] - pawns.endgame[Black])};
+    }
+    return cached.terms;
 }
 
 }  // namespace brenquil

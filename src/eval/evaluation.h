@@ -15,10 +15,12 @@
 
 #include "board/position.h"
 #include "board/types.h"
+#include "eval/evaluation_caches.h"
 #include "eval/evaluation_options.h"
 #include "eval/kpk_bitbase.h"
 #include "eval/material.h"
 #include "eval/pawn_hash.h"
+#include "eval/term_pair.h"
 
 namespace brenquil {
 
@@ -35,12 +37,15 @@ public:
 
 private:
     [[nodiscard]] Score PositionalScore(std::int32_t phase) noexcept;
+    [[nodiscard]] TermPair PawnTerms() noexcept;
 
     const CPosition& position_;
     const CEvaluationOptions& options_;
     CPawnHash& pawnHash_;
     const CKpkBitbase& bitbase_;
     PawnEntry localEntry_;  ///< stands in when the pawn hash has no memory
+    CPawnCache pawnCache_;
+    CPositionalCache positionalCache_;
 };
 
 }  // namespace brenquil
