@@ -195,6 +195,20 @@ void CMoveGenerator::GenerateCastling(MoveList& list, Square kingSquare,
     }
 }
 
+/// Whether the generator writes this castling; the word names the king's squares and a right.
+bool CMoveGenerator::IsCastlingPossible(Move move) const noexcept {
+    const CPosition& position = *position_;
+    const auto index = static_cast<CastlingIndex>(move.Index());
+    const Colour us = position.sideToMove;
+    return position.board[move.From()] == MakePiece(King, us) && !position.inCheck &&
+           (index <= WhiteQueenSide) == (us == White) &&
+           position.castling[index].kingTo == move.To() && CanCastle(move.From(), index);
+}
+
+bool CMoveGenerator::IsPseudoLegal(Move move) const noexcept {
+    return move.Kind() == MoveKind::Castling ? IsCastlingPossible(move) : IsStoredMoveValid(move);
+}
+
 bool CMoveGenerator::IsStoredMoveValid(Move move) const noexcept {
     const CPosition& position = *position_;
     const Square from = move.From();
@@ -208,9 +222,7 @@ bool CMoveGenerator::IsStoredMoveValid(Move move) const noexcept {
     const Bitboard occupied = position.Occupied();
 
     if (move.Kind() == MoveKind::Castling) {
-        const auto index = static_cast<CastlingIndex>(move.Index());
-        return type == King && !position.inCheck && (index <= WhiteQueenSide) == (us == White) &&
-               position.castling[index].kingTo == to && CanCastle(from, index);
+        return IsCastlingPossible(move);
     }
     if (type == Pawn) {
         const int up = us == White ? 8 : -8;

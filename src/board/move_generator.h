@@ -44,7 +44,13 @@ public:
     /// rook is refused, so it is played only from a fresh list.
     [[nodiscard]] bool IsStoredMoveValid(Move move) const noexcept;
 
+    /// The same with castling onto the square of the own rook allowed, so it holds of every move
+    /// that the generator writes and of no other. For a move that was made for another position: of
+    /// the same men with other castling rooks, as after `CPosition::CopyFrom`, or of a line.
+    [[nodiscard]] bool IsPseudoLegal(Move move) const noexcept;
+
 private:
+    [[nodiscard]] bool IsCastlingPossible(Move move) const noexcept;
     [[nodiscard]] bool CanCastle(Square kingSquare, CastlingIndex index) const noexcept;
 
     const CPosition* position_;

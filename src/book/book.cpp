@@ -1,5 +1,6 @@
 #include "book/book.h"
 
+#include "board/move_generator.h"
 #include "platform/clock.h"
 
 #include <algorithm>
@@ -136,7 +137,8 @@ void CBook::FollowLine(PvLine& line, Move move, const CPosition& position) {
     const auto reached = std::make_unique<CPosition>();
     reached->CopyFrom(position);
     line.count = 0;
-    bool isPlayed = reached->MakeMove(move);
+    // The copy may let another rook castle than the position does.
+    bool isPlayed = CMoveGenerator(*reached).IsPseudoLegal(move) && reached->MakeMove(move);
     Move next = NoMove;
     while (isPlayed && line.count < PvLine::Capacity && Pick(next, *reached, Mode::BestMove)) {
         line.Append(next);

@@ -14,24 +14,21 @@ namespace {
 constexpr std::int32_t FewMen = 5;
 constexpr Score NearlyEqual = 100;
 
-/// Whether a stored move can be followed on this position. A move of the table was legal where it
-/// was stored, so this is about key clashes, and about two moves that `IsStoredMoveValid` refuses:
-/// castling onto the own rook's square, and an en passant capture stored by a node whose key had
-/// lost its en passant square to a null move.
+/// Whether a stored move can be followed on this position, which it leaves whole then.
+///
+/// A move of the table was legal where it was stored. Yet that may have been another position of
+/// the same key: the key counts the castling rights and does not name their rooks, so where two
+/// rooks stand beside the king in Chess960 a castling can be that of the wrong one. And the node
+/// that stored an en passant capture may have lost its square to a null move, which its key shows;
+/// such a capture is followed all the same.
 bool CanFollow(Move move, const CPosition& position, const CMoveGenerator& generator) noexcept {
-    const Piece moved = position.board[move.From()];
-    const Colour us = position.sideToMove;
-    if (move.Kind() == MoveKind::Castling) {
-        const CastlingRecord& record = position.castling[move.Index()];
-        return moved == MakePiece(King, us) &&
-               (position.castlingRights >> move.Index() & 1U) != 0 &&
-               record.kingFrom == move.From() && record.kingTo == move.To();
-    }
     if (move.Kind() == MoveKind::EnPassant) {
-        return moved == MakePiece(Pawn, us) && position.board[move.To()] == PieceNone &&
+        const Colour us = position.sideToMove;
+        return position.board[move.From()] == MakePiece(Pawn, us) &&
+               position.board[move.To()] == PieceNone &&
                (PawnAttacks[us][move.From()] & BitOf(move.To())) != 0;
     }
-    return generator.IsStoredMoveValid(move);
+    return generator.IsPseudoLegal(move);
 }
 
 }  // namespace
@@ -153,8 +150,8 @@ void CRootSearch::RootMoveIsScored(Move move, Score value) noexcept {
     search_.BuildLine(slot.line, 0, move);
 }
 
-/// Appends the stored best moves along the line from the current position. They are trusted: they
-/// were legal where they were stored.
+/// Appends the stored best moves along the line from the current position, as far as they can be
+/// made there.
 void CRootSearch::ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept {
     const std::int32_t before = line.count;
     for (std::int32_t length = 0; length < maxLength && line.count < PvLine::Capacity; ++length) {

@@ -108,7 +108,9 @@ bool CNalimovBasesDTM::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPosit
     const auto copy = std::make_unique<CPosition>();
     copy->CopyFrom(position);
     Score score = 0;
-    if (!copy->MakeMove(move) || !NalimovProbe(score, *copy, tables_, cache_)) {
+    // The copy may let another rook castle than the position does.
+    if (!CMoveGenerator(*copy).IsPseudoLegal(move) || !copy->MakeMove(move) ||
+        !NalimovProbe(score, *copy, tables_, cache_)) {
         return false;
     }
     info.move = move;

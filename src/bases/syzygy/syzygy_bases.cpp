@@ -1,5 +1,6 @@
 #include "bases/syzygy/syzygy_bases.h"
 
+#include "board/move_generator.h"
 #include "board/score.h"
 
 #include <cstdlib>
@@ -46,7 +47,8 @@ bool CSyzygyBasesWDL::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPositi
     }
     CPosition copy;
     copy.CopyFrom(position);
-    if (!copy.MakeMove(move)) {
+    // The copy may let another rook castle than the position does.
+    if (!CMoveGenerator(copy).IsPseudoLegal(move) || !copy.MakeMove(move)) {
         return false;
     }
     const int tbClass = probe_.SyzygyProbeWDL(copy);
@@ -77,7 +79,9 @@ bool CSyzygyBasesDTZ::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPositi
     copy.CopyFrom(position);
     PvLine line;
     Move next = move;
-    while (line.count < PvLine::Capacity && copy.MakeMove(next) && ProbeRoot(next, copy)) {
+    // As above. What the tables answer can be played.
+    while (line.count < PvLine::Capacity && CMoveGenerator(copy).IsPseudoLegal(next) &&
+           copy.MakeMove(next) && ProbeRoot(next, copy)) {
         line.Append(next);
     }
     if (line.count == 0) {

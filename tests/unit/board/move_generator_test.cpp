@@ -298,6 +298,24 @@ TEST(StoredMoves, RefuseCastlingOntoTheOwnRookThoughTheGeneratorWritesIt) {
         CMoveGenerator(stays).IsStoredMoveValid(CPositionText::TextToMove("O-O", stays, true)));
 }
 
+TEST(StoredMoves, ArePseudoLegalExactlyIfTheGeneratorWritesThem) {
+    const auto expectAsGenerated = [](const CPosition& position) {
+        const std::vector<std::uint32_t> words = GeneratedWords(position, true, true);
+        for (std::uint32_t word = 0; word < 65536; ++word) {
+            ASSERT_EQ(CMoveGenerator(position).IsPseudoLegal(Move{word}),
+                      std::find(words.begin(), words.end(), word) != words.end())
+                << FenOf(position) << " word " << word;
+        }
+    };
+    for (const CPosition& position : RandomPositions(std::max(20, 150 / WorkDivisor()), 49)) {
+        expectAsGenerated(position);
+    }
+    for (const char* fen : {"7k/8/8/8/8/8/8/5KR1 w G - 0 1", "7k/8/8/8/8/8/8/6KR w H - 0 1",
+                            "7k/8/8/8/8/8/8/4KR1R w F - 0 1", "7k/8/8/8/8/8/8/4KR1R w H - 0 1"}) {
+        expectAsGenerated(FromFen(fen));
+    }
+}
+
 TEST(MoveOrderVectors, ListTheLegalMovesInOrder) {
     const std::string path = SharedPath("BRENQUIL_VECTORS", "vectors", "movegen.tsv");
     if (path.empty()) {

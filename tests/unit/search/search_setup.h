@@ -186,7 +186,7 @@ struct SearchSetup {
     }
 
     /// The same with the table's age as it is: what the test has stored is of this search.
-    void ThinkOn(const SearchLimits& limits, CRecordingReceiver& receiver, IWorkers& workers) {
+    void ThinkOn(const SearchLimits& limits, ISearchReceiver& receiver, IWorkers& workers) {
         CRootSearch rootSearch(*search, position, Context(), workers, receiver);
         root = &rootSearch;
         rootSearch.Prepare(limits);

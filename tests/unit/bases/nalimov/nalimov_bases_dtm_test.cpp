@@ -296,6 +296,21 @@ TEST_F(NalimovWholePath, IllegalMoveHasNoMark) {
         info, CPositionText::TextToMove("a1b2", *position, false), *position));
 }
 
+/// The copy that the move is made on knows the outermost rooks alone. Castling with an inner one
+/// went wrong on it: both rooks vanished, and bare kings are a draw.
+TEST_F(NalimovWholePath, CastlingWithAnInnerRookHasNoMark) {
+    const CTestFolder folder;
+    const int table = TableNumber("krrk");
+    folder.Write("krrk.nbw", Bytes(NalimovCalculator(table, 0).Positions()));
+    engine->options.SetOption("NalimovPath", folder.Name());
+    SetFen("8/8/3k4/8/8/8/8/4KR1R w F - 0 1");
+    const Move castling = CPositionText::TextToMove("e1g1", *position, false);
+    ASSERT_FALSE(castling.IsNone());
+    ASSERT_GE(engine->bases.Tables().menLoaded, position->MenCount());
+    BaseMoveInfo info;
+    EXPECT_FALSE(engine->bases.ProbeMoveInfo(info, castling, *position));
+}
+
 TEST_F(NalimovWholePath, SearchScoresFoldTheDistanceFromTheRoot) {
     Load();
     engine->options.SetOption("Nalimov Usage", "InSearch");

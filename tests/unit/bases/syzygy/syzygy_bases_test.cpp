@@ -130,6 +130,17 @@ TEST_F(SyzygyBases, AnIllegalMoveHasNoMark) {
     EXPECT_FALSE(dtzBase.ProbeMoveInfo(info, Move::Make(A1, B2), position));
 }
 
+/// The copy that the move is made on knows the outermost rooks alone. Castling with an inner one
+/// went wrong on it: both rooks vanished, and bare kings are a draw.
+TEST_F(SyzygyBases, CastlingWithAnInnerRookHasNoMark) {
+    WriteFlat("KRRvK", 2, 0);
+    Load();
+    constexpr const char* Fen = "8/8/3k4/8/8/8/8/4KR1R w F - 0 1";
+    for (IBase* const base : {static_cast<IBase*>(&wdlBase), static_cast<IBase*>(&dtzBase)}) {
+        (void)Info(*base, Fen, "e1g1", false);
+    }
+}
+
 TEST_F(SyzygyBases, TheListingShowsTheLineToMate) {
     MakeAndLoad({"KRvK"});
     const BaseMoveInfo info = Info(dtzBase, "7k/8/5K2/8/8/8/8/R7 w - - 0 1", "f6g6");
