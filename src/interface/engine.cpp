@@ -35,10 +35,6 @@ Score CEngine::Evaluate(const CPosition& position) {
     return evaluation.Evaluate(-MateScore, MateScore);
 }
 
-SearchStatistics CEngine::Statistics() const noexcept {
-    return {master.Nodes(), hashTable.Hashfull(), bases.hits};
-}
-
 SearchContext CEngine::Context() noexcept {
     return {hashTable, bases, searchOptions, evaluationOptions, kpkBitbase};
 }

@@ -41,9 +41,6 @@ public:
     /// The static score of a position from the view of the side to move. For the reading thread.
     [[nodiscard]] Score Evaluate(const CPosition& position);
 
-    /// What the search has counted so far, for a line that is printed without one.
-    [[nodiscard]] SearchStatistics Statistics() const noexcept;
-
     ILineSink& sink;
     CProtocol protocol{sink};
     CHashTable hashTable;

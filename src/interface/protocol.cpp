@@ -1,12 +1,8 @@
 #include "interface/protocol.h"
 
-#include "platform/clock.h"
-
 namespace brenquil {
 
-CProtocol::CProtocol(ILineSink& sink) : sink_(sink) {
-    StartClocks();
-}
+CProtocol::CProtocol(ILineSink& sink) : sink_(sink) {}
 
 void CProtocol::PrintLine(std::string_view text) {
     std::string line(text);
@@ -29,11 +25,6 @@ void CProtocol::LogLine(std::string_view text) {
     if (logging && logSink) {
         logSink(text);
     }
-}
-
-void CProtocol::StartClocks() noexcept {
-    startTicks = TickCount();
-    startClock = WallClock();
 }
 
 }  // namespace brenquil

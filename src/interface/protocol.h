@@ -1,8 +1,8 @@
-// The command interface as an object: its mode, its clocks, and the way out for every line.
+// The command interface as an object: its mode, its flags, and the way out for every line.
 //
 // One instance lives through the whole program; all output goes through PrintLine, from the reading
 // thread and from the master search thread, possibly at the same time. Each line is handed to the
-// sink in one piece. The flags and clocks are relaxed shared words, because the search thread reads
+// sink in one piece. The flags are relaxed shared words, because the search thread reads
 // them while it prints; the lines that wait belong to the reading thread.
 #pragma once
 
@@ -53,15 +53,10 @@ public:
     /// Appends the text to the log if logging is on.
     void LogLine(std::string_view text);
 
-    /// Sets both clocks to now.
-    void StartClocks() noexcept;
-
     [[nodiscard]] bool IsUci() const noexcept { return mode == CommandMode::Uci; }
 
     Relaxed<bool> logging{false};
     Relaxed<CommandMode> mode{CommandMode::Console};
-    Relaxed<std::uint32_t> startTicks{0};  ///< milliseconds, wraps; taken at construction and `go`
-    Relaxed<std::int32_t> startClock{0};   ///< wall time in milliseconds, taken at the same moments
     /// The last FEN that set the position wrote its castling field with file letters.
     Relaxed<bool> fileLetterCastling{false};
     std::list<PendingLine> pendingLines;  ///< input that waits to be obeyed before standard input

@@ -1,7 +1,6 @@
 #include "interface/uci_commands.h"
 
 #include "board/position_text.h"
-#include "board/score.h"
 #include "interface/go_parser.h"
 #include "interface/program_info.h"
 #include "text/text.h"
@@ -14,27 +13,6 @@ namespace brenquil {
 namespace {
 
 constexpr std::size_t CastlingField = 2;  ///< counted from 0 among the fields of a FEN
-
-/// Asks the sources of ready answers for a move, and prints it.
-/// @return false when none has one
-bool AnswerFromBases(CEngine& engine) {
-    engine.bases.hits = 0;
-    Move move = NoMove;
-    if (!engine.bases.ProbeRoot(move, engine.master.position)) {
-        return false;
-    }
-    PvLine line;
-    line.Append(move);
-    PvReport report;
-    report.depth = 1;
-    report.score = move.Order();
-    report.alpha = -MateScore;
-    report.beta = MateScore;
-    report.line = &line;
-    engine.output.PrintPv(report, engine.Statistics());
-    engine.output.PrintBestMove(move, NoMove);
-    return true;
-}
 
 }  // namespace
 
@@ -72,18 +50,6 @@ void HandleGo(CEngine& engine, std::string_view line) {
     engine.master.EndSearch();
     const SearchLimits limits =
         ParseGo(line, engine.master.position, engine.outputOptions.chess960.enabled);
-    engine.output.SetRoot(engine.master.position);
-    if (limits.infinite) {
-        engine.hashTable.Clear();
-    } else {
-        if (!limits.ponder && AnswerFromBases(engine)) {
-            return;
-        }
-        engine.hashTable.RaiseAge();
-    }
-    engine.hashTable.ResetFreeCount();
-    engine.bases.hits = 0;
-    engine.protocol.StartClocks();
     if (!engine.master.Start(limits)) {
         engine.protocol.PrintInfoString("The system gives no thread for the search");
     }

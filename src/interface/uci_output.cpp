@@ -3,7 +3,6 @@
 #include "interface/move_listing.h"
 #include "interface/move_notation.h"
 #include "interface/uci_text.h"
-#include "platform/clock.h"
 #include "text/text.h"
 
 namespace brenquil {
@@ -11,10 +10,11 @@ namespace brenquil {
 namespace {
 
 /// " time t nodes n nps r": the fields that both kinds of `info` line share.
-std::string ProgressText(std::uint32_t ticks, std::uint64_t nodes) {
+std::string ProgressText(const SearchStatistics& statistics) {
     // Signed, although the clock is not: beyond 24 days the time turns negative.
-    return " time " + std::to_string(static_cast<std::int32_t>(ticks)) + " nodes " +
-           std::to_string(nodes) + " nps " + std::to_string(NodesPerSecond(nodes, ticks));
+    return " time " + std::to_string(static_cast<std::int32_t>(statistics.ticks)) + " nodes " +
+           std::to_string(statistics.nodes) + " nps " +
+           std::to_string(NodesPerSecond(statistics.nodes, statistics.ticks));
 }
 
 std::string TableText(const SearchStatistics& statistics) {
@@ -29,8 +29,7 @@ CUciOutput::CUciOutput(CProtocol& protocol, const COutputOptions& options, const
 
 void CUciOutput::PrintPv(const PvReport& report, const SearchStatistics& statistics) {
     std::string text = "info depth " + std::to_string(report.depth) + " seldepth " +
-                       std::to_string(report.selectiveDepth) +
-                       ProgressText(TickCount() - protocol_.startTicks, statistics.nodes) +
+                       std::to_string(report.selectiveDepth) + ProgressText(statistics) +
                        ScoreText(report.score) +
                        BoundText(report.score, report.alpha, report.beta) + TableText(statistics);
     if (report.multiPv > 0) {
@@ -51,13 +50,10 @@ void CUciOutput::PrintRefutation(Move move, const PvLine& line) {
 }
 
 void CUciOutput::PrintStats(const SearchStatistics& statistics) {
-    const std::uint32_t ticks = TickCount() - protocol_.startTicks;
-    const std::uint32_t clock = static_cast<std::uint32_t>(WallClock()) -
-                                static_cast<std::uint32_t>(protocol_.startClock.Load());
     const std::int32_t load =
-        CpuLoad(static_cast<std::int32_t>(ticks), static_cast<std::int32_t>(clock));
-    protocol_.PrintLine("info" + ProgressText(ticks, statistics.nodes) + " cpuload " +
-                        std::to_string(load) + TableText(statistics));
+        CpuLoad(static_cast<std::int32_t>(statistics.ticks), statistics.clock);
+    protocol_.PrintLine("info" + ProgressText(statistics) + " cpuload " + std::to_string(load) +
+                        TableText(statistics));
 }
 
 void CUciOutput::PrintCurrentLine(const PvLine& line) {

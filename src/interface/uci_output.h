@@ -27,8 +27,7 @@ public:
     /// All three outlive this object.
     CUciOutput(CProtocol& protocol, const COutputOptions& options, const CBaseList& bases);
 
-    /// Takes over the position that the next lines begin from. Called before the search starts.
-    void SetRoot(const CPosition& position) { root_ = position; }
+    void SetRoot(const CPosition& root) override { root_ = root; }
 
     void PrintPv(const PvReport& report, const SearchStatistics& statistics) override;
     void PrintCurrMove(Move move, std::int32_t number) override;

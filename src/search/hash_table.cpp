@@ -91,6 +91,15 @@ void CHashTable::Clear() noexcept {
     freeCount_ = entryCount_;
 }
 
+void CHashTable::BeginSearch(bool isFromNothing) noexcept {
+    if (isFromNothing) {
+        Clear();
+    } else {
+        ++age_;
+        freeCount_ = entryCount_;
+    }
+}
+
 void CHashTable::Store(std::uint64_t key, Score score, std::int32_t depth, Bound bound,
                        Move move) noexcept {
     if (blocks_ == nullptr) [[unlikely]] {

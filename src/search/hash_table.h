@@ -59,11 +59,9 @@ public:
     /// exact for their keys.
     void Clear() noexcept;
 
-    /// Takes away the protection that entries have within one search.
-    void RaiseAge() noexcept { ++age_; }
-
-    /// Lets `Hashfull` count from here.
-    void ResetFreeCount() noexcept { freeCount_ = entryCount_; }
+    /// Readies the table for a search: empties it, or else takes away the protection that entries
+    /// have within one search. `Hashfull` counts from here.
+    void BeginSearch(bool isFromNothing) noexcept;
 
     [[nodiscard]] std::optional<HashHit> Probe(std::uint64_t key) const noexcept {
         if (blocks_ == nullptr) [[unlikely]] {
@@ -90,7 +88,7 @@ public:
         }
     }
 
-    /// Entries claimed since `ResetFreeCount`, in thousandths of the table, at most 1000.
+    /// Entries claimed since `BeginSearch`, in thousandths of the table, at most 1000.
     [[nodiscard]] std::uint32_t Hashfull() const noexcept;
 
     [[nodiscard]] std::uint32_t SizeMegabytes() const noexcept { return sizeMegabytes_; }

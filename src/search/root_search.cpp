@@ -44,6 +44,29 @@ CRootSearch::CRootSearch(CSearch& search, CPosition& position, const SearchConte
       workers_(workers),
       receiver_(receiver) {}
 
+bool CRootSearch::Begin(const SearchLimits& limits) {
+    receiver_.SetRoot(position_);
+    bases_.hits = 0;
+    if (!limits.infinite && !limits.ponder && AnswerFromBases()) {
+        return false;
+    }
+    hash_.BeginSearch(limits.infinite);
+    Prepare(limits);
+    return true;
+}
+
+bool CRootSearch::AnswerFromBases() {
+    Move move = NoMove;
+    if (!bases_.ProbeRoot(move, position_)) {
+        return false;
+    }
+    PvLine line;
+    line.Append(move);
+    receiver_.PrintPv({1, 0, move.Order(), -MateScore, MateScore, &line, 0}, Statistics());
+    receiver_.PrintBestMove(move, NoMove);
+    return true;
+}
+
 void CRootSearch::Prepare(const SearchLimits& limits) noexcept {
     timeControl_.Start(limits, position_.sideToMove);
     search_.ResetSearch();
@@ -222,7 +245,7 @@ std::uint64_t CRootSearch::Nodes() const noexcept {
 }
 
 SearchStatistics CRootSearch::Statistics() const noexcept {
-    return {Nodes(), hash_.Hashfull(), bases_.hits};
+    return {Nodes(), hash_.Hashfull(), bases_.hits, timeControl_.Ticks(), timeControl_.Clock()};
 }
 
 }  // namespace brenquil

@@ -1,8 +1,9 @@
 // The levels above the node, which only the master's thread has: iterative deepening, the choice of
 // root moves, the lines of MultiPV, and every report.
 //
-//     root.Prepare(limits);   // before the thread starts
-//     root.Think();           // on the thread: deepens, reports, prints the best move
+//     if (root.Begin(limits)) {   // before the thread starts; false when the answer was ready
+//         root.Think();           // on the thread: deepens, reports, prints the best move
+//     }
 //
 // The tree below is the work of the thread's `CSearch`, which asks and tells this object what its
 // interface `ISearchMaster` names. When the search ends is decided by the rules of `CTimeControl`.
@@ -33,8 +34,13 @@ public:
     CRootSearch(CSearch& search, CPosition& position, const SearchContext& context,
                 IWorkers& workers, ISearchReceiver& receiver) noexcept;
 
-    /// Makes ready for a search from the position: forgets the last one and starts the clock. A
-    /// stop that is requested from here on counts.
+    /// All that comes before the thread of a search: tells the receiver the root, asks the bases,
+    /// and readies the table, the clock and the record. False when a base has answered: its move
+    /// has been reported as the best, and neither the clock nor the age of the table has changed.
+    [[nodiscard]] bool Begin(const SearchLimits& limits);
+
+    /// The part of `Begin` after the table: forgets the last search and starts the clock. A stop
+    /// that is requested from here on counts.
     void Prepare(const SearchLimits& limits) noexcept;
 
     /// Deepens until a limit or a stop, reports on the way and prints the best move. The nodes of
@@ -61,6 +67,7 @@ private:
     void RootMoveEnds(Move move, std::int32_t depth) override;
     void RootMoveIsScored(Move move, Score value) noexcept override;
 
+    [[nodiscard]] bool AnswerFromBases();
     void Iterate();
     void LookAtClock() noexcept;
     void ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/move_list.h"
+#include "board/position.h"
 #include "board/types.h"
 
 #include <cstdint>
@@ -14,6 +15,8 @@ struct SearchStatistics {
     std::uint64_t nodes = 0;     ///< of all threads together
     std::uint32_t hashfull = 0;  ///< entries written by this search, in thousandths of the table
     std::uint64_t baseHits = 0;
+    std::uint32_t ticks = 0;  ///< milliseconds since the search began, wraps
+    std::int32_t clock = 0;   ///< the same by the clock of the program
 };
 
 /// One finished line of one iteration.
@@ -27,13 +30,17 @@ struct PvReport {
     std::int32_t multiPv = 0;  ///< 1 and up; 0 when only one line is asked for
 };
 
-/// Called on the master's thread. Moves are those of lines that begin at the search's root.
+/// Called on the master's thread, or before it starts. Moves are those of lines that begin at the
+/// search's root.
 class ISearchReceiver {
 public:
     ISearchReceiver() = default;
     ISearchReceiver(const ISearchReceiver&) = delete;
     ISearchReceiver& operator=(const ISearchReceiver&) = delete;
     virtual ~ISearchReceiver() = default;
+
+    /// The position that the next lines begin from; called before any of them.
+    virtual void SetRoot(const CPosition& root) = 0;
 
     virtual void PrintPv(const PvReport& report, const SearchStatistics& statistics) = 0;
 

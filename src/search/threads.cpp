@@ -62,7 +62,9 @@ CMasterThread::CMasterThread(const SearchContext& context, ISearchReceiver& rece
 
 bool CMasterThread::Start(const SearchLimits& limits) {
     EndSearch();
-    root_.Prepare(limits);
+    if (!root_.Begin(limits)) {
+        return true;
+    }
     SetSearching(true);
     if (!StartThread()) {
         SetSearching(false);

@@ -105,8 +105,8 @@ class CMasterThread final : public CSearchThread {
 public:
     CMasterThread(const SearchContext& context, ISearchReceiver& receiver);
 
-    /// Ends a search that is under way, then starts one on the position with these limits and
-    /// returns. False if the system gives no thread.
+    /// Ends a search that is under way, then answers from the bases or starts a search on the
+    /// position with these limits, and returns. False if the system gives no thread.
     [[nodiscard]] bool Start(const SearchLimits& limits);
 
     /// Asks the search to stop and returns at once. The best move comes from the search's thread.

@@ -16,10 +16,14 @@ constexpr std::int32_t StatusInterval = 1000;  // ms
 
 }  // namespace
 
+CTimeControl::CTimeControl() noexcept
+    : startTicks_(TickCount()), startClock_(WallClock()), statusTicks_(startTicks_) {}
+
 void CTimeControl::Start(const SearchLimits& limits, Colour sideToMove) noexcept {
     limits_ = limits;
-    startTick_ = TickCount();
-    statusTick_ = startTick_;
+    startTicks_ = TickCount();
+    startClock_ = WallClock();
+    statusTicks_ = startTicks_;
     pause_ = false;
     ShareOut(sideToMove);
 }
@@ -58,24 +62,29 @@ bool CTimeControl::MayFinish(Score score, std::int32_t depth) const noexcept {
     if (distance != 0 && depth >= distance) {
         return true;
     }
-    return softLimit_ != NoLimit && Elapsed() > softLimit_;
+    return softLimit_ != NoLimit && Ticks() > softLimit_;
 }
 
 bool CTimeControl::IsHardLimitPassed() const noexcept {
-    return !pause_ && !limits_.infinite && hardLimit_ != NoLimit && Elapsed() > hardLimit_;
+    return !pause_ && !limits_.infinite && hardLimit_ != NoLimit && Ticks() > hardLimit_;
 }
 
 bool CTimeControl::IsStatusDue() noexcept {
     const std::uint32_t now = TickCount();
-    if (static_cast<std::int32_t>(now - statusTick_) < StatusInterval) {
+    if (static_cast<std::int32_t>(now - statusTicks_) < StatusInterval) {
         return false;
     }
-    statusTick_ = now;
+    statusTicks_ = now;
     return true;
 }
 
-std::uint32_t CTimeControl::Elapsed() const noexcept {
-    return TickCount() - startTick_;
+std::uint32_t CTimeControl::Ticks() const noexcept {
+    return TickCount() - startTicks_;
+}
+
+std::int32_t CTimeControl::Clock() const noexcept {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(WallClock()) -
+                                     static_cast<std::uint32_t>(startClock_));
 }
 
 }  // namespace brenquil

@@ -17,6 +17,9 @@ namespace brenquil {
 
 class CTimeControl {
 public:
+    /// Without limits; the clock runs from here until the first search.
+    CTimeControl() noexcept;
+
     /// Takes over the limits, starts the clock and shares the time out.
     void Start(const SearchLimits& limits, Colour sideToMove) noexcept;
 
@@ -46,6 +49,12 @@ public:
     /// True once a second at most; a second begins at the start and with each true answer.
     [[nodiscard]] bool IsStatusDue() noexcept;
 
+    /// Milliseconds since the last `Start`: what is decided and what is printed.
+    [[nodiscard]] std::uint32_t Ticks() const noexcept;
+
+    /// The same by the clock of the program, for the figure of the processor load.
+    [[nodiscard]] std::int32_t Clock() const noexcept;
+
     /// Lets the hard limit count. It always does: nothing sets the flag that this clears. Any
     /// thread may call it.
     void ClearPause() noexcept { pause_ = false; }
@@ -54,11 +63,11 @@ private:
     static constexpr std::uint32_t NoLimit = 0xFFFFFFFF;
 
     void ShareOut(Colour sideToMove) noexcept;
-    [[nodiscard]] std::uint32_t Elapsed() const noexcept;
 
     SearchLimits limits_;
-    std::uint32_t startTick_ = 0;
-    std::uint32_t statusTick_ = 0;  ///< of the last status
+    std::uint32_t startTicks_;
+    std::int32_t startClock_;
+    std::uint32_t statusTicks_;  ///< of the last status
     std::uint32_t softLimit_ = NoLimit;
     std::uint32_t hardLimit_ = NoLimit;
     Relaxed<bool> pause_{false};

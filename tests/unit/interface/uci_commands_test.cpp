@@ -283,11 +283,9 @@ TEST_F(UciCommands, GoWithABaseAnswerPrintsOneInfoLineAndBestmoveWithoutASearch)
     engine->bases.Add(base);
     base.rootMove = CPositionText::TextToMove("g1f3", engine->master.position, false);
     base.rootMove.SetOrder(-12);
-    const std::uint32_t startTicks = engine->protocol.startTicks;
     EXPECT_EQ(WithoutTimes(Search({"go depth 5"})),
               (Strings{"info depth 1 seldepth 0 nodes 0 score cp -12 hashfull 0 tbhits 1 pv g1f3",
                        "bestmove g1f3"}));
-    EXPECT_EQ(engine->protocol.startTicks, startTicks);
     EXPECT_EQ(engine->hashTable.Age(), 0U);
 }
 

@@ -107,6 +107,18 @@ TEST_F(UciOutput, TimeNpsAndCpuloadStandAtTheirPlaces) {
     follow({"time", "nodes", "nps", "cpuload", "hashfull", "tbhits"});
 }
 
+TEST_F(UciOutput, TimeIsThatOfTheStatisticsAndNpsIsNodesByIt) {
+    const PvLine line = Line({"e2e4"});
+    output->PrintPv({1, 1, 34, -32000, 32000, &line, 0}, {1234, 7, 3, 250, 250});
+    EXPECT_EQ(sink.Take(), Strings{"info depth 1 seldepth 1 time 250 nodes 1234 nps 4936 score cp "
+                                   "34 hashfull 7 tbhits 3 pv e2e4"});
+    output->PrintStats({1234, 7, 3, 0xFFFFFFFF, 1});
+    EXPECT_EQ(sink.Take(), Strings{"info time -1 nodes 1234 nps 0 cpuload 0 hashfull 7 tbhits 3"});
+    output->PrintStats({3000, 7, 3, 1000, 994});
+    EXPECT_EQ(sink.Take(),
+              Strings{"info time 1000 nodes 3000 nps 3000 cpuload 994 hashfull 7 tbhits 3"});
+}
+
 TEST_F(UciOutput, StatisticsLine) {
     output->PrintStats({18446744073709551615U, 1000, 12});
     EXPECT_EQ(OneLine(), "info nodes 18446744073709551615 hashfull 1000 "

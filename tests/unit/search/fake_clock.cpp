@@ -26,7 +26,7 @@ std::uint32_t TickCount() noexcept {
 }
 
 std::int32_t WallClock() noexcept {
-    return static_cast<std::int32_t>(TickCount());
+    return static_cast<std::int32_t>(isStopped ? stoppedAt.load() : TickCount());
 }
 
 CStoppedClock::CStoppedClock(std::uint32_t ticks) {

@@ -32,7 +32,7 @@ protected:
 
     void RaiseAge(int times) {
         for (int i = 0; i < times; ++i) {
-            table.RaiseAge();
+            table.BeginSearch(false);
         }
     }
 
@@ -116,7 +116,7 @@ TEST_F(HashTable, GivesBackWhatWasStored) {
         const auto depth = static_cast<std::int32_t>(random() % 256);
         const auto bound = static_cast<Bound>(random() % 3);
         const Move move{static_cast<std::uint32_t>(random())};
-        table.RaiseAge();  // nothing is protected
+        table.BeginSearch(false);  // nothing is protected
         table.Store(key, score, depth, bound, move);
         const auto hit = table.Probe(key);
         ASSERT_TRUE(hit);
@@ -206,10 +206,19 @@ TEST_F(HashTable, StoreWithoutAMoveOverwritesAMove) {
 
 TEST_F(HashTable, RaisedAgeTakesTheProtectionAway) {
     Store(7, 60);
-    table.RaiseAge();
+    table.BeginSearch(false);
     EXPECT_EQ(DepthAt(7), 60);
     Store(7, 1);
     EXPECT_EQ(DepthAt(7), 1);
+}
+
+TEST_F(HashTable, SearchFromNothingBeginsWithAnEmptyTable) {
+    RaiseAge(3);
+    Store(7, 6);
+    table.BeginSearch(true);
+    EXPECT_FALSE(table.Probe(7));
+    EXPECT_EQ(table.Age(), 0U);
+    EXPECT_EQ(Claimed(), 0U);
 }
 
 TEST_F(HashTable, FromAge256OnNothingIsProtected) {
@@ -222,7 +231,7 @@ TEST_F(HashTable, FromAge256OnNothingIsProtected) {
         Store(7, 6);
         Store(7, 5);
         EXPECT_EQ(DepthAt(7), 5) << search;
-        table.RaiseAge();
+        table.BeginSearch(false);
     }
     table.Clear();
     Store(7, 6);
@@ -252,8 +261,7 @@ TEST_F(HashTable, FreeCountFallsOncePerSearchForAnEntryWithDepth) {
     Store(7, 2);
     Store(7 + OneMegabyte, 3);
     EXPECT_EQ(Claimed(), 1U);
-    table.RaiseAge();
-    table.ResetFreeCount();
+    table.BeginSearch(false);
     Store(7, 2);
     EXPECT_EQ(Claimed(), 1U);
     Store(7, 2);
@@ -262,9 +270,8 @@ TEST_F(HashTable, FreeCountFallsOncePerSearchForAnEntryWithDepth) {
 
 TEST_F(HashTable, DroppedStoreClaimsNothing) {
     Store(7, 9);
-    table.ResetFreeCount();
     Store(7, 3);
-    EXPECT_EQ(Claimed(), 0U);
+    EXPECT_EQ(Claimed(), 1U);
 }
 
 TEST_F(HashTable, ReplacingADepthZeroEntryCountsEachTime) {
@@ -291,7 +298,7 @@ TEST_F(HashTable, HashfullCountsThousandthsRoundedDown) {
     EXPECT_EQ(table.Hashfull(), 499U);
     Store(19660, 1);
     EXPECT_EQ(table.Hashfull(), 500U);
-    table.ResetFreeCount();
+    table.BeginSearch(false);
     EXPECT_EQ(table.Hashfull(), 0U);
 }
 

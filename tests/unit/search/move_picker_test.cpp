@@ -227,7 +227,7 @@ TEST_F(MovePicker, LosingCaptureThatIsTheHashMoveComesFirstAndOnce) {
 TEST_F(MovePicker, ImpossibleHashMoveIsPassedOver) {
     setup.Set(Fen);
     for (const Move move : {Move::Make(A1, A8), Move::Make(D3, D5), Move::Make(G8, F8), NoMove}) {
-        setup.hash.RaiseAge();
+        setup.hash.BeginSearch(false);
         StoreHashMove(move);
         EXPECT_EQ(Order()[0], "d4c5");
         EXPECT_EQ(Order().size(), 28U);
@@ -260,7 +260,7 @@ TEST_F(MovePicker, HandsOutEveryPseudoLegalMoveOnce) {
             expected.push_back(MoveName(move));
         }
         if (i % 3 == 0 && list.count > 0) {
-            setup.hash.RaiseAge();
+            setup.hash.BeginSearch(false);
             StoreHashMove(list[static_cast<std::int32_t>(random() % 1000) % list.count]);
         }
         std::vector<std::string> order = Order();

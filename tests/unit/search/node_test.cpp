@@ -185,7 +185,7 @@ TEST_F(Node, StoredMateScoreIsUsedAsItStands) {
 
 TEST_F(Node, WrappedDepthAnswersAnyDepth) {
     setup.Set(QuietMiddlegame);
-    setup.hash.RaiseAge();
+    setup.hash.BeginSearch(false);
     Store(555, -1, Bound::Exact);
     EXPECT_EQ(setup.Node(200), 555);
 }
@@ -281,7 +281,7 @@ TEST_F(Node, WithoutExtensionsChecksReachNegativeDepth) {
     // The rook steps between with check, so the child is in check as well.
     for (const bool isExtended : {true, false}) {
         setup.hash.Clear();
-        setup.hash.RaiseAge();
+        setup.hash.BeginSearch(false);
         setup.Set("4r3/8/8/8/8/R6k/8/4K3 w - - 0 1");
         setup.Option("Use Extensions", isExtended ? "true" : "false");
         (void)setup.Node(0);

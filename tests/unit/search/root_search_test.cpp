@@ -253,7 +253,7 @@ TEST_F(Root, EmptyLineIsFilledFromTheTable) {
     // Every move loses by exactly the lowest score, so none raises alpha. An entry of a search of
     // greater depth and the same age keeps its move.
     Script([](const std::string&, int) { return -32000; });
-    setup.hash.RaiseAge();
+    setup.hash.BeginSearch(false);
     setup.hash.Store(setup.position.key, 0, 50, Bound::Exact, MoveOf(setup.position, "b2b3"));
     CRecordingReceiver receiver;
     CFakeWorkers workers;
@@ -264,7 +264,7 @@ TEST_F(Root, EmptyLineIsFilledFromTheTable) {
 
 TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
     Script([](const std::string&, int) { return -32000; });
-    setup.hash.RaiseAge();
+    setup.hash.BeginSearch(false);
     const std::vector<std::string> line = {"e2e4", "e7e5", "g1f3", "b8c6"};
     for (const std::string& text : line) {
         const Move move = MoveOf(setup.position, text);
@@ -288,7 +288,7 @@ TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
 TEST_F(Root, LineFromTheTableFollowsCastlingAndEnPassant) {
     Script([](const std::string&, int) { return -32000; });
     setup.Set("r3k3/3p4/8/4P3/8/8/8/R3K2R b KQq - 0 1");
-    setup.hash.RaiseAge();
+    setup.hash.BeginSearch(false);
     const std::vector<std::string> line = {"d7d5", "e5d6", "e8c8", "e1g1"};
     for (const std::string& text : line) {
         const Move move = MoveOf(setup.position, text);
@@ -324,7 +324,7 @@ TEST_F(Root, LineFromTheTableFollowsCastlingOntoTheRookAndEnPassantWithoutItsSqu
     for (const Case& one : cases) {
         Script([](const std::string&, int) { return -32000; });
         setup.Set(one.fen);
-        setup.hash.RaiseAge();
+        setup.hash.BeginSearch(false);
         const Move first = MoveOf(setup.position, "h1h3");
         setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, first);
         ASSERT_TRUE(setup.position.MakeMove(first));
@@ -359,7 +359,7 @@ TEST_F(Root, LineFromTheTableEndsBeforeASpecialMoveOfAnotherPosition) {
     for (const Case& one : cases) {
         Script([](const std::string&, int) { return -32000; });
         setup.Set(one.fen);
-        setup.hash.RaiseAge();
+        setup.hash.BeginSearch(false);
         const Move first = MoveOf(setup.position, one.first);
         setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, first);
         ASSERT_TRUE(setup.position.MakeMove(first));

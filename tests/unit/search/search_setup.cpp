@@ -43,6 +43,10 @@ std::string BestMoveText(Move best, Move ponder) {
     return "best " + MoveName(best) + " ponder " + MoveName(ponder);
 }
 
+void CRecordingReceiver::SetRoot(const CPosition& root) {
+    record.rootKeys.push_back(root.key);
+}
+
 void CRecordingReceiver::PrintPv(const PvReport& report, const SearchStatistics& figures) {
     record.texts.push_back(PvText(report.depth, report.selectiveDepth, report.score, report.alpha,
                                   report.beta, report.multiPv, report.line->Used(), figures));

@@ -55,6 +55,7 @@ struct SearchRecord {
     [[nodiscard]] std::vector<std::string> Beginning(std::string_view start) const;
 
     std::vector<std::string> texts;
+    std::vector<std::uint64_t> rootKeys;
     std::vector<Pv> pvs;
     std::vector<SearchStatistics> statistics;
     Move best{0};
@@ -65,6 +66,7 @@ struct SearchRecord {
 /// Writes the record.
 class CRecordingReceiver final : public ISearchReceiver {
 public:
+    void SetRoot(const CPosition& root) override;
     void PrintPv(const PvReport& report, const SearchStatistics& statistics) override;
     void PrintCurrMove(Move move, std::int32_t number) override;
     void PrintRefutation(Move move, const PvLine& line) override;
@@ -120,13 +122,17 @@ public:
         return answer && answer(score, position, depth, ply);
     }
 
-    [[nodiscard]] bool ProbeRoot(Move&, const CPosition&) override { return false; }
+    [[nodiscard]] bool ProbeRoot(Move& move, const CPosition&) override {
+        move = rootMove;
+        return !rootMove.IsNone();
+    }
 
     [[nodiscard]] bool ProbeMoveInfo(BaseMoveInfo&, Move, const CPosition&) override {
         return false;
     }
 
     Answer answer;
+    Move rootMove{0};  ///< the answer to `go`; none if `NoMove`
 
 private:
     std::uint32_t priority_;
@@ -179,8 +185,7 @@ struct SearchSetup {
     }
 
     void Think(const SearchLimits& limits, CRecordingReceiver& receiver, IWorkers& workers) {
-        hash.RaiseAge();
-        hash.ResetFreeCount();
+        hash.BeginSearch(false);
         bases.hits = 0;
         ThinkOn(limits, receiver, workers);
     }

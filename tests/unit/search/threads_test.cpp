@@ -1,5 +1,6 @@
 // The master and its workers, with real threads.
 
+#include "fake_clock.h"
 #include "search/threads.h"
 #include "search_setup.h"
 
@@ -72,10 +73,7 @@ protected:
 
     void SetThreads(int count) { setup.Option("Threads", std::to_string(count)); }
 
-    void Go(const SearchLimits& limits) {
-        setup.hash.RaiseAge();
-        ASSERT_TRUE(master->Start(limits));
-    }
+    void Go(const SearchLimits& limits) { ASSERT_TRUE(master->Start(limits)); }
 
     void GoAndWait(const SearchLimits& limits) {
         Go(limits);
@@ -318,6 +316,66 @@ TEST_F(Threads, PonderHitChangesNothing) {
     EXPECT_EQ(receiver.record.ends, 0);
     master->EndSearch();
     EXPECT_EQ(receiver.record.ends, 1);
+}
+
+// What comes before the thread
+
+TEST_F(Threads, AnswerOfABaseNeedsNoSearchAndKeepsTheClockAndTheTable) {
+    CStoppedClock clock;
+    GoAndWait(Depth(2));
+    const std::uint64_t nodes = master->Nodes();
+    CScriptedBase base;
+    setup.bases.Add(base);
+    base.rootMove = Move::Make(G1, F3);
+    base.rootMove.SetOrder(-12);
+    setup.bases.hits = 9;
+    receiver.record = {};
+    CStoppedClock::Advance(700);
+    GoAndWait(Depth(3));
+    EXPECT_EQ(receiver.record.texts,
+              (std::vector<std::string>{PvText(1, 0, -12, -32000, 32000, 0,
+                                               std::vector<Move>{base.rootMove},
+                                               {nodes, setup.hash.Hashfull(), 1}),
+                                        BestMoveText(base.rootMove, NoMove)}));
+    EXPECT_EQ(receiver.record.pvs.back().statistics.ticks, 700U);
+    EXPECT_EQ(setup.hash.Age(), 1U);
+}
+
+TEST_F(Threads, InfiniteAndPonderAskNoBase) {
+    CScriptedBase base;
+    setup.bases.Add(base);
+    base.rootMove = Move::Make(G1, F3);
+    for (const bool isInfinite : {true, false}) {
+        receiver.record = {};
+        SearchLimits limits = Depth(1);
+        limits.infinite = isInfinite;
+        limits.ponder = !isInfinite;
+        Go(limits);
+        EXPECT_TRUE(Eventually([&] { return master->Nodes() >= 20; }));
+        master->EndSearch();
+        EXPECT_EQ(receiver.record.statistics.size(), 1U);
+        EXPECT_EQ(setup.hash.Age(), isInfinite ? 0U : 1U);
+    }
+}
+
+TEST_F(Threads, SearchCountsTimeNodesHitsAndTableFromItsBeginning) {
+    CStoppedClock clock(1'000'000);
+    GoAndWait(Depth(3));
+    setup.bases.hits = 9;
+    CStoppedClock::Advance(5000);
+    receiver.record = {};
+    receiver.onPv = [](const SearchRecord::Pv&) { CStoppedClock::Advance(40); };
+    GoAndWait(Depth(3));
+    ASSERT_EQ(receiver.record.pvs.size(), 3U);
+    const SearchStatistics& first = receiver.record.pvs.front().statistics;
+    EXPECT_EQ(first.ticks, 0U);
+    EXPECT_EQ(first.clock, 0);
+    EXPECT_LT(first.nodes, 50U);
+    EXPECT_EQ(first.baseHits, 0U);
+    EXPECT_EQ(receiver.record.pvs.back().statistics.ticks, 80U);
+    EXPECT_EQ(receiver.record.statistics.back().clock, 120);
+    EXPECT_EQ(setup.hash.Age(), 2U);
+    EXPECT_EQ(receiver.record.rootKeys, std::vector<std::uint64_t>{master->position.key});
 }
 
 TEST_F(Threads, EndSearchWithoutASearchReturns) {
