@@ -30,7 +30,7 @@ std::uint64_t CountNodes(CPosition& position, int depth) {
     if (position.inCheck) {
         generator.GenerateEvasions(list);
     } else {
-        generator.GenerateMoves(list, true, true);
+        generator.GenerateMoves(list, MoveKinds::All);
     }
     std::uint64_t nodes = 0;
     for (const Move move : list) {
@@ -60,7 +60,7 @@ std::vector<CPosition> Neighbours() {
         CPosition position;
         CPositionText(position).SetFen(fen);
         MoveList list;
-        CMoveGenerator(position).GenerateMoves(list, true, true);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         for (const Move move : list) {
             if (position.MakeMove(move)) {
                 positions.push_back(position);
@@ -72,12 +72,12 @@ std::vector<CPosition> Neighbours() {
 }
 
 /// Items: lists.
-void Generate(benchmark::State& state, bool captures, bool quiets) {
+void Generate(benchmark::State& state, MoveKinds wanted) {
     const std::vector<CPosition> positions = Neighbours();
     for (auto _ : state) {
         for (const CPosition& position : positions) {
             MoveList list;
-            CMoveGenerator(position).GenerateMoves(list, captures, quiets);
+            CMoveGenerator(position).GenerateMoves(list, wanted);
             benchmark::DoNotOptimize(list.count);
             benchmark::ClobberMemory();
         }
@@ -89,7 +89,7 @@ void Generate(benchmark::State& state, bool captures, bool quiets) {
 void StoredMoves(benchmark::State& state) {
     const std::vector<CPosition> positions = Neighbours();
     MoveList list;
-    CMoveGenerator(positions.front()).GenerateMoves(list, true, true);
+    CMoveGenerator(positions.front()).GenerateMoves(list, MoveKinds::All);
     for (auto _ : state) {
         for (const CPosition& position : positions) {
             const CMoveGenerator generator(position);
@@ -108,7 +108,7 @@ void Exchanges(benchmark::State& state) {
     std::vector<MoveList> lists(positions.size());
     std::int64_t captures = 0;
     for (std::size_t i = 0; i < positions.size(); ++i) {
-        CMoveGenerator(positions[i]).GenerateMoves(lists[i], true, false);
+        CMoveGenerator(positions[i]).GenerateMoves(lists[i], MoveKinds::Captures);
         captures += lists[i].count;
     }
     for (auto _ : state) {
@@ -134,9 +134,9 @@ void ReadFen(benchmark::State& state, std::string_view fen) {
 BENCHMARK_CAPTURE(Perft, Start, StartFen, 4)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Perft, MiddleGame, MiddleGameFen, 3)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Perft, Ending, EndingFen, 5)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Generate, Captures, true, false);
-BENCHMARK_CAPTURE(Generate, Quiets, false, true);
-BENCHMARK_CAPTURE(Generate, All, true, true);
+BENCHMARK_CAPTURE(Generate, Captures, MoveKinds::Captures);
+BENCHMARK_CAPTURE(Generate, Quiets, MoveKinds::Quiets);
+BENCHMARK_CAPTURE(Generate, All, MoveKinds::All);
 BENCHMARK(StoredMoves);
 BENCHMARK(Exchanges);
 BENCHMARK_CAPTURE(ReadFen, Start, StartFen);

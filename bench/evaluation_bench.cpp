@@ -24,7 +24,7 @@ constexpr std::size_t ManyPawnEntries = 209715;  // those of 64 MiB
 
 bool PlayRandomMove(CPosition& position, std::mt19937_64& generator) {
     MoveList moves;
-    CMoveGenerator(position).GenerateMoves(moves, true, true);
+    CMoveGenerator(position).GenerateMoves(moves, MoveKinds::All);
     while (moves.count > 0) {
         const auto index =
             static_cast<std::int32_t>(generator() % static_cast<unsigned>(moves.count));

@@ -29,8 +29,7 @@ CSliderSlabs<Size, Diagonal>::CSliderSlabs() noexcept {
         const std::size_t patterns = std::size_t{1} << std::popcount(mask);
         for (std::size_t pattern = 0; pattern < patterns; ++pattern) {
             const Bitboard occupied = SpreadBits(pattern, mask);
-            const std::size_t index =
-                occupied * magics[static_cast<std::size_t>(square)] >> ProductShift;
+            const std::size_t index = occupied * magics[square] >> ProductShift;
             slabs_[square][index] = WalkRays(square, occupied, Diagonal);
         }
     }

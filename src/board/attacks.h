@@ -8,6 +8,7 @@
 #pragma once
 
 #include "board/magics.h"
+#include "board/table.h"
 #include "board/types.h"
 
 #include <algorithm>
@@ -16,20 +17,6 @@
 #include <cstdint>
 
 namespace brenquil {
-
-/// One element for each square; indexed by `Square`.
-template <class T>
-struct SquareTable {
-    std::array<T, 64> values{};
-
-    [[nodiscard]] constexpr const T& operator[](Square square) const noexcept {
-        return values[static_cast<std::size_t>(square)];
-    }
-
-    [[nodiscard]] constexpr T& operator[](Square square) noexcept {
-        return values[static_cast<std::size_t>(square)];
-    }
-};
 
 inline constexpr Bitboard FileA = 0x0101010101010101;
 inline constexpr Bitboard FileH = FileA << 7;
@@ -56,6 +43,22 @@ template <int Step>
     } else {
         return set >> -Step;
     }
+}
+
+/// One step forward for all squares of a set, as that side sees it.
+[[nodiscard]] constexpr Bitboard StepForward(Bitboard set, Colour colour) noexcept {
+    return colour == White ? Shift<8>(set) : Shift<-8>(set);
+}
+
+/// All squares of a rank counted from that side's own first rank, 0 to 7.
+[[nodiscard]] constexpr Bitboard RelativeRankMask(int rank, Colour colour) noexcept {
+    return Rank1 << (8 * (colour == White ? rank : 7 - rank));
+}
+
+/// What a set of pawns of one colour attacks.
+template <Colour Us>
+[[nodiscard]] constexpr Bitboard PawnAttackSet(Bitboard pawns) noexcept {
+    return Shift<Forward(Us) - 1>(pawns) | Shift<Forward(Us) + 1>(pawns);
 }
 
 /// The slow reference: walks the rays of a rook or bishop from `square` until the first occupied
@@ -85,7 +88,7 @@ namespace tables {
 
 template <class Rule>
 constexpr auto BySquare(Rule rule) noexcept {
-    SquareTable<decltype(rule(A1))> table;
+    SquareTable<decltype(rule(A1))> table{};
     for (Square square = A1; square <= H8; ++square) {
         table[square] = rule(square);
     }
@@ -131,7 +134,7 @@ constexpr void WalkBetween(SquareTable<SquareTable<Bitboard>>& table, Square fro
 }
 
 constexpr SquareTable<SquareTable<Bitboard>> MakeBetween() noexcept {
-    SquareTable<SquareTable<Bitboard>> table;
+    SquareTable<SquareTable<Bitboard>> table{};
     for (Square square = A1; square <= H8; ++square) {
         WalkBetween<8>(table, square);
         WalkBetween<9>(table, square);
@@ -143,22 +146,6 @@ constexpr SquareTable<SquareTable<Bitboard>> MakeBetween() noexcept {
         WalkBetween<7>(table, square);
     }
     return table;
-}
-
-/// Everything strictly in front, on the pawn's own and both adjacent files, to the far edge.
-template <int Forward>
-constexpr Bitboard PassedSpan(Square square) noexcept {
-    const Bitboard ahead = Shift<Forward>(BitOf(square));
-    Bitboard span = ahead | Shift<1>(ahead) | Shift<-1>(ahead);
-    for (int rank = 0; rank < 6; ++rank) {
-        span |= Shift<Forward>(span);
-    }
-    return span;
-}
-
-constexpr std::uint8_t SmallerDistance(Square square, Square a, Square b) noexcept {
-    return static_cast<std::uint8_t>(
-        std::min(ChebyshevDistance(square, a), ChebyshevDistance(square, b)));
 }
 
 }  // namespace tables
@@ -186,56 +173,17 @@ inline constexpr auto BishopRays = tables::BySquare([](Square s) { return WalkRa
 /// adjacent squares, for a square and itself and for squares that share no line.
 inline constexpr SquareTable<SquareTable<Bitboard>> Between = tables::MakeBetween();
 
-inline constexpr std::array<Bitboard, 8> FileMasks = {
-    FileA, FileA << 1, FileA << 2, FileA << 3, FileA << 4, FileA << 5, FileA << 6, FileH};
-
-/// The files to the left and right of a file; one file for a and h.
-inline constexpr std::array<Bitboard, 8> AdjacentFiles = [] {
-    std::array<Bitboard, 8> table{};
-    for (std::size_t file = 0; file < 8; ++file) {
-        table[file] = Shift<1>(FileMasks[file]) | Shift<-1>(FileMasks[file]);
-    }
-    return table;
-}();
-
-/// [colour][square]: where no enemy pawn may stand for a pawn of that colour to be passed.
-inline constexpr std::array<SquareTable<Bitboard>, 2> PassedMasks = {
-    tables::BySquare(tables::PassedSpan<-8>), tables::BySquare(tables::PassedSpan<8>)};
+inline constexpr LineTable<Bitboard> FileMasks = {
+    {FileA, FileA << 1, FileA << 2, FileA << 3, FileA << 4, FileA << 5, FileA << 6, FileH}};
 
 /// [a][b]: king steps between two squares, the larger of the file and the rank difference, 0-7.
 inline constexpr auto Distance = tables::BySquare([](Square a) {
-    SquareTable<std::uint8_t> row;
+    SquareTable<std::uint8_t> row{};
     for (Square b = A1; b <= H8; ++b) {
         row[b] = static_cast<std::uint8_t>(tables::ChebyshevDistance(a, b));
     }
     return row;
 });
-
-/// 0 on the edge, 1 on the next ring, 2 on the next, 3 on the four central squares.
-inline constexpr auto EdgeRing = tables::BySquare([](Square s) {
-    const int file = std::min(FileOf(s), 7 - FileOf(s));
-    const int rank = std::min(RankOf(s), 7 - RankOf(s));
-    return static_cast<std::uint8_t>(std::min(file, rank));
-});
-
-// clang-format off
-/// King steps to the nearest corner, at most 3.
-inline constexpr SquareTable<std::uint8_t> CornerNear = {{
-    0, 1, 2, 3, 3, 2, 1, 0,
-    1, 1, 2, 3, 3, 2, 1, 1,
-    2, 2, 2, 3, 3, 2, 2, 2,
-    3, 3, 3, 3, 3, 3, 3, 3,
-    3, 3, 3, 3, 3, 3, 3, 3,
-    2, 2, 2, 3, 3, 2, 2, 2,
-    1, 1, 2, 3, 3, 2, 1, 1,
-    0, 1, 2, 3, 3, 2, 1, 0,
-}};
-// clang-format on
-
-/// [0]: `Distance` to the nearer dark corner (a1, h8); [1]: to the nearer light one (h1, a8).
-inline constexpr std::array<SquareTable<std::uint8_t>, 2> BishopCorner = {
-    tables::BySquare([](Square s) { return tables::SmallerDistance(s, A1, H8); }),
-    tables::BySquare([](Square s) { return tables::SmallerDistance(s, H1, A8); })};
 
 /// Attack sets of one slider for every square and every index of its lookup. Entries that no
 /// occupancy reaches stay zero and are never read. Built by the constructor of the one object of
@@ -250,7 +198,7 @@ public:
     }
 
 private:
-    SquareTable<std::array<Bitboard, Size>> slabs_;
+    SquareTable<std::array<Bitboard, Size>> slabs_{};
 };
 
 inline constexpr unsigned RookShift = 52;
@@ -261,16 +209,13 @@ extern const CSliderSlabs<512, true> BishopAttacks;
 
 /// What a rook on `square` attacks; the first occupied square of a ray, friend or foe, included.
 [[nodiscard]] inline Bitboard RookAttacksFrom(Square square, Bitboard occupied) noexcept {
-    return RookAttacks[square][(occupied & RookMasks[square]) *
-                                   RookMagics[static_cast<std::size_t>(square)] >>
-                               RookShift];
+    return RookAttacks[square][(occupied & RookMasks[square]) * RookMagics[square] >> RookShift];
 }
 
 /// The same for a bishop.
 [[nodiscard]] inline Bitboard BishopAttacksFrom(Square square, Bitboard occupied) noexcept {
-    return BishopAttacks[square][(occupied & BishopMasks[square]) *
-                                     BishopMagics[static_cast<std::size_t>(square)] >>
-                                 BishopShift];
+    return BishopAttacks[square]
+                        [(occupied & BishopMasks[square]) * BishopMagics[square] >> BishopShift];
 }
 
 /// The same for a queen: there is no table of her own.

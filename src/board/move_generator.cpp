@@ -11,14 +11,18 @@ namespace {
 
 constexpr int MostTargetsOfOneMan = 27;  // a queen in the centre
 
+constexpr bool Includes(MoveKinds wanted, MoveKinds kind) noexcept {
+    return (static_cast<unsigned>(wanted) & static_cast<unsigned>(kind)) != 0;
+}
+
 /// Everything about pawns that depends on their colour.
 template <Colour Us>
 struct PawnGeometry {
-    static constexpr int Up = Us == White ? 8 : -8;
-    static constexpr int TowardsA = Us == White ? 7 : -9;
-    static constexpr int TowardsH = Us == White ? 9 : -7;
-    static constexpr Bitboard SecondRank = Us == White ? Rank2 : Rank7;
-    static constexpr Bitboard SeventhRank = Us == White ? Rank7 : Rank2;
+    static constexpr int Up = Forward(Us);
+    static constexpr int TowardsA = Up - 1;
+    static constexpr int TowardsH = Up + 1;
+    static constexpr Bitboard SecondRank = RelativeRankMask(1, Us);
+    static constexpr Bitboard SeventhRank = RelativeRankMask(6, Us);
 };
 
 /// Writes the moves of one man. The capacity is tested once for all of them.
@@ -29,11 +33,11 @@ inline void AppendTargets(MoveList& list, Square from, Bitboard targets) noexcep
         }
         return;
     }
-    Move* out = list.moves.data() + list.count;
+    Move* out = &list[list.count];
     while (targets != 0) {
         *out++ = Move::Make(from, PopLowestBit(targets));
     }
-    list.count = static_cast<std::int32_t>(out - list.moves.data());
+    list.count = static_cast<std::int32_t>(out - list.begin());
 }
 
 /// Writes one move for each target of a set of pawns that all took the same step.
@@ -97,8 +101,10 @@ inline void AppendPawnSteps(const CPosition& position, MoveList& list, Bitboard 
 
 }  // namespace
 
-void CMoveGenerator::GenerateMoves(MoveList& list, bool captures, bool quiets, Bitboard fromMask,
+void CMoveGenerator::GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fromMask,
                                    Bitboard toMask) const noexcept {
+    const bool captures = Includes(wanted, MoveKinds::Captures);
+    const bool quiets = Includes(wanted, MoveKinds::Quiets);
     const CPosition& position = *position_;
     const Colour us = position.sideToMove;
     const Bitboard occupied = position.Occupied();
@@ -151,30 +157,23 @@ void CMoveGenerator::GenerateMoves(MoveList& list, bool captures, bool quiets, B
 void CMoveGenerator::GenerateEvasions(MoveList& list) const noexcept {
     const CPosition& position = *position_;
     const Colour us = position.sideToMove;
-    const Colour them = ~us;
     const Bitboard occupied = position.Occupied();
-    const Bitboard queens = position.PiecesOf(Queen, them);
     Bitboard helpful = 0;
     for (Bitboard kings = position.PiecesOf(King, us); kings != 0;) {
         const Square king = PopLowestBit(kings);
-        Bitboard attackers =
-            (PawnAttacks[us][king] & position.PiecesOf(Pawn, them)) |
-            (KnightAttacks[king] & position.PiecesOf(Knight, them)) |
-            (KingAttacks[king] & position.PiecesOf(King, them)) |
-            (BishopAttacksFrom(king, occupied) & (position.PiecesOf(Bishop, them) | queens)) |
-            (RookAttacksFrom(king, occupied) & (position.PiecesOf(Rook, them) | queens));
+        Bitboard attackers = position.AttackersTo(king, ~us, occupied);
         helpful |= attackers;
         while (attackers != 0) {
             helpful |= Between[PopLowestBit(attackers)][king];
         }
     }
-    GenerateMoves(list, true, true, AllSquares, helpful);
+    GenerateMoves(list, MoveKinds::All, AllSquares, helpful);
 }
 
 bool CMoveGenerator::CanCastle(Square kingSquare, CastlingIndex index) const noexcept {
     const CPosition& position = *position_;
     const CastlingRecord& record = position.castling[index];
-    if (record.kingFrom != kingSquare || (position.castlingRights >> index & 1U) == 0 ||
+    if (record.kingFrom != kingSquare || !position.HasRight(index) ||
         (record.emptyMask & position.Occupied()) != 0) {
         return false;
     }
@@ -225,8 +224,8 @@ bool CMoveGenerator::IsStoredMoveValid(Move move) const noexcept {
         return IsCastlingPossible(move);
     }
     if (type == Pawn) {
-        const int up = us == White ? 8 : -8;
-        const bool isSeventh = RankOf(from) == (us == White ? 6 : 1);
+        const int up = Forward(us);
+        const bool isSeventh = RelativeRank(from, us) == 6;
         if (move.Kind() == MoveKind::EnPassant) {
             return move.Index() == 0 && to == position.enPassant &&
                    (PawnAttacks[us][from] & target) != 0;
@@ -238,7 +237,7 @@ bool CMoveGenerator::IsStoredMoveValid(Move move) const noexcept {
         if ((occupied & target) != 0) {
             return (PawnAttacks[us][from] & target) != 0;
         }
-        const bool isSecond = RankOf(from) == (us == White ? 1 : 6);
+        const bool isSecond = RelativeRank(from, us) == 1;
         return to == from + up ||
                (isSecond && to == from + 2 * up && (occupied & BitOf(from + up)) == 0);
     }

@@ -2,25 +2,33 @@
 //
 // The moves it writes may leave the mover's own king attacked, and `CPosition::MakeMove` refuses
 // those. Castling is the exception: its whole test, attacked squares included, is done here. One
-// generator serves all purposes through two flags and two masks. The order of the output is fixed
-// and part of the engine's behaviour, because ties of the move ordering fall back on it. Pawn moves
-// are produced set-wise by shifts; nothing is allocated.
+// generator serves all purposes: the caller names the kinds of moves and may limit their squares by
+// two masks. The order of the output is fixed and part of the engine's behaviour, because ties of
+// the move ordering fall back on it. Pawn moves are produced set-wise by shifts; nothing is
+// allocated.
 #pragma once
 
 #include "board/move_list.h"
 #include "board/position.h"
 #include "board/types.h"
 
+#include <cstdint>
+
 namespace brenquil {
+
+/// Which moves to generate.
+enum class MoveKinds : std::uint8_t {
+    Captures = 1,  ///< captures, en passant and all promotions, capturing or not
+    Quiets = 2,    ///< everything else, castling (never in check) included
+    All = 3
+};
 
 /// Generates on the position it is bound to. Each thread uses its own; there is no other state.
 class CMoveGenerator {
 public:
     explicit CMoveGenerator(const CPosition& position) noexcept : position_(&position) {}
 
-    /// Appends moves of the side to move.
-    /// `captures`: captures, en passant and all promotions, capturing or not.
-    /// `quiets`: everything else, castling (never in check) included.
+    /// Appends moves of the side to move, of the kinds that `wanted` names.
     /// `fromMask` limits the squares of the moving men, kings included. `toMask` limits the targets
     /// of pawns, knights, bishops, rooks and queens, but not of king moves, castling and en
     /// passant: a king can step away from a check, and an en passant capture can answer one.
@@ -29,7 +37,7 @@ public:
     /// promotions, promoting pushes, en passant, single steps, double steps), knights, bishops,
     /// rooks, queens, kings with their castling, each in ascending order of origin and target. A
     /// promotion stands as queen, knight, bishop, rook.
-    void GenerateMoves(MoveList& list, bool captures, bool quiets, Bitboard fromMask = AllSquares,
+    void GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fromMask = AllSquares,
                        Bitboard toMask = AllSquares) const noexcept;
 
     /// Appends the moves that may answer a check: king moves, and moves that take a checking man

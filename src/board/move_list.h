@@ -5,9 +5,9 @@
 // sends can write outside the array.
 #pragma once
 
+#include "board/table.h"
 #include "board/types.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
 
@@ -18,13 +18,13 @@ namespace brenquil {
 struct MoveList {
     static constexpr std::int32_t Capacity = 220;
 
-    std::array<Move, Capacity> moves;
+    Table<Move, Capacity> moves;
     std::int32_t count = 0;
 
     /// Adds a move at the end; with the list full nothing happens.
     constexpr void Append(Move move) noexcept {
         if (count < Capacity) [[likely]] {
-            moves[static_cast<std::size_t>(count++)] = move;
+            moves[count++] = move;
         }
     }
 
@@ -35,21 +35,17 @@ struct MoveList {
         }
     }
 
-    [[nodiscard]] constexpr Move& operator[](std::int32_t index) noexcept {
-        return moves[static_cast<std::size_t>(index)];
-    }
+    [[nodiscard]] constexpr Move& operator[](std::int32_t index) noexcept { return moves[index]; }
 
     [[nodiscard]] constexpr Move operator[](std::int32_t index) const noexcept {
-        return moves[static_cast<std::size_t>(index)];
+        return moves[index];
     }
 
-    [[nodiscard]] constexpr std::span<const Move> Used() const noexcept {
-        return {moves.data(), static_cast<std::size_t>(count)};
-    }
+    [[nodiscard]] constexpr std::span<const Move> Used() const noexcept { return {begin(), end()}; }
 
-    [[nodiscard]] constexpr const Move* begin() const noexcept { return moves.data(); }
+    [[nodiscard]] constexpr const Move* begin() const noexcept { return moves.begin(); }
 
-    [[nodiscard]] constexpr const Move* end() const noexcept { return moves.data() + count; }
+    [[nodiscard]] constexpr const Move* end() const noexcept { return moves.begin() + count; }
 };
 
 /// A variation: the same record, its moves played one after the other.

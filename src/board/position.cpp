@@ -1,7 +1,6 @@
 #include "board/position.h"
 
 #include "board/polyglot_keys.h"
-#include "board/position_text.h"
 #include "platform/bits.h"
 
 namespace brenquil {
@@ -23,26 +22,36 @@ constexpr std::array<std::uint64_t, 16> CastlingKeys = [] {
     return keys;
 }();
 
-/// The square one step towards the own side of `colour`: where an en passant victim of the other
-/// colour stands, seen from the square it passed, and the square a double step passed, seen from
-/// its origin.
-constexpr Square BehindFor(Colour colour, Square square) noexcept {
-    return square - 8 + colour * 16;
+/// Where the pawn of `victim` stands that an en passant capture on `target` takes.
+constexpr Square EnPassantVictimSquare(Square target, Colour victim) noexcept {
+    return target + Forward(victim);
 }
 
 constexpr bool IsPawnOrKing(Piece piece) noexcept {
     return TypeOf(piece) == Pawn || TypeOf(piece) == King;
 }
 
-constexpr int HomeRank(Colour colour) noexcept {
-    return colour == White ? 0 : 7;
-}
+/// Queen's rook to king's rook, as both sides set them up.
+constexpr LineTable<PieceType> HomeRankMen = {
+    {Rook, Knight, Bishop, Queen, King, Bishop, Knight, Rook}};
 
 }  // namespace
 
-// The text room of the board sets up the start position, so that there is one way to set up any.
 CPosition::CPosition() {
-    CPositionText(*this).SetFen({});
+    Clear();
+    for (const Colour colour : {White, Black}) {
+        const int homeRank = HomeRank(colour);
+        for (int file = 0; file < 8; ++file) {
+            const Square home = MakeSquare(file, homeRank);
+            board[home] = MakePiece(HomeRankMen[file], colour);
+            board[home + Forward(colour)] = MakePiece(Pawn, colour);
+        }
+    }
+    AddCastlingByLetter(WhiteKingSide, 'K');
+    AddCastlingByLetter(WhiteQueenSide, 'Q');
+    AddCastlingByLetter(BlackKingSide, 'k');
+    AddCastlingByLetter(BlackQueenSide, 'q');
+    SetupDerived();
 }
 
 void CPosition::Clear() noexcept {
@@ -56,10 +65,10 @@ void CPosition::Clear() noexcept {
     inCheck = false;
     castlingRights = 0;
     enPassant = SquareNone;
-    board.values.fill(PieceNone);
+    board.Fill(PieceNone);
     colourCount.fill(0);
     pieceCount.fill(0);
-    rightsMask.values.fill(AllRights);
+    rightsMask.Fill(AllRights);
     castling.fill(CastlingRecord{});
     isRegular_ = false;
     bottom_ = ply;
@@ -104,7 +113,7 @@ void CPosition::CopyFrom(const CPosition& other) noexcept {
     board = other.board;
     for (const CastlingIndex index :
          {WhiteKingSide, WhiteQueenSide, BlackKingSide, BlackQueenSide}) {
-        if ((other.castlingRights >> index & 1U) != 0) {
+        if (other.HasRight(index)) {
             AddCastlingByLetter(index, other.castling[index].letter);
         }
     }
@@ -202,7 +211,7 @@ bool CPosition::Make(Move move) noexcept {
         }
     }
 
-    UndoRecord& record = undo[static_cast<std::size_t>(ply)];
+    UndoRecord& record = undo[ply];
     static_cast<ReversibleState&>(record) = static_cast<const ReversibleState&>(*this);
     record.move = move;
     record.movedPiece = moved;
@@ -232,7 +241,7 @@ bool CPosition::Make(Move move) noexcept {
         halfmoveClock = 0;
         pawnKingKey ^= moveKeys;
         if ((from ^ to) == 16) {
-            const Square passed = BehindFor(Us, from);
+            const Square passed = from + Forward(Us);
             if ((PiecesOf(Pawn, Them) & PawnAttacks[Us][passed]) != 0) {
                 enPassant = static_cast<std::uint8_t>(passed);
                 newKey ^= EnPassantKey(passed);
@@ -275,7 +284,7 @@ void CPosition::MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept {
         PromotePawn(move, us);
     } else {
         const Piece victim = MakePiece(Pawn, ~us);
-        const Square square = BehindFor(~us, move.To());
+        const Square square = EnPassantVictimSquare(move.To(), ~us);
         record.tookEnPassant = board[square] == victim;
         if (record.tookEnPassant) {
             RemoveCaptured(victim, square);
@@ -287,7 +296,7 @@ void CPosition::MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept {
 template <Colour Us>
 void CPosition::Undo(Move move) noexcept {
     --ply;
-    const UndoRecord& record = undo[static_cast<std::size_t>(ply)];
+    const UndoRecord& record = undo[ply];
     const Piece moved = record.movedPiece;
     const Square from = move.From();
     const Square to = move.To();
@@ -328,12 +337,12 @@ void CPosition::UndoSpecial(Move move, Colour us, const UndoRecord& record) noex
         ++pieceCount[pawn];
         --pieceCount[promoted];
     } else if (record.tookEnPassant) {
-        RestoreCaptured(MakePiece(Pawn, ~us), BehindFor(~us, move.To()));
+        RestoreCaptured(MakePiece(Pawn, ~us), EnPassantVictimSquare(move.To(), ~us));
     }
 }
 
 void CPosition::MakeNullMove() noexcept {
-    UndoRecord& record = undo[static_cast<std::size_t>(ply)];
+    UndoRecord& record = undo[ply];
     record.halfmoveClock = halfmoveClock;
     record.enPassant = enPassant;
     record.castlingRights = castlingRights;
@@ -354,7 +363,7 @@ void CPosition::UndoNullMove() noexcept {
         return;
     }
     --ply;
-    const UndoRecord& record = undo[static_cast<std::size_t>(ply)];
+    const UndoRecord& record = undo[ply];
     halfmoveClock = record.halfmoveClock;
     enPassant = record.enPassant;
     castlingRights = record.castlingRights;

@@ -12,6 +12,7 @@
 
 #include "board/attacks.h"
 #include "board/polyglot_keys.h"
+#include "board/table.h"
 #include "board/types.h"
 
 #include <array>
@@ -92,6 +93,17 @@ public:
     /// of the move before restores it. Required behaviour, which the hash table's contents show.
     void UndoNullMove() noexcept;
 
+    /// The men of that colour that attack the square when the board is occupied as given. The
+    /// occupancy decides how far sliders see; men that it leaves out are still among the answer.
+    [[nodiscard]] Bitboard AttackersTo(Square square, Colour by, Bitboard occupied) const noexcept {
+        const Bitboard queens = PiecesOf(Queen, by);
+        return (PawnAttacks[~by][square] & PiecesOf(Pawn, by)) |
+               (KnightAttacks[square] & PiecesOf(Knight, by)) |
+               (KingAttacks[square] & PiecesOf(King, by)) |
+               (BishopAttacksFrom(square, occupied) & (PiecesOf(Bishop, by) | queens)) |
+               (RookAttacksFrom(square, occupied) & (PiecesOf(Rook, by) | queens));
+    }
+
     /// Is the square attacked by the men of that colour.
     [[nodiscard]] bool IsSquareAttacked(Square square, Colour by) const noexcept;
 
@@ -128,6 +140,11 @@ public:
         return pieces[MakePiece(type, colour)];
     }
 
+    /// Is castling right `CastlingIndex` held.
+    [[nodiscard]] bool HasRight(unsigned index) const noexcept {
+        return (castlingRights >> index & 1U) != 0;
+    }
+
     [[nodiscard]] int MenCount() const noexcept { return colourCount[Black] + colourCount[White]; }
 
     std::int32_t ply;  ///< index of the undo stack and game ply; from 1
@@ -148,7 +165,7 @@ public:
     std::array<std::int32_t, 2> colourCount;  ///< men of a colour, kings included
     std::array<std::int32_t, PieceCodes> pieceCount;
     std::array<CastlingRecord, CastlingRightsCount> castling;
-    std::array<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
+    Table<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
 
 private:
     template <Colour Us>

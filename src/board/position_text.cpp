@@ -189,8 +189,8 @@ void CPositionText::SetCastling(std::string_view text) {
 std::string CPositionText::GetFen() const {
     const CPosition& position = *position_;
     std::string castling;
-    for (std::size_t index = 0; index < CastlingRightsCount; ++index) {
-        if ((position.castlingRights >> index & 1U) != 0) {
+    for (unsigned index = 0; index < CastlingRightsCount; ++index) {
+        if (position.HasRight(index)) {
             castling += position.castling[index].letter;
         }
     }
@@ -222,7 +222,7 @@ std::string CPositionText::MoveToText(Move move, const CPosition& position,
                                       CastlingNotation castling) {
     const std::string from = SquareToText(move.From());
     if (move.Kind() == MoveKind::Castling && castling != CastlingNotation::KingTarget &&
-        (position.castlingRights >> move.Index() & 1U) != 0) {
+        position.HasRight(move.Index())) {
         if (castling == CastlingNotation::KingTakesRook) {
             return from + SquareToText(position.castling[move.Index()].rookFrom);
         }
@@ -255,7 +255,7 @@ Move CPositionText::TextToMove(std::string_view text, const CPosition& position,
         return NoMove;
     }
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     for (const Move move : list) {
         if (chess960) {
             if (text == MoveToText(move, position, CastlingNotation::KingTakesRook) ||

@@ -20,20 +20,14 @@ Score StaticExchange(const CPosition& position, Move move) noexcept {
     const Square to = move.To();
     const Piece moved = position.board[move.From()];
     const Piece target = position.board[to];
-    const Bitboard occupied = position.Occupied();
-    Bitboard rest = occupied & ~BitOf(move.From());
+    Bitboard rest = position.Occupied() & ~BitOf(move.From());
     const Bitboard queens = Both(position, Queen);
     const Bitboard diagonal = Both(position, Bishop) | queens;
     const Bitboard straight = Both(position, Rook) | queens;
 
-    // Looking with the mover off the board as well uncovers the sliders behind it at once.
+    // Looking with the mover off the board uncovers the sliders behind it at once.
     Bitboard attackers =
-        ((BishopAttacksFrom(to, occupied) | BishopAttacksFrom(to, rest)) & diagonal) |
-        ((RookAttacksFrom(to, occupied) | RookAttacksFrom(to, rest)) & straight) |
-        (KingAttacks[to] & Both(position, King)) | (KnightAttacks[to] & Both(position, Knight)) |
-        (PawnAttacks[Black][to] & position.PiecesOf(Pawn, White)) |
-        (PawnAttacks[White][to] & position.PiecesOf(Pawn, Black));
-    attackers &= rest;
+        (position.AttackersTo(to, White, rest) | position.AttackersTo(to, Black, rest)) & rest;
 
     // gain[d]: what the side making capture d has won if the exchange ends with it. Each capture
     // takes another man off, so there is at most one entry for each square.

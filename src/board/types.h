@@ -49,6 +49,26 @@ enum Colour : std::uint8_t { Black = 0, White = 1 };
     return static_cast<Colour>(colour ^ 1U);
 }
 
+/// The square difference of a step forward as that side sees it: +8 for White, -8 for Black.
+[[nodiscard]] constexpr int Forward(Colour colour) noexcept {
+    return colour * 16 - 8;
+}
+
+/// The rank of a square as that side sees it: 0 is the side's own first rank.
+[[nodiscard]] constexpr int RelativeRank(Square square, Colour colour) noexcept {
+    return colour == White ? RankOf(square) : 7 - RankOf(square);
+}
+
+/// The rank on which the side's king and rooks start.
+[[nodiscard]] constexpr int HomeRank(Colour colour) noexcept {
+    return colour == White ? 0 : 7;
+}
+
+/// The square mirrored top to bottom, where it is for the other side what it was for this one.
+[[nodiscard]] constexpr Square FlipRank(Square square) noexcept {
+    return square ^ 56;
+}
+
 enum PieceType : std::uint8_t { Pawn, Knight, Bishop, Rook, Queen, King };
 
 /// Type * 2 + colour: the low bit is the colour, and flipping it gives the same man of the other
@@ -69,7 +89,7 @@ enum Piece : std::uint8_t {
     PieceNone
 };
 
-inline constexpr int PieceCodes = 12;  ///< real pieces; `PieceNone` is the code behind the last
+inline constexpr int PieceCodes = 12;  ///< real pieces; `PieceNone` is the code after the last
 
 [[nodiscard]] constexpr Piece MakePiece(PieceType type, Colour colour) noexcept {
     return static_cast<Piece>(type * 2 + colour);
@@ -79,7 +99,7 @@ inline constexpr int PieceCodes = 12;  ///< real pieces; `PieceNone` is the code
     return static_cast<Colour>(piece & 1U);
 }
 
-/// For `PieceNone` the value is 6, one behind `King`.
+/// For `PieceNone` the value is 6, one past `King`.
 [[nodiscard]] constexpr PieceType TypeOf(Piece piece) noexcept {
     return static_cast<PieceType>(piece >> 1U);
 }

@@ -2,6 +2,7 @@
 
 #include "board/attacks.h"
 #include "board/score.h"
+#include "eval/geometry.h"
 #include "eval/pawn_structure.h"
 #include "platform/bits.h"
 
@@ -62,10 +63,6 @@ constexpr unsigned Versus(Men one, Men other) noexcept {
 
 constexpr unsigned Versus(std::string_view one, std::string_view other) noexcept {
     return Versus(NamedMen(one), NamedMen(other));
-}
-
-constexpr Square RelativeRank(Square square, Colour colour) noexcept {
-    return RankOf(colour == White ? square : square ^ 56);
 }
 
 constexpr std::size_t SquareColour(Square square) noexcept {

@@ -12,11 +12,11 @@ namespace {
 
 // By file, a to h, for both colours as it is. The negative entries at the edges are subtracted like
 // the others and so reward the pawn: deliberate.
-constexpr std::array<TermPair, 8> DoubledPenalty = {
+constexpr LineTable<TermPair> DoubledPenalty = {
     {{36, 46}, {9, 25}, {2, 31}, {23, 24}, {18, 21}, {20, 19}, {0, 29}, {26, 44}}};
-constexpr std::array<TermPair, 8> IsolatedPenalty = {
+constexpr LineTable<TermPair> IsolatedPenalty = {
     {{1, 5}, {5, 13}, {14, 21}, {13, 26}, {22, 22}, {14, 16}, {14, 10}, {20, 6}}};
-constexpr std::array<TermPair, 8> BackwardPenalty = {
+constexpr LineTable<TermPair> BackwardPenalty = {
     {{-4, 2}, {3, 7}, {2, 13}, {21, 14}, {8, 7}, {7, 1}, {13, 1}, {-1, 3}}};
 
 // Danger on one file, by the rank of the lowest pawn seen from the king's side, 0 to 7.
@@ -28,15 +28,6 @@ struct PawnSums {
     TermPair terms;
     int shelterDanger = 0;
 };
-
-template <Colour Us>
-constexpr Bitboard PawnAttackSet(Bitboard pawns) noexcept {
-    if constexpr (Us == White) {
-        return Shift<7>(pawns) | Shift<9>(pawns);
-    } else {
-        return Shift<-7>(pawns) | Shift<-9>(pawns);
-    }
-}
 
 constexpr Bitboard Neighbours(Bitboard set) noexcept {
     return Shift<1>(set) | Shift<-1>(set);
@@ -77,16 +68,16 @@ struct PawnFeatures {
 
 template <Colour Us>
 constexpr PawnFeatures FindFeatures(Bitboard own, Bitboard enemy) noexcept {
-    constexpr int Up = Us == White ? 8 : -8;
+    constexpr int Up = Forward(Us);
     const Bitboard heldBack = Shift<Up>(own) & PawnAttackSet<~Us>(enemy) & ~(own | enemy);
     return {own & ~FillBehind<Us>(enemy | Neighbours(enemy)), own & FillBehind<Us>(own),
             own & ~Neighbours(FillFiles(own)), Shift<-Up>(heldBack) & ~PawnAttackSet<Us>(own)};
 }
 
-TermPair SumByFile(Bitboard pawns, const std::array<TermPair, 8>& values) noexcept {
+TermPair SumByFile(Bitboard pawns, const LineTable<TermPair>& values) noexcept {
     TermPair sum;
     while (pawns != 0) {
-        sum += values[static_cast<std::size_t>(FileOf(PopLowestBit(pawns)))];
+        sum += values[FileOf(PopLowestBit(pawns))];
     }
     return sum;
 }
@@ -101,7 +92,7 @@ PawnSums SumColour(const CPosition& position) noexcept {
     }
     for (Bitboard pawns = features.passed; pawns != 0;) {
         const Square square = PopLowestBit(pawns);
-        sums.terms += PassedBonus[RankOf(Us == White ? square : square ^ 56)];
+        sums.terms += PassedBonus[RelativeRank(square, Us)];
     }
     sums.terms -= SumByFile(features.doubled, DoubledPenalty);
     sums.terms -= SumByFile(features.isolated, IsolatedPenalty);
@@ -144,8 +135,8 @@ int ShelterDanger(const CPosition& position, Square kingSquare, Colour colour) n
     const int centre = std::clamp(FileOf(kingSquare), 1, 6);
     int danger = 0;
     for (int file = centre - 1; file <= centre + 1; ++file) {
-        const Bitboard ownOnFile = own & FileMasks[static_cast<std::size_t>(file)];
-        const Bitboard enemyOnFile = enemy & FileMasks[static_cast<std::size_t>(file)];
+        const Bitboard ownOnFile = own & FileMasks[file];
+        const Bitboard enemyOnFile = enemy & FileMasks[file];
         danger += ownOnFile != 0 ? ShelterOwn[RankOf(LowestBit(ownOnFile))] : ShelterMissing;
         danger += enemyOnFile != 0 ? ShelterStorm[RankOf(LowestBit(enemyOnFile))] : 0;
     }

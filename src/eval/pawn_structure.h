@@ -6,17 +6,16 @@
 #pragma once
 
 #include "board/position.h"
+#include "board/table.h"
 #include "board/types.h"
 #include "eval/pawn_hash.h"
 #include "eval/term_pair.h"
-
-#include <array>
 
 namespace brenquil {
 
 /// By the pawn's rank, 0 to 7 from its own side. On the third and fourth ranks a passed pawn costs
 /// something in the middlegame: deliberate.
-inline constexpr std::array<TermPair, 8> PassedBonus = {
+inline constexpr LineTable<TermPair> PassedBonus = {
     {{0, 0}, {4, 4}, {-19, 17}, {-8, 32}, {19, 51}, {48, 67}, {58, 90}, {0, 0}}};
 
 /// How exposed a king on `kingSquare` is behind the pawns of its colour and before the enemy's,

@@ -5,7 +5,7 @@ namespace brenquil {
 namespace {
 
 // As printed: seen from White's side, rank 8 first, file a on the left.
-using PrintedTable = std::array<std::int16_t, 64>;
+using PrintedTable = SquareTable<std::int16_t>;
 
 // clang-format off
 
@@ -164,10 +164,10 @@ constexpr PieceSquareTable BuildPieceSquare() noexcept {
     PieceSquareTable table{};
     for (std::size_t piece = 0; piece < table.size(); ++piece) {
         const PrintedPair& printed = PrintedTables[piece / 2];
-        const Square mirror = ColourOf(static_cast<Piece>(piece)) == White ? 56 : 0;
+        const bool isWhite = ColourOf(static_cast<Piece>(piece)) == White;
         for (Square square = A1; square <= H8; ++square) {
-            const auto index = static_cast<std::size_t>(square ^ mirror);
-            table[piece][square] = TermPair(printed.middlegame[index], printed.endgame[index]);
+            const Square place = isWhite ? FlipRank(square) : square;
+            table[piece][square] = TermPair(printed.middlegame[place], printed.endgame[place]);
         }
     }
     return table;

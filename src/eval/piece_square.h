@@ -5,7 +5,7 @@
 // compile time.
 #pragma once
 
-#include "board/attacks.h"
+#include "board/table.h"
 #include "board/types.h"
 #include "eval/term_pair.h"
 

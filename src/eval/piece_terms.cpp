@@ -58,8 +58,8 @@ struct PieceScene {
 PieceScene SetScene(const CPosition& position) noexcept {
     const Bitboard whitePawns = position.PiecesOf(Pawn, White);
     const Bitboard blackPawns = position.PiecesOf(Pawn, Black);
-    const Bitboard whiteAttacks = Shift<7>(whitePawns) | Shift<9>(whitePawns);
-    const Bitboard blackAttacks = Shift<-7>(blackPawns) | Shift<-9>(blackPawns);
+    const Bitboard whiteAttacks = PawnAttackSet<White>(whitePawns);
+    const Bitboard blackAttacks = PawnAttackSet<Black>(blackPawns);
     return {position,
             position.Occupied(),
             {blackAttacks, whiteAttacks},
@@ -98,7 +98,7 @@ TermPair BishopTerms(const PieceScene& scene) noexcept {
 
 template <Colour Us>
 TermPair RookFileTerm(const CPosition& position, Square square) noexcept {
-    const Bitboard file = FileMasks[static_cast<std::size_t>(FileOf(square))];
+    const Bitboard file = FileMasks[FileOf(square)];
     if ((file & position.PiecesOf(Pawn, Us)) != 0) {
         return {};
     }

@@ -33,7 +33,7 @@ constexpr int Files = 8;
 void Undo(CEngine& engine, std::string_view) {
     CPosition& position = engine.master.position;
     if (position.ply > 1 && position.ply <= CPosition::UndoCapacity) {
-        position.UndoMove(position.undo[static_cast<std::size_t>(position.ply - 1)].move);
+        position.UndoMove(position.undo[position.ply - 1].move);
     }
 }
 

@@ -55,7 +55,7 @@ std::vector<std::string> ListMoves(const CBaseList& bases, const CPosition& posi
                                    CastlingNotation notation) {
     const auto copy = std::make_unique<CPosition>(position);
     MoveList moves;
-    CMoveGenerator(*copy).GenerateMoves(moves, true, true);
+    CMoveGenerator(*copy).GenerateMoves(moves, MoveKinds::All);
 
     std::vector<BaseMoveInfo> infos;
     for (const Move move : moves) {

@@ -26,7 +26,7 @@ const MoveList& CPerft::MoveListFor(std::int32_t depth) {
     if (position.inCheck) {
         generator.GenerateEvasions(list);
     } else {
-        generator.GenerateMoves(list, true, true);
+        generator.GenerateMoves(list, MoveKinds::All);
     }
     return list;
 }

@@ -131,7 +131,7 @@ bool CSelfTest::IsBoardRight() {
 bool CSelfTest::AreBoardsRight(const CPosition& position, const CPosition& rebuilt) {
     return position.pieces == rebuilt.pieces && position.pieceCount == rebuilt.pieceCount &&
            AreCountsRight(position) && AreCountsRight(rebuilt) &&
-           position.colours == rebuilt.colours && position.board.values == rebuilt.board.values &&
+           position.colours == rebuilt.colours && position.board == rebuilt.board &&
            position.colourCount == rebuilt.colourCount && position.key == rebuilt.key &&
            position.pawnKingKey == rebuilt.pawnKingKey;
 }

@@ -20,11 +20,6 @@ bool HasPiece(const CPosition& position, Colour colour) noexcept {
                                                position.pieceCount[MakePiece(Pawn, colour)];
 }
 
-/// One rank before promotion, seen from the pawn's side.
-bool IsOnSeventh(Square square, Colour colour) noexcept {
-    return RankOf(square) == (colour == White ? 6 : 1);
-}
-
 }  // namespace
 
 Score CSearch::SearchRoot(std::int32_t depth) noexcept {
@@ -76,7 +71,7 @@ Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Scor
 /// One earlier occurrence is a draw, in the search as in the game before it. Every record is
 /// compared, the end of the walk (a capture, a pawn move or a null move) included.
 bool CSearch::IsRepetition() const noexcept {
-    const UndoRecord* const bottom = position_.undo.data();
+    const UndoRecord* const bottom = position_.undo.begin();
     const std::uint64_t key = position_.key;
     for (const UndoRecord* record = bottom + position_.ply; record != bottom;) {
         --record;
@@ -199,7 +194,8 @@ std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) cons
     if ((!node.isPv && node.depth >= ExtensionDepthOffPv) || !options_.useExtensions.enabled) {
         return 0;
     }
-    const bool isPawnOnSeventh = TypeOf(moved) == Pawn && IsOnSeventh(move.To(), ColourOf(moved));
+    const bool isPawnOnSeventh =
+        TypeOf(moved) == Pawn && RelativeRank(move.To(), ColourOf(moved)) == 6;
     return (position_.inCheck ? 1 : 0) + (isPawnOnSeventh ? 1 : 0);
 }
 

@@ -59,7 +59,7 @@ public:
             return place;
         }
         Move best = place;
-        for (Move* other = &place + 1; other != list.moves.data() + list.count; ++other) {
+        for (Move* other = &place + 1; other != list.end(); ++other) {
             // The keys are the signed upper halves: setting the lower half makes "greater" strict.
             if (static_cast<std::int32_t>(other->word) >
                 static_cast<std::int32_t>(best.word | 0xFFFFU)) {

@@ -20,7 +20,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         [[fallthrough]];
 
     case PickStage::GenerateCaptures:
-        generator_.GenerateMoves(picker.goodList.list, true, false);
+        generator_.GenerateMoves(picker.goodList.list, MoveKinds::Captures);
         picker.goodList.Restart(ScoreCaptures(picker.goodList.list, position_));
         picker.stage = PickStage::GoodCaptures;
         [[fallthrough]];
@@ -52,7 +52,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         [[fallthrough]];
 
     case PickStage::GenerateQuiets:
-        generator_.GenerateMoves(picker.quietList.list, false, true);
+        generator_.GenerateMoves(picker.quietList.list, MoveKinds::Quiets);
         picker.quietList.Restart(ScoreQuiets(picker.quietList.list));
         picker.stage = PickStage::Quiets;
         [[fallthrough]];

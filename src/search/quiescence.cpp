@@ -33,7 +33,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
     if (inCheck) {
         generator_.GenerateEvasions(moves.list);
     } else {
-        generator_.GenerateMoves(moves.list, true, false);
+        generator_.GenerateMoves(moves.list, MoveKinds::Captures);
     }
     moves.Restart(ScoreCaptures(moves.list, position_));
 

@@ -105,7 +105,7 @@ void CheckText(std::string_view text, const CPosition& position) {
 void CheckGenerator(const CPosition& position, const SlowPosition& slow) {
     std::vector<std::uint32_t> expected = slow.Moves(true, true);
     expected.resize(std::min<std::size_t>(expected.size(), MoveList::Capacity));
-    Demand(GeneratedWords(position, true, true) == expected, "moves", position);
+    Demand(GeneratedWords(position, MoveKinds::All) == expected, "moves", position);
     if (position.inCheck) {
         MoveList list;
         CMoveGenerator(position).GenerateEvasions(list);
@@ -193,7 +193,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const char choice : choices.substr(0, LongestWalk)) {
         CheckGenerator(*position, slow);
         MoveList list;
-        CMoveGenerator(*position).GenerateMoves(list, true, true);
+        CMoveGenerator(*position).GenerateMoves(list, MoveKinds::All);
         if (list.count == 0) {
             break;
         }

@@ -112,7 +112,7 @@ private:
 bool NamesLegalMove(const CPosition& position, const std::string& text) {
     const auto copy = std::make_unique<CPosition>(position);
     MoveList list;
-    CMoveGenerator(*copy).GenerateMoves(list, true, true);
+    CMoveGenerator(*copy).GenerateMoves(list, MoveKinds::All);
     for (const Move move : list) {
         for (const CastlingNotation notation :
              {CastlingNotation::KingTarget, CastlingNotation::KingTakesRook,

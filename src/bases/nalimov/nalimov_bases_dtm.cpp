@@ -83,7 +83,7 @@ bool CNalimovBasesDTM::ProbeRoot(Move& move, const CPosition& position) {
     const auto copy = std::make_unique<CPosition>();
     copy->CopyFrom(position);
     MoveList moves;
-    CMoveGenerator(*copy).GenerateMoves(moves, true, true);
+    CMoveGenerator(*copy).GenerateMoves(moves, MoveKinds::All);
     bool isFound = false;
     for (Move candidate : moves) {
         if (!copy->MakeMove(candidate)) {

@@ -13,21 +13,15 @@ namespace {
     return position.turn ? White : Black;
 }
 
-/// One step ahead for pawns of a colour.
-[[nodiscard]] Bitboard Ahead(Bitboard pawns, Colour colour) noexcept {
-    return colour == White ? pawns << 8 : pawns >> 8;
-}
-
 /// Where the pawns of the side to move may go without capturing, from one square.
 [[nodiscard]] Bitboard Pushes(const TbPosition& position, Square from) noexcept {
     const Colour us = ColourToMove(position);
     const Bitboard empty = ~position.Occupied();
-    const Bitboard single = Ahead(BitOf(from), us) & empty;
-    const Bitboard homeRank = us == White ? Rank2 : Rank7;
-    if ((BitOf(from) & homeRank) == 0) {
+    const Bitboard single = StepForward(BitOf(from), us) & empty;
+    if (RelativeRank(from, us) != 1) {
         return single;
     }
-    return single | (Ahead(single, us) & empty);
+    return single | (StepForward(single, us) & empty);
 }
 
 /// What the pawns of the side to move may take, en passant included, from one square.
@@ -138,7 +132,7 @@ void FinishPawnMove(TbPosition& to, const TbPosition& from, TbMove move) noexcep
             to.ep = static_cast<std::uint8_t>(passed);
         }
     } else if (from.ep != 0 && move.To() == from.ep) {
-        const Bitboard victim = Ahead(destination, ~us);
+        const Bitboard victim = StepForward(destination, ~us);
         to.white &= ~victim;
         to.black &= ~victim;
         to.pawns &= ~victim;

@@ -79,12 +79,12 @@ TEST(SliderLookup, ReadsTheSlabsByTheFixedShifts) {
     CRandom random(12);
     for (int i = 0; i < 20000; ++i) {
         const int square = random.Below(64);
-        const auto s = static_cast<std::size_t>(square);
         const Bitboard occupied = random.Word();
-        EXPECT_EQ(RookAttacks[square][(occupied & RookMasks[square]) * RookMagics[s] >> 52],
+        EXPECT_EQ(RookAttacks[square][(occupied & RookMasks[square]) * RookMagics[square] >> 52],
                   Walk(square, occupied, false));
-        EXPECT_EQ(BishopAttacks[square][(occupied & BishopMasks[square]) * BishopMagics[s] >> 55],
-                  Walk(square, occupied, true));
+        EXPECT_EQ(
+            BishopAttacks[square][(occupied & BishopMasks[square]) * BishopMagics[square] >> 55],
+            Walk(square, occupied, true));
     }
 }
 
@@ -170,26 +170,44 @@ TEST(BetweenTable, HoldsWhatASliderOnEachSideSeesOfALine) {
     }
 }
 
-TEST(FileTables, HoldFilesAndTheirNeighbours) {
+TEST(FileMasksTable, HoldsTheSquaresOfEachFile) {
     for (int file = 0; file < 8; ++file) {
-        const auto index = static_cast<std::size_t>(file);
-        Bitboard own = 0;
-        Bitboard beside = 0;
-        for (int square = 0; square < 64; ++square) {
-            own |= square % 8 == file ? 1ULL << square : 0;
-            beside |= std::abs(square % 8 - file) == 1 ? 1ULL << square : 0;
-        }
-        EXPECT_EQ(FileMasks[index], own);
-        EXPECT_EQ(AdjacentFiles[index], beside);
+        EXPECT_EQ(FileMasks[file], SquaresThat(file, [](int f, int) { return f == 0; }));
     }
 }
 
-TEST(PassedMasksTable, HoldsAllSquaresAheadOnThreeFiles) {
-    for (int square = 0; square < 64; ++square) {
-        EXPECT_EQ(PassedMasks[White][square],
-                  SquaresThat(square, [](int f, int r) { return std::abs(f) <= 1 && r > 0; }));
-        EXPECT_EQ(PassedMasks[Black][square],
-                  SquaresThat(square, [](int f, int r) { return std::abs(f) <= 1 && r < 0; }));
+TEST(Forward, IsUpTheBoardForWhiteAndDownForBlack) {
+    EXPECT_EQ(E2 + Forward(White), E3);
+    EXPECT_EQ(E7 + Forward(Black), E6);
+    EXPECT_EQ(StepForward(BitOf(A8) | BitOf(H2), White), BitOf(H3));
+    EXPECT_EQ(StepForward(BitOf(A1) | BitOf(H7), Black), BitOf(H6));
+}
+
+TEST(RelativeRank, CountsFromTheOwnSide) {
+    for (Square square = A1; square <= H8; ++square) {
+        EXPECT_EQ(RelativeRank(square, White), square / 8);
+        EXPECT_EQ(RelativeRank(square, Black), 7 - square / 8);
+        EXPECT_EQ(RelativeRank(FlipRank(square), Black), RelativeRank(square, White));
+        for (const Colour colour : {White, Black}) {
+            const int rank = RelativeRank(square, colour);
+            EXPECT_NE(RelativeRankMask(rank, colour) & BitOf(square), 0U);
+            EXPECT_EQ(RankOf(square) == HomeRank(colour), rank == 0);
+        }
+    }
+}
+
+TEST(PawnAttackSet, JoinsTheAttacksOfItsPawns) {
+    CRandom random(17);
+    for (int i = 0; i < 1000; ++i) {
+        const Bitboard pawns = random.Word();
+        Bitboard white = 0;
+        Bitboard black = 0;
+        for (Bitboard rest = pawns; rest != 0; rest &= rest - 1) {
+            white |= PawnAttacks[White][std::countr_zero(rest)];
+            black |= PawnAttacks[Black][std::countr_zero(rest)];
+        }
+        EXPECT_EQ(PawnAttackSet<White>(pawns), white);
+        EXPECT_EQ(PawnAttackSet<Black>(pawns), black);
     }
 }
 
@@ -215,37 +233,6 @@ TEST(DistanceTables, CountTheStepsOfAKing) {
             ASSERT_EQ(Distance[a][b], KingSteps(a, b));
             ASSERT_EQ(Distance[b][a], Distance[a][b]);
         }
-    }
-}
-
-TEST(DistanceTables, MeasureFromTheCornersOfEachShade) {
-    for (int square = 0; square < 64; ++square) {
-        EXPECT_EQ(BishopCorner[0][square], std::min(KingSteps(square, A1), KingSteps(square, H8)));
-        EXPECT_EQ(BishopCorner[1][square], std::min(KingSteps(square, H1), KingSteps(square, A8)));
-    }
-}
-
-TEST(DistanceTables, CountTheRingsFromTheEdge) {
-    for (int square = 0; square < 64; ++square) {
-        // The ring is the number of squares free on the tightest of the four sides.
-        const int file = square % 8;
-        const int rank = square / 8;
-        EXPECT_EQ(EdgeRing[square], std::min({file, 7 - file, rank, 7 - rank}));
-    }
-    EXPECT_EQ(EdgeRing[A5], 0);
-    EXPECT_EQ(EdgeRing[B7], 1);
-    EXPECT_EQ(EdgeRing[F3], 2);
-    EXPECT_EQ(EdgeRing[E5], 3);
-}
-
-TEST(DistanceTables, HoldTheNearnessToACorner) {
-    // A king's steps to the nearest corner, cut at 3, is the whole rule.
-    for (int square = 0; square < 64; ++square) {
-        int nearest = 7;
-        for (const int corner : {A1, H1, A8, H8}) {
-            nearest = std::min(nearest, KingSteps(square, corner));
-        }
-        EXPECT_EQ(CornerNear[square], std::min(nearest, 3)) << SquareToText(square);
     }
 }
 

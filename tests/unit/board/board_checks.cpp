@@ -56,8 +56,8 @@ std::string Differences(const PositionFields& a, const PositionFields& b) {
     Note(names, a.sideToMove == b.sideToMove, "sideToMove");
     Note(names, a.pieces == b.pieces, "pieces");
     Note(names, a.colours == b.colours, "colours");
-    Note(names, a.board.values == b.board.values, "board");
-    Note(names, a.rightsMask.values == b.rightsMask.values, "rightsMask");
+    Note(names, a.board == b.board, "board");
+    Note(names, a.rightsMask == b.rightsMask, "rightsMask");
     Note(names, a.colourCount == b.colourCount, "colourCount");
     Note(names, a.pieceCount == b.pieceCount, "pieceCount");
     Note(names, std::equal(a.castling.begin(), a.castling.end(), b.castling.begin(), IsSameRecord),
@@ -70,7 +70,7 @@ std::string Differences(const CPosition& a, const CPosition& b) {
 }
 
 bool HasSameHistory(const CPosition& a, const CPosition& b, std::int32_t ply) {
-    for (std::size_t i = 0; i < static_cast<std::size_t>(ply); ++i) {
+    for (std::int32_t i = 0; i < ply; ++i) {
         const UndoRecord& x = a.undo[i];
         const UndoRecord& y = b.undo[i];
         if (!IsSameState(x, y) || x.move.word != y.move.word || x.movedPiece != y.movedPiece ||
@@ -153,10 +153,10 @@ std::vector<std::uint32_t> Words(const MoveList& list) {
     return words;
 }
 
-std::vector<std::uint32_t> GeneratedWords(const CPosition& position, bool captures, bool quiets,
+std::vector<std::uint32_t> GeneratedWords(const CPosition& position, MoveKinds wanted,
                                           Bitboard fromMask, Bitboard toMask) {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, captures, quiets, fromMask, toMask);
+    CMoveGenerator(position).GenerateMoves(list, wanted, fromMask, toMask);
     return Words(list);
 }
 
@@ -171,7 +171,7 @@ std::string MovesText(const CPosition& position, const MoveList& list) {
 
 Move FindMove(const CPosition& position, std::string_view text) {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     for (const Move move : list) {
         if (CPositionText::MoveToText(move, position, CastlingNotation::KingTarget) == text) {
             return move;
@@ -264,7 +264,7 @@ std::vector<CPosition> RandomPositions(int count, std::uint64_t seed) {
         const int length = random.Below(120);
         for (int i = 0; i < length; ++i) {
             MoveList list;
-            CMoveGenerator(position).GenerateMoves(list, true, true);
+            CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
             if (list.count == 0) {
                 break;
             }

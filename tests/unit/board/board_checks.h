@@ -70,8 +70,8 @@ struct PositionFields {
 
 /// The words of a list without their sort keys.
 [[nodiscard]] std::vector<std::uint32_t> Words(const MoveList& list);
-[[nodiscard]] std::vector<std::uint32_t> GeneratedWords(const CPosition& position, bool captures,
-                                                        bool quiets, Bitboard fromMask = AllSquares,
+[[nodiscard]] std::vector<std::uint32_t> GeneratedWords(const CPosition& position, MoveKinds wanted,
+                                                        Bitboard fromMask = AllSquares,
                                                         Bitboard toMask = AllSquares);
 /// The moves in coordinates, castling by the king's target, separated by blanks.
 [[nodiscard]] std::string MovesText(const CPosition& position, const MoveList& list);

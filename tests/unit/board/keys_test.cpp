@@ -141,7 +141,7 @@ TEST(Keys, EqualThoseOfTheWrittenFenAfterAnyMovesMadeAndTakenBack) {
         std::vector<Move> made;
         for (int i = 0; i < 150; ++i) {
             MoveList list;
-            CMoveGenerator(position).GenerateMoves(list, true, true);
+            CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
             if (list.count == 0) {
                 break;
             }

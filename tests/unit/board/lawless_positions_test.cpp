@@ -24,7 +24,7 @@ void WalkAndComeBack(CPosition& position, int length, CRandom& random) {
     ASSERT_EQ(DerivedFaults(position), "") << FenOf(position);
     for (int i = 0; i < length; ++i) {
         MoveList list;
-        CMoveGenerator(position).GenerateMoves(list, true, true);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         if (list.count == 0) {
             break;
         }
@@ -125,7 +125,7 @@ TEST(LawlessPositions, BeyondTheUndoStackCanBeShownButNotPlayed) {
           "4k3/8/8/8/8/8/4P3/R3K2R w KQ - 0 251"}) {
         CPosition position = FromFen(fen);
         const CPosition before = position;
-        const std::vector<std::uint32_t> words = GeneratedWords(position, true, true);
+        const std::vector<std::uint32_t> words = GeneratedWords(position, MoveKinds::All);
         EXPECT_FALSE(words.empty());
         for (const std::uint32_t word : words) {
             EXPECT_FALSE(position.MakeMove(Move{word}));
@@ -187,7 +187,7 @@ TEST(LawlessPositions, FromBrokenTextStayConsistent) {
         const std::string fen = FenOf(position);
         (void)CPositionText::FlipFen(text);
         ASSERT_EQ(FenOf(FromFen(fen)), fen) << text;
-        const std::vector<std::uint32_t> words = GeneratedWords(position, true, true);
+        const std::vector<std::uint32_t> words = GeneratedWords(position, MoveKinds::All);
         const CPosition before = position;
         for (const std::uint32_t word : words) {
             (void)StaticExchange(position, Move{word});

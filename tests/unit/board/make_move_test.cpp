@@ -41,7 +41,7 @@ private:
     /// One legal move; false if there is none.
     bool PlayOne() {
         MoveList list;
-        CMoveGenerator(position_).GenerateMoves(list, true, true);
+        CMoveGenerator(position_).GenerateMoves(list, MoveKinds::All);
         while (list.count != 0 && fault_.empty()) {
             const Move move = PickMove(list, random_);
             const PositionFields before(position_);
@@ -72,7 +72,7 @@ private:
     }
 
     void CheckRecord(const PositionFields& before, Move move) {
-        const UndoRecord& record = position_.undo[static_cast<std::size_t>(before.ply)];
+        const UndoRecord& record = position_.undo[before.ply];
         Expect(record.key == before.state.key && record.pawnKingKey == before.state.pawnKingKey &&
                    record.halfmoveClock == before.state.halfmoveClock &&
                    record.enPassant == before.state.enPassant &&
@@ -166,7 +166,7 @@ TEST(MakeMove, LeavesEveryFieldAsItWasWhenRefused) {
         CPosition position = FromFen(fen);
         const CPosition before = position;
         MoveList list;
-        CMoveGenerator(position).GenerateMoves(list, true, true);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         for (const Move move : list) {
             SlowPosition slow(before);
             if (slow.Make(move.word)) {
@@ -339,7 +339,7 @@ void ExpectCastling(const char* fen, const char* text, const char* expected) {
     ASSERT_TRUE(position.MakeMove(move)) << fen;
     EXPECT_EQ(FenOf(position), expected);
     EXPECT_EQ(DerivedFaults(position), "") << fen;
-    EXPECT_EQ(position.undo[static_cast<std::size_t>(before.ply)].capturedPiece, PieceNone);
+    EXPECT_EQ(position.undo[before.ply].capturedPiece, PieceNone);
     EXPECT_EQ(position.halfmoveClock, before.halfmoveClock + 1);
     position.UndoMove(move);
     EXPECT_EQ(Differences(position, before), "") << fen;
@@ -395,7 +395,7 @@ TEST(UndoStack, RefusesEveryMoveWhenItIsFull) {
     const CPosition full = position;
     EXPECT_EQ(position.ply, 500);
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     ASSERT_GT(list.count, 0);
     for (const Move move : list) {
         EXPECT_FALSE(position.MakeMove(move));
@@ -485,7 +485,7 @@ TEST(NullMove, WithoutAnEnPassantSquareComesBackWhole) {
 
 TEST(NullMove, LeavesTheSavedKeysCheckAndMoveOfItsRecordStale) {
     CPosition position = FromFen("4k3/8/8/8/8/8/4P3/4K3 w - - 3 9");
-    UndoRecord& record = position.undo[static_cast<std::size_t>(position.ply)];
+    UndoRecord& record = position.undo[position.ply];
     record.key = 0x1234;
     record.pawnKingKey = 0x5678;
     record.inCheck = true;
@@ -514,7 +514,7 @@ TEST(NullMove, BetweenMovesOfARandomGameComesBack) {
         position.MakeNullMove();
         ASSERT_EQ(DerivedFaults(position), "");
         MoveList list;
-        CMoveGenerator(position).GenerateMoves(list, true, true);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         const CPosition passed = position;
         for (const Move move : list) {
             SlowPosition slow(position);
@@ -539,7 +539,7 @@ TEST(CopyFrom, TakesThePositionWithoutItsHistory) {
         copy.CopyFrom(position);
         EXPECT_EQ(DerivedFaults(copy), "");
         EXPECT_TRUE(HasSameHistory(copy, before, 500));
-        EXPECT_EQ(copy.board.values, position.board.values);
+        EXPECT_EQ(copy.board, position.board);
         EXPECT_EQ(copy.ply, position.ply);
         EXPECT_EQ(copy.sideToMove, position.sideToMove);
         EXPECT_EQ(copy.halfmoveClock, position.halfmoveClock);
@@ -570,7 +570,7 @@ TEST(CopyFrom, FindsTheRightsAfreshFromTheOutermostRooks) {
 TEST(LikelyKey, IsTheKeyAfterAPlainMove) {
     int compared = 0;
     for (CPosition& position : RandomPositions(300, 37)) {
-        for (const std::uint32_t word : GeneratedWords(position, true, true)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
             const Move move{word};
             const std::uint64_t likely = position.LikelyKeyAfter(move);
             const PositionFields before(position);

@@ -17,52 +17,56 @@ std::vector<std::uint32_t> EvasionWords(const CPosition& position) {
     return Words(list);
 }
 
-std::string GeneratedText(std::string_view fen, bool captures, bool quiets) {
+std::string GeneratedText(std::string_view fen, MoveKinds wanted) {
     const CPosition position = FromFen(fen);
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, captures, quiets);
+    CMoveGenerator(position).GenerateMoves(list, wanted);
     return MovesText(position, list);
 }
 
 TEST(GenerateMoves, GivesTwentyMovesAtTheStartPawnsFirst) {
-    EXPECT_EQ(GeneratedText(StartFen, true, true),
+    EXPECT_EQ(GeneratedText(StartFen, MoveKinds::All),
               "a2a3 b2b3 c2c3 d2d3 e2e3 f2f3 g2g3 h2h3 a2a4 b2b4 c2c4 d2d4 e2e4 f2f4 g2g4 h2h4 "
               "b1a3 b1c3 g1f3 g1h3");
-    EXPECT_EQ(GeneratedText("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", true, true),
-              "a7a6 b7b6 c7c6 d7d6 e7e6 f7f6 g7g6 h7h6 a7a5 b7b5 c7c5 d7d5 e7e5 f7f5 g7g5 h7h5 "
-              "b8a6 b8c6 g8f6 g8h6");
-    EXPECT_EQ(GeneratedText(StartFen, true, false), "");
+    EXPECT_EQ(
+        GeneratedText("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", MoveKinds::All),
+        "a7a6 b7b6 c7c6 d7d6 e7e6 f7f6 g7g6 h7h6 a7a5 b7b5 c7c5 d7d5 e7e5 f7f5 g7g5 h7h5 "
+        "b8a6 b8c6 g8f6 g8h6");
+    EXPECT_EQ(GeneratedText(StartFen, MoveKinds::Captures), "");
 }
 
 TEST(GenerateMoves, TakesTowardsTheAFileFirstForBothColours) {
-    EXPECT_EQ(GeneratedText("4k3/8/8/1p1p4/2P1P3/8/8/4K3 w - - 0 1", true, false),
+    EXPECT_EQ(GeneratedText("4k3/8/8/1p1p4/2P1P3/8/8/4K3 w - - 0 1", MoveKinds::Captures),
               "c4b5 e4d5 c4d5");
-    EXPECT_EQ(GeneratedText("4k3/8/8/1p1p4/2P1P3/8/8/4K3 b - - 0 1", true, false),
+    EXPECT_EQ(GeneratedText("4k3/8/8/1p1p4/2P1P3/8/8/4K3 b - - 0 1", MoveKinds::Captures),
               "d5c4 b5c4 d5e4");
 }
 
 TEST(GenerateMoves, WritesPromotionsAsQueenKnightBishopRookAmongTheCapturesOnly) {
     constexpr std::string_view Fen = "1n2k3/P7/8/8/8/8/8/4K3 w - - 0 1";
-    EXPECT_EQ(GeneratedText(Fen, true, false), "a7b8q a7b8n a7b8b a7b8r a7a8q a7a8n a7a8b a7a8r");
-    EXPECT_EQ(GeneratedText(Fen, false, true), "e1d1 e1f1 e1d2 e1e2 e1f2");
-    EXPECT_EQ(GeneratedText("4k3/8/8/8/8/8/p7/1N2K3 b - - 0 1", true, false),
+    EXPECT_EQ(GeneratedText(Fen, MoveKinds::Captures),
+              "a7b8q a7b8n a7b8b a7b8r a7a8q a7a8n a7a8b a7a8r");
+    EXPECT_EQ(GeneratedText(Fen, MoveKinds::Quiets), "e1d1 e1f1 e1d2 e1e2 e1f2");
+    EXPECT_EQ(GeneratedText("4k3/8/8/8/8/8/p7/1N2K3 b - - 0 1", MoveKinds::Captures),
               "a2b1q a2b1n a2b1b a2b1r a2a1q a2a1n a2a1b a2a1r");
 }
 
 TEST(GenerateMoves, WritesEnPassantFromTheAFileSideFirst) {
-    EXPECT_EQ(GeneratedText("4k3/8/8/2PpP3/8/8/8/4K3 w - d6 0 1", true, false), "e5d6 c5d6");
-    EXPECT_EQ(GeneratedText("4k3/8/8/8/2pPp3/8/8/4K3 b - d3 0 1", true, false), "e4d3 c4d3");
-    EXPECT_EQ(GeneratedText("4k3/8/8/Pp5P/8/8/8/4K3 w - b6 0 1", true, false), "a5b6");
-    EXPECT_EQ(GeneratedText("4k3/8/8/8/P6p/8/8/4K3 b - - 0 1", true, false), "");
+    EXPECT_EQ(GeneratedText("4k3/8/8/2PpP3/8/8/8/4K3 w - d6 0 1", MoveKinds::Captures),
+              "e5d6 c5d6");
+    EXPECT_EQ(GeneratedText("4k3/8/8/8/2pPp3/8/8/4K3 b - d3 0 1", MoveKinds::Captures),
+              "e4d3 c4d3");
+    EXPECT_EQ(GeneratedText("4k3/8/8/Pp5P/8/8/8/4K3 w - b6 0 1", MoveKinds::Captures), "a5b6");
+    EXPECT_EQ(GeneratedText("4k3/8/8/8/P6p/8/8/4K3 b - - 0 1", MoveKinds::Captures), "");
     const CPosition position = FromFen("4k3/8/8/2PpP3/8/8/8/4K3 w - d6 0 1");
-    EXPECT_EQ(GeneratedWords(position, true, false).front(),
+    EXPECT_EQ(GeneratedWords(position, MoveKinds::Captures).front(),
               Move::Make(E5, D6, MoveKind::EnPassant).word);
 }
 
 TEST(GenerateMoves, WritesCastlingAsKingFromKingToBehindTheKingsMoves) {
     const CPosition position = FromFen("4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1");
     const std::vector<std::uint32_t> words =
-        GeneratedWords(position, true, true, position.pieces[WhiteKing]);
+        GeneratedWords(position, MoveKinds::All, position.pieces[WhiteKing]);
     ASSERT_EQ(words.size(), 7U);
     EXPECT_EQ(words[5], Move::Make(E1, G1, MoveKind::Castling, WhiteKingSide).word);
     EXPECT_EQ(words[6], Move::Make(E1, C1, MoveKind::Castling, WhiteQueenSide).word);
@@ -72,11 +76,9 @@ TEST(GenerateMoves, WritesCastlingAsKingFromKingToBehindTheKingsMoves) {
 TEST(GenerateMoves, NeverCastlesOutOfCheckUnderAnyFlags) {
     const CPosition position = FromFen("4k3/8/8/8/4r3/8/8/R3K2R w KQ - 0 1");
     ASSERT_TRUE(position.inCheck);
-    for (const bool captures : {false, true}) {
-        for (const bool quiets : {false, true}) {
-            for (const std::uint32_t word : GeneratedWords(position, captures, quiets)) {
-                EXPECT_NE(Move{word}.Kind(), MoveKind::Castling);
-            }
+    for (const MoveKinds wanted : {MoveKinds::Captures, MoveKinds::Quiets, MoveKinds::All}) {
+        for (const std::uint32_t word : GeneratedWords(position, wanted)) {
+            EXPECT_NE(Move{word}.Kind(), MoveKind::Castling);
         }
     }
     for (const std::uint32_t word : EvasionWords(position)) {
@@ -105,7 +107,7 @@ TEST(GenerateMoves, AppendsToWhatTheListHolds) {
     const CPosition position;
     MoveList list;
     list.Append(Move{77});
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     EXPECT_EQ(list.count, 21);
     EXPECT_EQ(list[0].word, 77U);
 }
@@ -114,12 +116,13 @@ TEST(GenerateMoves, EqualsTheSlowGeneratorInOrderForAllFlagsAndMasks) {
     CRandom random(41);
     for (const CPosition& position : RandomPositions(std::max(100, 3000 / WorkDivisor()), 42)) {
         const SlowPosition slow(position);
-        for (int i = 0; i < 8; ++i) {
-            const bool captures = (i & 1) != 0;
-            const bool quiets = (i & 2) != 0;
-            const Bitboard fromMask = i < 4 ? AllSquares : random.Word();
-            const Bitboard toMask = i < 4 ? AllSquares : random.Word();
-            ASSERT_EQ(GeneratedWords(position, captures, quiets, fromMask, toMask),
+        for (int i = 0; i < 6; ++i) {
+            const auto wanted = static_cast<MoveKinds>(i % 3 + 1);
+            const bool captures = wanted != MoveKinds::Quiets;
+            const bool quiets = wanted != MoveKinds::Captures;
+            const Bitboard fromMask = i < 3 ? AllSquares : random.Word();
+            const Bitboard toMask = i < 3 ? AllSquares : random.Word();
+            ASSERT_EQ(GeneratedWords(position, wanted, fromMask, toMask),
                       slow.Moves(captures, quiets, fromMask, toMask))
                 << FenOf(position) << ' ' << i;
         }
@@ -132,10 +135,10 @@ TEST(GenerateMoves, EqualsTheSlowGeneratorOnLawlessPositions) {
         const CPosition position = FromFen(LawlessFen(random));
         std::vector<std::uint32_t> expected = SlowPosition(position).Moves(true, true);
         expected.resize(std::min<std::size_t>(expected.size(), 220));
-        ASSERT_EQ(GeneratedWords(position, true, true), expected) << FenOf(position);
+        ASSERT_EQ(GeneratedWords(position, MoveKinds::All), expected) << FenOf(position);
         const Bitboard fromMask = random.Word();
         const Bitboard toMask = random.Word();
-        ASSERT_EQ(GeneratedWords(position, true, true, fromMask, toMask),
+        ASSERT_EQ(GeneratedWords(position, MoveKinds::All, fromMask, toMask),
                   SlowPosition(position).Moves(true, true, fromMask, toMask))
             << FenOf(position);
     }
@@ -150,20 +153,20 @@ TEST(GenerateMoves, CutsTheListAtTwoHundredAndTwentyMoves) {
         std::vector<std::uint32_t> all = SlowPosition(position).Moves(true, true);
         ASSERT_GT(all.size(), 220U) << fen;
         all.resize(220);
-        EXPECT_EQ(GeneratedWords(position, true, true), all) << fen;
+        EXPECT_EQ(GeneratedWords(position, MoveKinds::All), all) << fen;
     }
 }
 
 TEST(GenerateMoves, DropsWhatFindsNoRoomWhateverKindOfMoveItIs) {
     const CPosition position = FromFen("1n2k3/P7/8/2PpP3/8/8/1N4P1/R3K2R w KQ d6 0 1");
-    const std::vector<std::uint32_t> all = GeneratedWords(position, true, true);
+    const std::vector<std::uint32_t> all = GeneratedWords(position, MoveKinds::All);
     for (std::int32_t room = 0; room <= static_cast<std::int32_t>(all.size()); ++room) {
         // On the heap, where a write behind the end is seen by the sanitizers.
         const auto list = std::make_unique<MoveList>();
         while (list->count < MoveList::Capacity - room) {
             list->Append(Move{0x10001});
         }
-        CMoveGenerator(position).GenerateMoves(*list, true, true);
+        CMoveGenerator(position).GenerateMoves(*list, MoveKinds::All);
         ASSERT_EQ(list->count, 220);
         for (std::int32_t i = 0; i < room; ++i) {
             ASSERT_EQ((*list)[220 - room + i].word, all[static_cast<std::size_t>(i)]);
@@ -179,7 +182,7 @@ TEST(GenerateEvasions, OffersTheEnPassantCaptureOfTheCheckingPawn) {
     EXPECT_EQ(std::count(words.begin(), words.end(), capture), 1);
     // A plain move to that square is no answer: the mask does not hold it.
     const CPosition withRook = FromFen("8/8/8/5k2/3pP3/r7/8/K7 b - e3 0 1");
-    const std::vector<std::uint32_t> all = GeneratedWords(withRook, true, true);
+    const std::vector<std::uint32_t> all = GeneratedWords(withRook, MoveKinds::All);
     const std::vector<std::uint32_t> answers = EvasionWords(withRook);
     EXPECT_EQ(std::count(all.begin(), all.end(), Move::Make(A3, E3).word), 1);
     EXPECT_EQ(std::count(answers.begin(), answers.end(), Move::Make(A3, E3).word), 0);
@@ -210,7 +213,7 @@ TEST(GenerateEvasions, LosesNoLegalMove) {
             });
             return words;
         };
-        ASSERT_EQ(legal(EvasionWords(position)), legal(GeneratedWords(position, true, true)))
+        ASSERT_EQ(legal(EvasionWords(position)), legal(GeneratedWords(position, MoveKinds::All)))
             << FenOf(position);
     }
 }
@@ -236,11 +239,14 @@ bool IsValidByGeneration(const CPosition& position, Move move) {
         (target != PieceNone && ColourOf(target) == position.sideToMove)) {
         return false;
     }
-    const bool captures = move.Kind() != MoveKind::Castling;
-    const bool quiets = move.Kind() == MoveKind::Normal || move.Kind() == MoveKind::Castling;
+    MoveKinds wanted = MoveKinds::Captures;
+    if (move.Kind() == MoveKind::Normal) {
+        wanted = MoveKinds::All;
+    } else if (move.Kind() == MoveKind::Castling) {
+        wanted = MoveKinds::Quiets;
+    }
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, captures, quiets, BitOf(move.From()),
-                                           BitOf(move.To()));
+    CMoveGenerator(position).GenerateMoves(list, wanted, BitOf(move.From()), BitOf(move.To()));
     return std::any_of(list.begin(), list.end(),
                        [move](Move other) { return SameMove(other, move); });
 }
@@ -331,7 +337,7 @@ TEST(MoveOrderVectors, ListTheLegalMovesInOrder) {
         if (position.inCheck) {
             CMoveGenerator(position).GenerateEvasions(list);
         } else {
-            CMoveGenerator(position).GenerateMoves(list, true, true);
+            CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         }
         MoveList legal;
         for (const Move move : list) {

@@ -22,7 +22,7 @@ std::uint64_t CountNodes(CPosition& position, int depth) {
     if (position.inCheck) {
         generator.GenerateEvasions(list);
     } else {
-        generator.GenerateMoves(list, true, true);
+        generator.GenerateMoves(list, MoveKinds::All);
     }
     std::uint64_t nodes = 0;
     for (const Move move : list) {

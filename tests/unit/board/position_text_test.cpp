@@ -16,6 +16,7 @@ std::string Reread(std::string_view text) {
 TEST(SetFen, OfAnEmptyTextIsTheStartPosition) {
     EXPECT_EQ(Reread(""), StartFen);
     EXPECT_EQ(FenOf(CPosition()), StartFen);
+    EXPECT_EQ(Differences(CPosition(), FromFen("")), "");
     EXPECT_EQ(Reread("   "), "8/8/8/8/8/8/8/8 w - - 0 1");  // blanks are a text without fields
 }
 
@@ -200,8 +201,8 @@ TEST(FlipFen, TwiceGivesTheTextBack) {
 TEST(FlipFen, LeavesAsManyMovesAsBefore) {
     for (const CPosition& position : RandomPositions(300, 73)) {
         const CPosition flipped = FromFen(CPositionText::FlipFen(FenOf(position)));
-        const std::vector<std::uint32_t> moves = GeneratedWords(position, true, true);
-        EXPECT_EQ(GeneratedWords(flipped, true, true).size(), moves.size()) << FenOf(position);
+        const std::vector<std::uint32_t> moves = GeneratedWords(position, MoveKinds::All);
+        EXPECT_EQ(GeneratedWords(flipped, MoveKinds::All).size(), moves.size()) << FenOf(position);
         EXPECT_EQ(flipped.inCheck, position.inCheck);
     }
 }
@@ -331,7 +332,7 @@ TEST(TextToMove, RefusesWhatMatchesNoMove) {
 
 TEST(TextToMove, FindsEveryGeneratedMoveByItsText) {
     for (const CPosition& position : RandomPositions(150, 74)) {
-        for (const std::uint32_t word : GeneratedWords(position, true, true)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
             for (const CastlingNotation notation :
                  {CastlingNotation::KingTakesRook, CastlingNotation::Name}) {
                 const std::string text = CPositionText::MoveToText(Move{word}, position, notation);
@@ -359,7 +360,7 @@ TEST(TextToMove, AnswersAnyBytesWithAGeneratedMoveOrNone) {
         const Move move = CPositionText::TextToMove(text, position, chess960);
         if (!move.IsNone()) {
             ASSERT_TRUE(CPositionText::IsMoveTextForm(text));
-            const std::vector<std::uint32_t> words = GeneratedWords(position, true, true);
+            const std::vector<std::uint32_t> words = GeneratedWords(position, MoveKinds::All);
             ASSERT_TRUE(std::find(words.begin(), words.end(), move.word) != words.end());
         }
     }

@@ -58,7 +58,7 @@ TEST(StaticExchange, LetsTheKingTakeAsLongAsItHasNoOtherMan) {
 TEST(StaticExchange, ReadsThePositionOnly) {
     for (const CPosition& position : RandomPositions(50, 61)) {
         const CPosition before = position;
-        for (const std::uint32_t word : GeneratedWords(position, true, true)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
             (void)StaticExchange(position, Move{word});
         }
         EXPECT_EQ(Differences(position, before), "");
@@ -115,7 +115,7 @@ private:
 TEST(StaticExchange, EqualsTheSlowExchangeOfEveryMoveOfRandomPositions) {
     int different = 0;
     for (const CPosition& position : RandomPositions(std::max(200, 4000 / WorkDivisor()), 62)) {
-        for (const std::uint32_t word : GeneratedWords(position, true, true)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
             const Score seen = StaticExchange(position, Move{word});
             ASSERT_EQ(seen, CSlowExchange(position, Move{word}).Result())
                 << FenOf(position) << ' ' << SquareToText(Move{word}.From())
@@ -130,7 +130,7 @@ TEST(StaticExchange, EqualsTheSlowExchangeInCrowds) {
     CRandom random(63);
     for (int i = 0; i < std::max(200, 3000 / WorkDivisor()); ++i) {
         const CPosition position = FromFen(LawlessFen(random));
-        for (const std::uint32_t word : GeneratedWords(position, true, true)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
             ASSERT_EQ(StaticExchange(position, Move{word}),
                       CSlowExchange(position, Move{word}).Result())
                 << FenOf(position) << ' ' << word;

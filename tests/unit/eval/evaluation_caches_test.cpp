@@ -103,7 +103,7 @@ TEST_F(EvaluationCaches, LongLivedAgreesWithFreshOverRandomPlay) {
         used_.Set(StartFen);
         for (int ply = 0; ply < 120; ++ply) {
             MoveList moves;
-            CMoveGenerator(used_.position).GenerateMoves(moves, true, true);
+            CMoveGenerator(used_.position).GenerateMoves(moves, MoveKinds::All);
             bool hasMoved = false;
             for (int attempt = 0; attempt < 50 && !hasMoved && moves.count > 0; ++attempt) {
                 const Move move =

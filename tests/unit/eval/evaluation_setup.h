@@ -53,7 +53,7 @@ inline std::vector<std::string> RandomPlay(std::size_t count, std::uint64_t seed
         CPositionText(position).SetFen(StartFen);
         for (int ply = 0; ply < 150 && fens.size() < count; ++ply) {
             MoveList moves;
-            CMoveGenerator(position).GenerateMoves(moves, true, true);
+            CMoveGenerator(position).GenerateMoves(moves, MoveKinds::All);
             bool hasMoved = false;
             while (moves.count > 0 && !hasMoved) {
                 const auto index =

@@ -34,7 +34,7 @@ TEST(BenchPositions, AreReadWithoutLossAndCanBePlayed) {
         EXPECT_EQ(text.GetFen(), fen);
         EXPECT_FALSE(position->IsKingAttacked(~position->sideToMove)) << fen;
         MoveList moves;
-        CMoveGenerator(*position).GenerateMoves(moves, true, true);
+        CMoveGenerator(*position).GenerateMoves(moves, MoveKinds::All);
         EXPECT_TRUE(std::any_of(moves.begin(), moves.end(), [&position](Move move) {
             return position->MakeMove(move);
         })) << fen;

@@ -22,7 +22,7 @@ std::map<std::string, int> CaptureKeys(std::string_view fen, bool inCheck = fals
     if (inCheck) {
         CMoveGenerator(position).GenerateEvasions(list);
     } else {
-        CMoveGenerator(position).GenerateMoves(list, true, false);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
     }
     (void)ScoreCaptures(list, position);
     std::map<std::string, int> keys;
@@ -254,7 +254,7 @@ TEST_F(MovePicker, HandsOutEveryPseudoLegalMoveOnce) {
                              : std::string(VariedPositions()[random() % 61]));
         PlayRandomly(setup.position, static_cast<int>(random() % 60), random);
         MoveList list;
-        CMoveGenerator(setup.position).GenerateMoves(list, true, true);
+        CMoveGenerator(setup.position).GenerateMoves(list, MoveKinds::All);
         std::vector<std::string> expected;
         for (const Move move : list) {
             expected.push_back(MoveName(move));

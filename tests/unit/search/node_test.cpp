@@ -115,7 +115,7 @@ TEST_F(Node, PositionBeforeAPawnMoveIsStillCompared) {
 
 TEST_F(Node, WalkEndsAtACaptureOrPawnMove) {
     setup.Set(StartFen, "g1f3 g8f6 f3g1 f6g8");
-    setup.position.undo[static_cast<std::size_t>(setup.position.ply - 1)].halfmoveClock = 0;
+    setup.position.undo[setup.position.ply - 1].halfmoveClock = 0;
     (void)setup.Node(2);
     EXPECT_GT(Nodes(), 20U);
 }
@@ -457,7 +457,7 @@ std::string ChildDepths(SearchSetup& setup, std::int32_t depth, Score alpha, Sco
     base.answer = [&](Score& score, const CPosition& position, int childDepth, int ply) {
         score = -alpha + 1;  // every move fails low
         if (ply == 2) {
-            const Move last = position.undo[static_cast<std::size_t>(position.ply - 1)].move;
+            const Move last = position.undo[position.ply - 1].move;
             for (const std::string& move : moves) {
                 if (move == MoveName(last)) {
                     asked += move + ":" + std::to_string(childDepth) + " ";
@@ -549,7 +549,7 @@ TEST_F(Node, QuietMoveThatRaisedAlphaWithoutReachingBetaCountsAsAMiss) {
     Score value = 0;
     int depthOfMove = 0;
     base.answer = [&](Score& score, const CPosition& position, int depth, int ply) {
-        const Move last = position.undo[static_cast<std::size_t>(position.ply - 1)].move;
+        const Move last = position.undo[position.ply - 1].move;
         const bool isOurs = MoveName(last) == "a1b2";
         depthOfMove = isOurs ? depth : depthOfMove;
         score = isOurs ? -value : 500;

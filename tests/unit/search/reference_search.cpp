@@ -107,9 +107,9 @@ int CReferenceSearch::Hashfull() const {
     return full > 1000.0 ? 1000 : static_cast<int>(full);
 }
 
-Moves CReferenceSearch::Generate(bool captures, bool quiets) const {
+Moves CReferenceSearch::Generate(MoveKinds wanted) const {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, captures, quiets);
+    CMoveGenerator(position).GenerateMoves(list, wanted);
     return {list.begin(), list.end()};
 }
 
@@ -147,7 +147,7 @@ bool CReferenceSearch::NextMove(Move& move, ReferencePicker& picker) {
         }
     }
     if (picker.stage == 1) {
-        picker.goodList = Generate(true, false);
+        picker.goodList = Generate(MoveKinds::Captures);
         ScoreCaptures(picker.goodList);
         picker.index = 0;
         picker.stage = 2;
@@ -187,7 +187,7 @@ bool CReferenceSearch::NextMove(Move& move, ReferencePicker& picker) {
         }
     }
     if (picker.stage == 5) {
-        picker.quietList = Generate(false, true);
+        picker.quietList = Generate(MoveKinds::Quiets);
         for (Move& quiet : picker.quietList) {
             const Piece piece = position.board[quiet.From()];
             quiet.SetOrder(history_[piece][static_cast<std::size_t>(quiet.To())].ordering);
@@ -234,7 +234,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
     if (!afterNull && ply > 0 && position.ply > 0) {
         int count = 1;
         for (int i = position.ply - 1; i >= 0; --i) {
-            const UndoRecord& record = position.undo[static_cast<std::size_t>(i)];
+            const UndoRecord& record = position.undo[i];
             if (record.key == position.key) {
                 ++count;
             }
@@ -305,7 +305,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
     }
     if (options_.useNullmove.enabled && !position.inCheck && windowWidth <= 1 &&
         depth >= options_.nullmoveMinDepth.number && !afterNull && hasPiece) {
-        UndoRecord& record = position.undo[static_cast<std::size_t>(position.ply)];
+        UndoRecord& record = position.undo[position.ply];
         ++position.ply;
         record.halfmoveClock = position.halfmoveClock;
         record.enPassant = position.enPassant;
@@ -458,7 +458,7 @@ int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
         CMoveGenerator(position).GenerateEvasions(evasions);
         list.assign(evasions.begin(), evasions.end());
     } else {
-        list = Generate(true, false);
+        list = Generate(MoveKinds::Captures);
     }
     ScoreCaptures(list);
     // 6

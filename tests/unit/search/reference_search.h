@@ -84,7 +84,7 @@ private:
     void Report(int depth, int score, int alpha, int beta, const Moves& line, int multiPv);
     Entry* Find();
     void ScoreCaptures(Moves& list) const;
-    Moves Generate(bool captures, bool quiets) const;
+    Moves Generate(MoveKinds wanted) const;
     void UpdateKillers(int ply, Move move);
     int Hashfull() const;
 

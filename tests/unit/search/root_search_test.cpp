@@ -23,7 +23,7 @@ protected:
             if (ply != 1) {
                 return false;
             }
-            const Move last = position.undo[static_cast<std::size_t>(position.ply - 1)].move;
+            const Move last = position.undo[position.ply - 1].move;
             asked.push_back(MoveName(last));
             score = -scores(MoveName(last), depth + 1);
             return true;
@@ -151,7 +151,7 @@ TEST_F(Root, CheckIsExtendedAndNothingElse) {
     setup.Set("4k3/8/P7/8/8/8/8/1R2K3 w - - 0 1");
     std::map<std::string, int> depths;
     base.answer = [&depths](Score& score, const CPosition& position, int depth, int ply) {
-        const Move last = position.undo[static_cast<std::size_t>(position.ply - 1)].move;
+        const Move last = position.undo[position.ply - 1].move;
         depths[MoveName(last)] = depth;
         score = 0;
         return ply == 1;
@@ -272,8 +272,7 @@ TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
         ASSERT_TRUE(setup.position.MakeMove(move));
     }
     for (std::size_t i = line.size(); i-- > 0;) {
-        setup.position.UndoMove(
-            setup.position.undo[static_cast<std::size_t>(setup.position.ply - 1)].move);
+        setup.position.UndoMove(setup.position.undo[setup.position.ply - 1].move);
     }
     CRecordingReceiver receiver;
     CFakeWorkers workers;
@@ -296,8 +295,7 @@ TEST_F(Root, LineFromTheTableFollowsCastlingAndEnPassant) {
         ASSERT_TRUE(setup.position.MakeMove(move)) << text;
     }
     for (std::size_t i = line.size(); i-- > 0;) {
-        setup.position.UndoMove(
-            setup.position.undo[static_cast<std::size_t>(setup.position.ply - 1)].move);
+        setup.position.UndoMove(setup.position.undo[setup.position.ply - 1].move);
     }
     CRecordingReceiver receiver;
     CFakeWorkers workers;

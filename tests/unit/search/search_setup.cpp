@@ -113,7 +113,7 @@ void SetPosition(CPosition& position, std::string_view fen, std::string_view mov
 
 std::vector<Move> LegalMoves(CPosition& position) {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     std::vector<Move> legal;
     for (const Move move : list) {
         if (position.MakeMove(move)) {

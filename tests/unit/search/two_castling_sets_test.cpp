@@ -34,7 +34,7 @@ bool IsSamePosition(const CPosition& a, const CPosition& b) {
 
 bool IsGenerated(const CPosition& position, Move move) {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     return std::any_of(list.begin(), list.end(),
                        [move](Move other) { return SameMove(move, other); });
 }

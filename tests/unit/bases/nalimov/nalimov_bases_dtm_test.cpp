@@ -104,7 +104,7 @@ protected:
         }
         ++listingsChecked;
         MoveList moves;
-        CMoveGenerator(*position).GenerateMoves(moves, true, true);
+        CMoveGenerator(*position).GenerateMoves(moves, MoveKinds::All);
         Move best{0};
         bool isAny = false;
         for (const Move move : moves) {

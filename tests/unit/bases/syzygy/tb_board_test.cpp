@@ -147,7 +147,7 @@ TEST(TbBoard, TellsPositionsOfTheGameFromOthers) {
 /// Legal moves as text, by the board of the engine.
 Texts LegalMoves(CPosition& position) {
     MoveList list;
-    CMoveGenerator(position).GenerateMoves(list, true, true);
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     Texts texts;
     for (const Move move : list) {
         if (position.MakeMove(move)) {
