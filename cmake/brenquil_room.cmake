@@ -1,4 +1,4 @@
-# brenquil_room(<room> [<room it may include>...])
+# brenquil_room(<room> [<room it may include>...] [PARTS <folder>...])
 #
 # Declares the static library brenquil_<room> from the sources of the current folder and links it to the rooms
 # below it. These links are the one-way arrows of the architecture; the test architecture.includes holds every include
@@ -8,12 +8,22 @@
 # Sources for one system or one processor family carry its name at the end and are left out elsewhere:
 # _linux, _windows, _x86, and _generic for any processor that is not x86.
 #
+# A large room shows its parts as folders: PARTS names them, and their files belong to the room like those beside its
+# CMakeLists.txt.
+#
 # main.cpp never belongs to a library: a room's tests link the library and bring a main function of their own.
 #
 # A room that has only headers becomes an interface library; nothing else changes for those who link it.
 function(brenquil_room room)
-    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
-    file(GLOB headers CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+    cmake_parse_arguments(PARSE_ARGV 1 argument "" "" "PARTS")
+    set(sources)
+    set(headers)
+    foreach(folder IN ITEMS . LISTS argument_PARTS)
+        file(GLOB found CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp")
+        list(APPEND sources ${found})
+        file(GLOB found CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.h")
+        list(APPEND headers ${found})
+    endforeach()
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
 
     if(WIN32)
@@ -36,7 +46,7 @@ function(brenquil_room room)
         set(scope INTERFACE)
     endif()
     target_link_libraries(${library} ${scope} brenquil_options)
-    foreach(lower IN LISTS ARGN)
+    foreach(lower IN LISTS argument_UNPARSED_ARGUMENTS)
         target_link_libraries(${library} ${scope} brenquil_${lower})
     endforeach()
 

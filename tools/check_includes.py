@@ -3,7 +3,7 @@
 
     tools/check_includes.py [ROOT]      ROOT is the repository; default: the one that this file is in
 
-The arrows are read from the calls brenquil_room(<room> <lower room>...) in the CMakeLists.txt of each room. Reported:
+The arrows are read from the calls brenquil_room(<room> <lower room>... [PARTS <folder>...]) in the CMakeLists.txt of each room. Reported:
 
 - an include of a room that is not below the own one;
 - an include that names no file of src/;
@@ -29,7 +29,7 @@ def read_rooms(source):
     folders, direct = {}, {}
     for listing in source.rglob("CMakeLists.txt"):
         for call in ROOM.findall(listing.read_text(encoding="utf-8")):
-            room, *lower = call.split()
+            room, *lower = call.split(" PARTS ")[0].split()
             folders[room] = listing.parent
             direct[room] = lower
 

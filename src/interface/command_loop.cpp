@@ -1,7 +1,7 @@
 #include "interface/command_loop.h"
 
-#include "interface/console_commands.h"
-#include "interface/uci_commands.h"
+#include "interface/console/console_commands.h"
+#include "interface/uci/uci_commands.h"
 #include "text/text.h"
 
 #include <array>

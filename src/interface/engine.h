@@ -18,7 +18,7 @@
 #include "interface/line_sink.h"
 #include "interface/output_options.h"
 #include "interface/protocol.h"
-#include "interface/uci_output.h"
+#include "interface/uci/uci_output.h"
 #include "search/hash_table.h"
 #include "search/memory_options.h"
 #include "search/search_options.h"

@@ -1,6 +1,6 @@
 #include "interface/output_options.h"
 
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
 #include "text/text.h"
 
 namespace brenquil {

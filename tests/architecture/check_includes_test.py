@@ -68,6 +68,13 @@ class CheckIncludesTest(unittest.TestCase):
             with self.subTest(line=line):
                 self.assertEqual(len(self.faults_with("board/bad.h", line + "\n")), 1)
 
+    def test_the_parts_of_a_room_belong_to_it(self):
+        self.write("board/CMakeLists.txt", "brenquil_room(board platform PARTS keys)\n")
+        self.write("board/keys/key.h", '#include "platform/clock.h"\n')
+        self.assertEqual(self.faults_with("board/keys/good.cpp", '#include "board/position.h"\n'), [])
+        faults = self.faults_with("board/keys/bad.cpp", '#include "bases/base.h"\n')
+        self.assertEqual(faults, ['src/board/keys/bad.cpp: the room board does not know the room bases ("bases/base.h")'])
+
     def test_an_include_that_names_no_file_is_found(self):
         faults = self.faults_with("board/bad.h", '#include "position.h"\n')
         self.assertEqual(faults, ['src/board/bad.h: "position.h" is no file of src/'])

@@ -16,9 +16,9 @@
 #include "board/position_text.h"
 #include "interface/command_loop.h"
 #include "interface/engine.h"
-#include "interface/ini_file.h"
-#include "interface/log_file.h"
-#include "interface/program_info.h"
+#include "interface/program/ini_file.h"
+#include "interface/program/log_file.h"
+#include "interface/program/program_info.h"
 #include "private_folder.h"
 #include "text/text.h"
 

@@ -6,10 +6,10 @@
 
 #include "book/book_options.h"
 #include "eval/evaluation_options.h"
-#include "interface/batch_file.h"
-#include "interface/ini_file.h"
 #include "interface/output_options.h"
-#include "interface/program_info.h"
+#include "interface/program/batch_file.h"
+#include "interface/program/ini_file.h"
+#include "interface/program/program_info.h"
 #include "private_folder.h"
 #include "search/memory_options.h"
 #include "search/search_options.h"

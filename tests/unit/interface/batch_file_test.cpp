@@ -2,7 +2,7 @@
 
 #include "../../support/temporary_folder.h"
 #include "engine_fixture.h"
-#include "interface/batch_file.h"
+#include "interface/program/batch_file.h"
 
 #include <memory>
 #include <string>

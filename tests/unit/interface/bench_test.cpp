@@ -3,9 +3,9 @@
 #include "board/move_generator.h"
 #include "board/position_text.h"
 #include "collecting_sink.h"
-#include "interface/bench.h"
-#include "interface/bench_positions.h"
-#include "interface/uci_commands.h"
+#include "interface/program/bench.h"
+#include "interface/program/bench_positions.h"
+#include "interface/uci/uci_commands.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "engine_fixture.h"
 #include "fake_base.h"
-#include "interface/console_commands.h"
+#include "interface/console/console_commands.h"
 
 namespace brenquil {
 namespace {

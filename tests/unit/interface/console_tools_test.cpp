@@ -1,7 +1,7 @@
 // The console commands that look at the engine rather than at the game: help, print, cpu, test.
 
 #include "engine_fixture.h"
-#include "interface/cpu_report.h"
+#include "interface/console/cpu_report.h"
 #include "platform/processor.h"
 
 #include <algorithm>

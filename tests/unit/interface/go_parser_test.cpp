@@ -1,7 +1,7 @@
 // The parsing of `go` lines.
 
 #include "board/position_text.h"
-#include "interface/go_parser.h"
+#include "interface/uci/go_parser.h"
 
 #include <gtest/gtest.h>
 #include <limits>

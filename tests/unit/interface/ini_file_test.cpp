@@ -2,7 +2,7 @@
 
 #include "../../support/temporary_folder.h"
 #include "engine_fixture.h"
-#include "interface/ini_file.h"
+#include "interface/program/ini_file.h"
 
 #include <filesystem>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "../../support/temporary_folder.h"
 #include "engine_fixture.h"
-#include "interface/ini_file.h"
-#include "interface/log_file.h"
+#include "interface/program/ini_file.h"
+#include "interface/program/log_file.h"
 
 #include <filesystem>
 #include <sstream>

@@ -1,7 +1,7 @@
 // The rows of the move listing.
 
 #include "fake_base.h"
-#include "interface/move_listing.h"
+#include "interface/console/move_listing.h"
 
 #include <gtest/gtest.h>
 #include <memory>

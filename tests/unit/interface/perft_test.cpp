@@ -1,7 +1,7 @@
 // Counting nodes, and the form of its account.
 
 #include "collecting_sink.h"
-#include "interface/perft.h"
+#include "interface/console/perft.h"
 #include "varying_figures.h"
 
 #include <gtest/gtest.h>

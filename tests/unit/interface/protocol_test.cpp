@@ -1,8 +1,8 @@
 // The output routines, the banner, and what the program says about itself.
 
 #include "collecting_sink.h"
-#include "interface/banner.h"
-#include "interface/program_info.h"
+#include "interface/program/banner.h"
+#include "interface/program/program_info.h"
 #include "interface/protocol.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The self-test: its tables, its texts, and that it sees faults.
 
 #include "collecting_sink.h"
-#include "interface/self_test.h"
+#include "interface/console/self_test.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "engine_fixture.h"
 #include "fake_base.h"
-#include "interface/uci_commands.h"
+#include "interface/uci/uci_commands.h"
 #include "platform/processor.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "board/position_text.h"
 #include "collecting_sink.h"
 #include "fake_base.h"
-#include "interface/uci_output.h"
+#include "interface/uci/uci_output.h"
 #include "varying_figures.h"
 
 #include <gtest/gtest.h>

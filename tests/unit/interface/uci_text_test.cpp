@@ -1,6 +1,6 @@
 // The figures of the `info` lines.
 
-#include "interface/uci_text.h"
+#include "interface/uci/uci_text.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -1,6 +1,6 @@
-#include "interface/log_file.h"
+#include "interface/program/log_file.h"
 
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
 
 #include <fstream>
 #include <string>

@@ -1,6 +1,6 @@
-#include "interface/banner.h"
+#include "interface/program/banner.h"
 
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
 
 namespace brenquil {
 

@@ -1,4 +1,4 @@
-#include "interface/uci_text.h"
+#include "interface/uci/uci_text.h"
 
 #include "board/score.h"
 

@@ -1,7 +1,7 @@
-#include "interface/self_test.h"
+#include "interface/console/self_test.h"
 
 #include "board/position_text.h"
-#include "interface/uci_text.h"
+#include "interface/uci/uci_text.h"
 #include "platform/bits.h"
 #include "platform/clock.h"
 #include "text/text.h"

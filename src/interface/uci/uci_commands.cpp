@@ -1,8 +1,8 @@
-#include "interface/uci_commands.h"
+#include "interface/uci/uci_commands.h"
 
 #include "board/position_text.h"
-#include "interface/go_parser.h"
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
+#include "interface/uci/go_parser.h"
 #include "text/text.h"
 
 #include <string>

@@ -1,9 +1,9 @@
-#include "interface/bench.h"
+#include "interface/program/bench.h"
 
-#include "interface/bench_positions.h"
 #include "interface/engine.h"
-#include "interface/uci_commands.h"
-#include "interface/uci_text.h"
+#include "interface/program/bench_positions.h"
+#include "interface/uci/uci_commands.h"
+#include "interface/uci/uci_text.h"
 #include "platform/clock.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
-#include "interface/perft.h"
+#include "interface/console/perft.h"
 
 #include "board/move_generator.h"
-#include "interface/uci_text.h"
+#include "interface/uci/uci_text.h"
 #include "platform/clock.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "interface/go_parser.h"
+#include "interface/uci/go_parser.h"
 
 #include "board/position_text.h"
 #include "text/text.h"

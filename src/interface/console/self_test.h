@@ -13,9 +13,9 @@
 // with 230 kB more in its perft, and belongs on the heap.
 #pragma once
 
-#include "interface/perft.h"
+#include "interface/console/perft.h"
+#include "interface/console/self_test_tables.h"
 #include "interface/protocol.h"
-#include "interface/self_test_tables.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "interface/cpu_report.h"
+#include "interface/console/cpu_report.h"
 
 #include "platform/bits.h"
 #include "platform/processor.h"

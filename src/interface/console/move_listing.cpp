@@ -1,4 +1,4 @@
-#include "interface/move_listing.h"
+#include "interface/console/move_listing.h"
 
 #include "board/move_generator.h"
 #include "board/move_list.h"

@@ -1,6 +1,6 @@
-#include "interface/batch_file.h"
+#include "interface/program/batch_file.h"
 
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
 #include "text/file.h"
 #include "text/text.h"
 

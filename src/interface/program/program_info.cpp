@@ -1,4 +1,4 @@
-#include "interface/program_info.h"
+#include "interface/program/program_info.h"
 
 #include "text/text.h"
 

@@ -1,12 +1,12 @@
 // The program: makes the engine, reads the ini file, prints the banner and obeys commands, or runs
 // the bench.
 
-#include "interface/banner.h"
-#include "interface/bench.h"
 #include "interface/command_loop.h"
 #include "interface/engine.h"
-#include "interface/ini_file.h"
-#include "interface/log_file.h"
+#include "interface/program/banner.h"
+#include "interface/program/bench.h"
+#include "interface/program/ini_file.h"
+#include "interface/program/log_file.h"
 #include "platform/standard_streams.h"
 #include "text/text.h"
 

@@ -1,8 +1,8 @@
-#include "interface/uci_output.h"
+#include "interface/uci/uci_output.h"
 
-#include "interface/move_listing.h"
+#include "interface/console/move_listing.h"
 #include "interface/move_notation.h"
-#include "interface/uci_text.h"
+#include "interface/uci/uci_text.h"
 #include "text/text.h"
 
 namespace brenquil {
