@@ -6,6 +6,7 @@
 // positions are random, each with a table at hand for it and for all its captures, and probed over
 // and over, so the tables are warm. `Load` sets the path, which looks for all 510 names.
 
+#include "../tests/support/recording_host.h"
 #include "bases/syzygy/syzygy_bases.h"
 #include "bases/syzygy/tb_probe.h"
 #include "board/position_text.h"
@@ -28,11 +29,12 @@ std::string Folders() {
 
 /// Tables and what asks them; the line about found tables is kept off the screen.
 struct Setup {
-    CSyzygyTables tables{[](const std::string&) {}};
-    CSyzygyOptions options{[this](const std::string& path) { tables.SetPath(path); }};
+    test::CRecordingHost host;
+    CSyzygyTables tables{host};
+    CSyzygyOptions options;
     CSyzygyBasesWDL base{tables, options};
 
-    Setup() { options.SetOption("Syzygy Path", Folders()); }
+    Setup() { tables.SetPath(Folders()); }
 };
 
 /// A random position of the material.

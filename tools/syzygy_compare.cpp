@@ -302,7 +302,8 @@ int main(int argc, char* argv[]) {
         std::fputs("syzygy_compare [--every-distance] PATH [NAME...]\n", stderr);
         return 2;
     }
-    CSyzygyTables tables;
+    CPlainHost host;
+    CSyzygyTables tables(host);
     tables.SetPath(names.front());
     names.erase(names.begin());
     if (names.empty()) {

@@ -50,11 +50,9 @@ std::string ShareText(std::int32_t weight, std::int32_t sum) {
 
 }  // namespace
 
-CBook::CBook(Printer print, std::function<void()> beforeChange)
-    : print_(std::move(print)),
-      beforeChange_(std::move(beforeChange)),
-      options([this](const std::string& path) { Load(path); },
-              [this](const std::string&) { FollowModeOption(); }) {}
+CBook::CBook(IHost& host) : host_(host) {
+    options.bookPath.onChange = [this](const std::string& path) { Load(path); };
+}
 
 void CBook::LookUp(MoveList& list, const CPosition& position) noexcept {
     if (file_.IsOpen() && options.ownBook.enabled) {
@@ -63,7 +61,7 @@ void CBook::LookUp(MoveList& list, const CPosition& position) noexcept {
 }
 
 bool CBook::PickMove(Move& result, const CPosition& position) {
-    return Pick(result, position, mode_);
+    return Pick(result, position, static_cast<Mode>(options.bookMode.choice.Load()));
 }
 
 bool CBook::ProbeRoot(Move& move, const CPosition& position) {
@@ -95,18 +93,10 @@ void CBook::Load(const std::string& path) {
     if (path == path_) {
         return;
     }
-    beforeChange_();
+    host_.EndSearch();
     path_ = path;
     if (file_.Open(path)) {
-        print_("book \"" + path + "\" loaded! (" + std::to_string(RecordCount()) + " moves)");
-    }
-}
-
-/// A text that is none of the advertised words leaves the mode as it is.
-void CBook::FollowModeOption() {
-    const std::int32_t choice = options.bookMode.choice;
-    if (choice != COptionCombo::NoChoice) {
-        mode_ = static_cast<Mode>(choice);
+        host_.Print("book \"" + path + "\" loaded! (" + std::to_string(RecordCount()) + " moves)");
     }
 }
 

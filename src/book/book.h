@@ -15,29 +15,27 @@
 // pseudo-legal and no more: one that leaves the king in check is the affair of who made the book.
 //
 // The book's file is replaced by the reading thread and questioned by it, and by the master's
-// thread at the end of a search. `beforeChange` sees to it that these do not meet.
+// thread at the end of a search. A new path therefore ends the search first.
 #pragma once
 
 #include "bases/base.h"
+#include "bases/host.h"
 #include "book/book_file.h"
 #include "book/book_options.h"
 
 #include <cstdint>
-#include <functional>
 #include <random>
 #include <string>
-#include <string_view>
 
 namespace brenquil {
 
 /// The book, its options and the choice among its moves.
 class CBook final : public IBase {
 public:
-    using Printer = std::function<void(std::string_view message)>;
+    CBookOptions options;
 
-    /// @param print         takes the message of a book that has been opened
-    /// @param beforeChange  called before another book is opened; ends what may be reading the book
-    CBook(Printer print, std::function<void()> beforeChange);
+    /// @param host  hears of a book that has been opened
+    explicit CBook(IHost& host);
 
     /// The number of records of the open book, 0 without one.
     [[nodiscard]] std::uint32_t RecordCount() const noexcept { return file_.RecordCount(); }
@@ -66,21 +64,15 @@ private:
     using Mode = CBookOptions::Mode;
 
     void Load(const std::string& path);
-    void FollowModeOption();
     [[nodiscard]] bool Pick(Move& result, const CPosition& position, Mode mode);
     [[nodiscard]] std::int32_t RandomBelow(std::int32_t limit);
     void FollowLine(PvLine& line, Move move, const CPosition& position);
 
-    Printer print_;
-    std::function<void()> beforeChange_;
+    IHost& host_;
     CBookFile file_;
     std::string path_;
-    Relaxed<Mode> mode_{Mode::Wide};
     std::mt19937 random_;
     bool isSeeded_ = false;
-
-public:
-    CBookOptions options;  ///< they steer this object, so they come last
 };
 
 }  // namespace brenquil

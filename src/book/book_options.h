@@ -3,6 +3,8 @@
 
 #include "text/option.h"
 
+#include <cstdint>
+
 namespace brenquil {
 
 /// The options of the opening book.
@@ -11,13 +13,12 @@ public:
     /// How the book move is chosen; the order is that of the option's advertised words.
     enum Mode : std::int32_t { Wide, Standard, Tournament, BestMove };
 
-    /// @param load     called with each new path, the unset one of the constructor included
-    /// @param setMode  called with each new mode text, the default of the constructor included
-    explicit CBookOptions(const OptionCallback& load = {}, const OptionCallback& setMode = {});
+    CBookOptions() : COptionGroup("Book") {}
 
-    COptionCheck ownBook;
-    COptionPath bookPath;
-    COptionCombo bookMode;
+    COptionCheck ownBook = AddCheck({"OwnBook", "Book Use"}, true);
+    COptionPath bookPath = AddPath("Book Path");
+    COptionCombo bookMode =
+        AddCombo("Book Mode", "Wide", {"Wide", "Standard", "Tournament", "BestMove"});
 };
 
 }  // namespace brenquil

@@ -60,7 +60,7 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
 
     const Score positional = PositionalScore(material.phase);
     const std::int64_t score = ownBalance + (whiteToMove ? positional : -positional);
-    if (options_.analyseMode) {
+    if (options_.analyse.enabled) {
         return static_cast<Score>(score);
     }
     // The contempt favours White, whoever the engine plays: required.

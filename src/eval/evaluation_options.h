@@ -1,39 +1,32 @@
 // The option group "Evaluation": the piece values and what else steers the static score.
 //
-// Search threads read the fields directly, at any time and without a lock, on every evaluation.
+// Search threads read the options themselves, at any time and without a lock, on every evaluation.
 // Exchange values are constants elsewhere and do not follow these options.
 #pragma once
 
-#include "platform/relaxed.h"
 #include "text/option.h"
 
 #include <array>
-#include <cstdint>
 
 namespace brenquil {
 
 /// The options of the evaluation.
 class CEvaluationOptions final : public COptionGroup {
 public:
-    CEvaluationOptions();
+    CEvaluationOptions() : COptionGroup("Evaluation") {}
 
-    /// Piece values by piece type, pawn to queen, steered by the five options named after them.
-    std::array<Relaxed<std::int32_t>, 5> pieceValues{100, 400, 400, 600, 1200};
+    COptionSpin contempt = AddSpin("Contempt", 0, -500, 500);
+    COptionSpin lazyEvalMargin = AddSpin("Lazy Eval Margin", 250, 0, 5000);
+    /// By piece type, pawn to queen.
+    std::array<COptionSpin, 5> pieceValues = {
+        AddSpin("Pawn", 100, 0, 2000), AddSpin("Knight", 400, 0, 2000),
+        AddSpin("Bishop", 400, 0, 2000), AddSpin("Rook", 600, 0, 2000),
+        AddSpin("Queen", 1200, 0, 2000)};
+    COptionCheck useEndgameEval = AddCheck("Use Endgame Eval", true);
 
-    /// True leaves the contempt out of the score. Written by the interface, whose option it is.
-    Relaxed<bool> analyseMode{false};
-
-    COptionSpin contempt;
-    COptionSpin lazyEvalMargin;
-    COptionSpin pawn;
-    COptionSpin knight;
-    COptionSpin bishop;
-    COptionSpin rook;
-    COptionSpin queen;
-    COptionCheck useEndgameEval;
-
-private:
-    void AddPieceValue(COptionSpin& option, std::string_view optionName, std::size_t type);
+    /// Leaves the contempt out of the score. It steers the evaluation and is listed by the group
+    /// of the output.
+    COptionCheck analyse{nullptr, {"UCI_AnalyseMode", ""}, false};
 };
 
 }  // namespace brenquil

@@ -10,7 +10,7 @@ void AddColour(Material& material, const CPosition& position, const PieceValues&
                Colour colour) noexcept {
     const auto count = [&](PieceType type) { return position.pieceCount[MakePiece(type, colour)]; };
     // Summed in 64 bits and cut to 32 at the end: options can hold any number.
-    const auto value = [&](PieceType type) { return std::int64_t{values[type].Load()}; };
+    const auto value = [&](PieceType type) { return std::int64_t{values[type].Bounded()}; };
 
     // A further bishop on squares of the same colour counts neither for material nor for the phase:
     // deliberate.

@@ -6,7 +6,7 @@
 
 #include "board/position.h"
 #include "board/types.h"
-#include "platform/relaxed.h"
+#include "text/option.h"
 
 #include <array>
 #include <cstdint>
@@ -14,7 +14,7 @@
 namespace brenquil {
 
 /// Values by type, pawn to queen, that options change while searches read them.
-using PieceValues = std::array<Relaxed<std::int32_t>, 5>;
+using PieceValues = std::array<COptionSpin, 5>;
 
 /// What a full set of men counts for the phase; promoted men can bring it above.
 inline constexpr std::int32_t PhaseTotal = 24;

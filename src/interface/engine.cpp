@@ -2,28 +2,26 @@
 
 #include "board/score.h"
 #include "eval/evaluation.h"
+#include "text/text.h"
 
 #include <string>
 
 namespace brenquil {
 
-CEngine::CEngine(ILineSink& lineSink)
-    : sink(lineSink),
-      master(Context(), output),
-      memoryOptions([this](std::int32_t megabytes) { ResizeHash(megabytes); },
-                    [this] { return static_cast<std::int32_t>(hashTable.SizeMegabytes()); }),
-      book([this](std::string_view message) { protocol.PrintInfoString(message); },
-           [this] { master.EndSearch(); }),
-      nalimov([this](std::string_view message) { protocol.PrintInfoString(message); },
-              [this] { master.EndSearch(); }),
-      syzygyOptions([this](const std::string& path) {
-          master.EndSearch();
-          syzygyTables.SetPath(path);
-      }) {
+CEngine::CEngine(ILineSink& lineSink) : sink(lineSink), master(Context(), output) {
+    outputOptions.logging.onChange = [this](const std::string& value) {
+        // The fallback is false here: a text that is no truth value switches the log off, although
+        // the option's own field keeps what it was.
+        protocol.logging = ParseBool(value, false);
+    };
+    syzygyOptions.path.onChange = [this](const std::string& path) { syzygyTables.SetPath(path); };
     bases.Add(book, 0);
     bases.Add(nalimov, CNalimovBasesDTM::MostMen);
     bases.Add(syzygyDtz, 0);
     bases.Add(syzygyWdl, CSyzygyBasesWDL::MostMen);
+    for (COptionGroup* group : optionGroups) {
+        group->RunCallbacks();
+    }
 }
 
 CEngine::~CEngine() {
@@ -39,17 +37,16 @@ SearchContext CEngine::Context() noexcept {
     return {hashTable, bases, searchOptions, evaluationOptions, kpkBitbase};
 }
 
-void CEngine::ResizeHash(std::int32_t megabytes) {
-    const auto size = static_cast<std::uint32_t>(megabytes);
-    if (size == hashTable.SizeMegabytes()) {
-        return;
-    }
+void CEngine::Print(std::string_view message) {
+    protocol.PrintInfoString(message);
+}
+
+void CEngine::PrintBare(std::string_view line) {
+    sink.Write(std::string(line) + "\n");
+}
+
+void CEngine::EndSearch() {
     master.EndSearch();
-    if (!hashTable.Resize(size)) {
-        protocol.PrintInfoString("Hash of " + std::to_string(megabytes) +
-                                 " MB cannot be allocated, " +
-                                 std::to_string(hashTable.SizeMegabytes()) + " MB stay in use");
-    }
 }
 
 }  // namespace brenquil

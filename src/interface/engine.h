@@ -8,6 +8,7 @@
 #pragma once
 
 #include "bases/base.h"
+#include "bases/host.h"
 #include "bases/nalimov/nalimov_bases_dtm.h"
 #include "bases/syzygy/syzygy_bases.h"
 #include "bases/syzygy/syzygy_options.h"
@@ -28,7 +29,7 @@
 namespace brenquil {
 
 /// The program's objects. `master.position` is the game position.
-class CEngine {
+class CEngine final : private IHost {
 public:
     /// @param lineSink  takes every output line; outlives the engine
     explicit CEngine(ILineSink& lineSink);
@@ -36,7 +37,7 @@ public:
     CEngine& operator=(const CEngine&) = delete;
 
     /// Ends a search that is under way.
-    ~CEngine();
+    ~CEngine() override;
 
     /// The static score of a position from the view of the side to move. For the reading thread.
     [[nodiscard]] Score Evaluate(const CPosition& position);
@@ -48,15 +49,14 @@ public:
     const CKpkBitbase kpkBitbase;
     CSearchOptions searchOptions;
     CEvaluationOptions evaluationOptions;
-    COutputOptions outputOptions{protocol, evaluationOptions.analyseMode};
+    COutputOptions outputOptions{evaluationOptions};
     CUciOutput output{protocol, outputOptions, bases};
     CMasterThread master;
-    CMemoryOptions memoryOptions;  ///< sizes the hash table, so it comes behind all that this needs
+    CMemoryOptions memoryOptions{*this, hashTable};
 
-    // The sources of ready answers end a search before they change, so they come behind the master.
-    CBook book;
-    CNalimovBasesDTM nalimov;
-    CSyzygyTables syzygyTables;
+    CBook book{*this};
+    CNalimovBasesDTM nalimov{*this};
+    CSyzygyTables syzygyTables{*this};
     CSyzygyOptions syzygyOptions;
     CSyzygyBasesDTZ syzygyDtz{syzygyTables, syzygyOptions};
     CSyzygyBasesWDL syzygyWdl{syzygyTables, syzygyOptions};
@@ -68,7 +68,11 @@ public:
 
 private:
     [[nodiscard]] SearchContext Context() noexcept;
-    void ResizeHash(std::int32_t megabytes);
+
+    // What book, tables and memory ask for.
+    void Print(std::string_view message) override;
+    void PrintBare(std::string_view line) override;
+    void EndSearch() override;
 };
 
 }  // namespace brenquil

@@ -1,11 +1,10 @@
 // The option group "Output": what the program prints, and in which notation.
 //
-// The search threads read the fields while they print. Two options steer others' fields: Logging
-// switches the protocol's log, and UCI_AnalyseMode a flag of the evaluation, which may know nothing
-// of this room; both are passed in.
+// The search threads read the options while they print.
 #pragma once
 
-#include "interface/protocol.h"
+#include "eval/evaluation_options.h"
+#include "interface/program/program_info.h"
 #include "text/option.h"
 
 namespace brenquil {
@@ -13,19 +12,24 @@ namespace brenquil {
 /// The options of the output.
 class COutputOptions final : public COptionGroup {
 public:
-    /// @param protocol     its `logging` follows the option Logging
-    /// @param analyseMode  follows the option UCI_AnalyseMode
-    COutputOptions(CProtocol& protocol, Relaxed<bool>& analyseMode);
+    /// @param evaluation  holds one of the options that are listed here
+    explicit COutputOptions(CEvaluationOptions& evaluation)
+        : COptionGroup("Output"), analyse(Adopt(evaluation.analyse)) {}
 
-    COptionCheck ponder;             ///< `bestmove` names a ponder move
-    COptionCheck chess960;           ///< castling is written and read as king takes rook
-    COptionCheck analyse;            ///< contempt is left out of the evaluation
-    COptionCheck showCurrLine;       ///< `info currline` lines
-    COptionCheck showRefutations;    ///< `info refutation` lines
-    COptionCheck showDatabaseMoves;  ///< a line of database moves behind `bestmove`
-    COptionString engineAbout;
-    COptionCheck logging;
-    COptionCheck debug;  ///< setoption answers; no UCI option, set by the command `debug`
+    COptionCheck ponder = AddCheck("Ponder", true);  ///< `bestmove` names a ponder move
+    /// Castling is written and read as king takes rook.
+    COptionCheck chess960 = AddCheck({"UCI_Chess960", "Chess960"}, false);
+    COptionCheck& analyse;
+    /// `info currline` lines
+    COptionCheck showCurrLine = AddCheck({"UCI_ShowCurrLine", "Show Current Line"}, false);
+    /// `info refutation` lines
+    COptionCheck showRefutations = AddCheck({"UCI_ShowRefutations", "Show Refutations"}, false);
+    /// A line of database moves after `bestmove`.
+    COptionCheck showDatabaseMoves = AddCheck("Show Database Moves", false);
+    COptionString engineAbout = AddString({"UCI_EngineAbout", ""}, HomePage);
+    COptionCheck logging = AddCheck("Logging", false);
+    /// `setoption` answers; no UCI option, set by the command `debug`.
+    COptionCheck debug = AddCheck({"", "Debug"}, false);
 };
 
 }  // namespace brenquil

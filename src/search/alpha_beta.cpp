@@ -111,7 +111,8 @@ std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
         position_.MenCount() < FewestMenForStaticPruning || !options_.useFutility.enabled) {
         return std::nullopt;
     }
-    const Score margin = options_.futilityMargins[static_cast<std::size_t>(node.depth)];
+    const Score margin =
+        options_.futilityMargins[static_cast<std::size_t>(node.depth - 1)].Bounded();
     const Score lower = node.alpha - margin;
     const Score upper = node.beta + margin;
     const Score value = evaluation_.Evaluate(lower, upper);

@@ -2,14 +2,30 @@
 
 #include "text/text.h"
 
+#include <cstdint>
+
 namespace brenquil {
 
-CMemoryOptions::CMemoryOptions(const std::function<void(std::int32_t megabytes)>& resize,
-                               const std::function<std::int32_t()>& currentSize)
-    : COptionGroup("Memory") {
-    AddSpin(hash, "Hash", "Hash", 64, 0, 16384, [resize, currentSize](const std::string& value) {
-        resize(IsNumeric(value) ? ToInteger(value) : currentSize());
-    });
+CMemoryOptions::CMemoryOptions(IHost& host, CHashTable& hashTable)
+    : COptionGroup("Memory"), host_(host), hashTable_(hashTable) {
+    hash.onChange = [this](const std::string& megabytes) { Resize(megabytes); };
+}
+
+/// A text that is no number asks for the present size.
+void CMemoryOptions::Resize(const std::string& megabytes) {
+    if (!IsNumeric(megabytes)) {
+        return;
+    }
+    const std::int32_t wanted = ToInteger(megabytes);
+    const auto size = static_cast<std::uint32_t>(wanted);
+    if (size == hashTable_.SizeMegabytes()) {
+        return;
+    }
+    host_.EndSearch();
+    if (!hashTable_.Resize(size)) {
+        host_.Print("Hash of " + std::to_string(wanted) + " MB cannot be allocated, " +
+                    std::to_string(hashTable_.SizeMegabytes()) + " MB stay in use");
+    }
 }
 
 }  // namespace brenquil

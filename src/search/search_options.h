@@ -1,43 +1,42 @@
 // The option group "Search": what steers the tree, and the number of threads.
 //
-// Search threads read the typed fields directly, at any time and without a lock; a change takes
-// effect at the next read. `threads` is read at the start of each search.
+// Search threads read the options themselves, at any time and without a lock; a change takes effect
+// at the next read. `threads` is read at the start of each search.
 #pragma once
 
-#include "platform/relaxed.h"
+#include "platform/processor.h"
 #include "text/option.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdint>
 
 namespace brenquil {
 
 /// The options of the search.
 class CSearchOptions final : public COptionGroup {
 public:
-    CSearchOptions();
+    /// The largest number of threads that is advertised, on a machine with as many processors.
+    static constexpr int MostAdvertisedThreads = 32;
 
-    /// Futility margins in evaluation units by remaining depth, steered by the three options named
-    /// after them. There is no margin at depth 0, the entry is there for the index.
-    std::array<Relaxed<std::int32_t>, 4> futilityMargins{0, 50, 350, 550};
+    CSearchOptions() : COptionGroup("Search") {}
 
-    COptionSpin threads;  ///< search threads, the master included
-    COptionSpin nullmoveReduction;
-    COptionSpin nullmoveMinDepth;
-    COptionSpin lmrMinDepth;
-    COptionSpin lmrMinMoves;
-    COptionSpin futilityMargin1;
-    COptionSpin futilityMargin2;
-    COptionSpin futilityMargin3;
-    COptionSpin multiPv;
-    COptionSpin multiPvDelta;
-    COptionCheck useNullmove;
-    COptionCheck useFutility;
-    COptionCheck useLmr;
-    COptionCheck useExtensions;
-
-private:
-    void AddMargin(COptionSpin& option, std::string_view optionName, std::size_t depth);
+    /// Search threads, the master included.
+    COptionSpin threads =
+        AddSpin("Threads", 1, 1, std::min(MostAdvertisedThreads, ProcessorCount()));
+    COptionSpin nullmoveReduction = AddSpin("Nullmove Reduction", 3, 1, 5);
+    COptionSpin nullmoveMinDepth = AddSpin("Nullmove Min Depth", 2, 1, 100);
+    COptionSpin lmrMinDepth = AddSpin("LMR Min Depth", 3, 1, 100);
+    COptionSpin lmrMinMoves = AddSpin("LMR Min Moves", 4, 1, 100);
+    /// In evaluation units, for 1, 2 and 3 remaining plies.
+    std::array<COptionSpin, 3> futilityMargins = {AddSpin("Futility Margin1", 50, 0, 5000),
+                                                  AddSpin("Futility Margin2", 350, 0, 5000),
+                                                  AddSpin("Futility Margin3", 550, 0, 5000)};
+    COptionSpin multiPv = AddSpin("MultiPV", 1, 1, 20);
+    COptionSpin multiPvDelta = AddSpin("MultiPV Delta", 500, 1, 2000);
+    COptionCheck useNullmove = AddCheck("Use Nullmove", true);
+    COptionCheck useFutility = AddCheck("Use Futility", true);
+    COptionCheck useLmr = AddCheck("Use LMR", true);
+    COptionCheck useExtensions = AddCheck("Use Extensions", true);
 };
 
 }  // namespace brenquil

@@ -3,7 +3,6 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace brenquil {
 
@@ -11,10 +10,6 @@ namespace {
 
 /// Column in which the remark of an ini line begins, unless the setting itself is longer.
 constexpr std::size_t IniRemarkColumn = 50;
-
-std::string SpinLimits(const COption& option, std::string_view between) {
-    return std::to_string(option.min) + std::string(between) + std::to_string(option.max);
-}
 
 COption* FindByName(const std::vector<COption*>& options, std::string_view name) {
     // Either name counts in either list. An absent name is the empty string, so the empty name
@@ -26,6 +21,13 @@ COption* FindByName(const std::vector<COption*>& options, std::string_view name)
 }
 
 }  // namespace
+
+COption::COption(COptionGroup* group, std::string_view typeWord, const OptionNames& names)
+    : type(typeWord), uciName(names.uci), iniName(names.ini) {
+    if (group != nullptr) {
+        group->Enter(*this);
+    }
+}
 
 void COption::SetValue(const std::string& text) {
     if (text == value) {
@@ -39,56 +41,95 @@ void COption::SetValue(const std::string& text) {
 }
 
 std::string COption::UciLine() const {
-    const std::string head = "option name " + uciName + " type ";
-    switch (type) {
-    case OptionType::Button: return head + "button";
-    case OptionType::String:
-    case OptionType::Path: return head + "string default " + value;
-    case OptionType::Check: return head + "check default " + value;
-    case OptionType::Spin:
-        return head + "spin default " + value + " min " + SpinLimits(*this, " max ");
-    case OptionType::Combo: return head + "combo default " + value + " var " + Join(vars, " var ");
-    }
-    return head;
+    return "option name " + uciName + " type " + std::string(type) + " default " + value +
+           UciLimits();
 }
 
 std::string COption::IniLine() const {
     const std::string setting = iniName + "=" + value;
-    std::string remark;
-    switch (type) {
-    case OptionType::Button:
-    case OptionType::String:
-    case OptionType::Path: return setting;
-    case OptionType::Check: remark = "# [true, false]"; break;
-    case OptionType::Spin: remark = "# [" + SpinLimits(*this, " : ") + "]"; break;
-    case OptionType::Combo: remark = "# [" + Join(vars, ", ") + "]"; break;
+    const std::string limits = IniLimits();
+    if (limits.empty()) {
+        return setting;
     }
     const std::size_t padding = IniRemarkColumn - std::min(IniRemarkColumn, setting.size());
-    return setting + std::string(padding, ' ') + remark;
+    return setting + std::string(padding, ' ') + "# [" + limits + "]";
+}
+
+COptionCheck::COptionCheck(COptionGroup* group, const OptionNames& names, bool defaultValue)
+    : COption(group, "check", names), enabled(defaultValue) {
+    value = defaultValue ? "true" : "false";
 }
 
 void COptionCheck::Apply(const std::string& text) {
     enabled = ParseBool(text, enabled);
 }
 
+COptionSpin::COptionSpin(COptionGroup* group, const OptionNames& names, std::int32_t defaultValue,
+                         std::int32_t minimum, std::int32_t maximum)
+    : COption(group, "spin", names),
+      min(minimum),
+      max(maximum),
+      number(defaultValue),
+      bounded_(defaultValue) {
+    value = std::to_string(defaultValue);
+}
+
 void COptionSpin::Apply(const std::string& text) {
     if (IsNumeric(text)) {
         number = ToInteger(text);
+        bounded_ = std::clamp(number.Load(), -ArithmeticLimit, ArithmeticLimit);
     }
+}
+
+std::string COptionSpin::UciLimits() const {
+    return " min " + std::to_string(min) + " max " + std::to_string(max);
+}
+
+std::string COptionSpin::IniLimits() const {
+    return std::to_string(min) + " : " + std::to_string(max);
+}
+
+COptionString::COptionString(COptionGroup* group, const OptionNames& names,
+                             std::string_view defaultValue)
+    : COption(group, "string", names), text(defaultValue) {
+    value = text;
 }
 
 void COptionString::Apply(const std::string& newText) {
     text = newText;
 }
 
+COptionPath::COptionPath(COptionGroup* group, const OptionNames& names,
+                         std::string_view defaultValue)
+    : COption(group, "string", names), text(defaultValue) {
+    value = text;
+}
+
 void COptionPath::Apply(const std::string& newText) {
     text = newText;
+}
+
+COptionCombo::COptionCombo(COptionGroup* group, const OptionNames& names,
+                           std::string_view defaultValue, std::vector<std::string> words)
+    : COption(group, "combo", names), vars(std::move(words)) {
+    value = defaultValue;
+    Apply(value);
 }
 
 void COptionCombo::Apply(const std::string& newText) {
     text = newText;
     const auto found = std::find(vars.begin(), vars.end(), newText);
-    choice = found == vars.end() ? NoChoice : static_cast<std::int32_t>(found - vars.begin());
+    if (found != vars.end()) {
+        choice = static_cast<std::int32_t>(found - vars.begin());
+    }
+}
+
+std::string COptionCombo::UciLimits() const {
+    return " var " + Join(vars, " var ");
+}
+
+std::string COptionCombo::IniLimits() const {
+    return Join(vars, ", ");
 }
 
 bool COptionGroup::SetOption(std::string_view optionName, const std::string& value) {
@@ -103,43 +144,16 @@ bool COptionGroup::SetOption(std::string_view optionName, const std::string& val
     return true;
 }
 
-void COptionGroup::AddCheck(COptionCheck& option, std::string_view uciName,
-                            std::string_view iniName, bool defaultValue, OptionCallback onChange) {
-    Enter(option, uciName, iniName, defaultValue ? "true" : "false", std::move(onChange));
+void COptionGroup::RunCallbacks() {
+    for (const COption* option : options_) {
+        if (option->onChange) {
+            option->onChange(option->value);
+        }
+    }
 }
 
-void COptionGroup::AddSpin(COptionSpin& option, std::string_view uciName, std::string_view iniName,
-                           std::int32_t defaultValue, std::int32_t min, std::int32_t max,
-                           OptionCallback onChange) {
-    option.min = min;
-    option.max = max;
-    Enter(option, uciName, iniName, std::to_string(defaultValue), std::move(onChange));
-}
-
-void COptionGroup::AddString(COptionString& option, std::string_view uciName,
-                             std::string_view iniName, std::string_view defaultValue,
-                             OptionCallback onChange) {
-    Enter(option, uciName, iniName, defaultValue, std::move(onChange));
-}
-
-void COptionGroup::AddPath(COptionPath& option, std::string_view uciName, std::string_view iniName,
-                           std::string_view defaultValue, OptionCallback onChange) {
-    Enter(option, uciName, iniName, defaultValue, std::move(onChange));
-}
-
-void COptionGroup::AddCombo(COptionCombo& option, std::string_view uciName,
-                            std::string_view iniName, std::string_view defaultValue,
-                            std::vector<std::string> vars, OptionCallback onChange) {
-    option.vars = std::move(vars);
-    Enter(option, uciName, iniName, defaultValue, std::move(onChange));
-}
-
-void COptionGroup::Enter(COption& option, std::string_view uciName, std::string_view iniName,
-                         std::string_view defaultValue, OptionCallback onChange) {
-    option.onChange = std::move(onChange);
-    option.uciName = uciName;
-    option.iniName = iniName;
-    option.SetValue(std::string(defaultValue));
+void COptionGroup::Enter(COption& option) {
+    options_.push_back(&option);
     if (!option.uciName.empty()) {
         uciOptions.push_back(&option);
     }

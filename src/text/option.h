@@ -1,14 +1,25 @@
 // Run-time settings: one object per option, collected in named groups.
 //
+//     class CBookOptions final : public COptionGroup {
+//     public:
+//         CBookOptions() : COptionGroup("Book") {}
+//         COptionCheck ownBook = AddCheck({"OwnBook", "Book Use"}, true);
+//     };
+//
 // An option has a name for the UCI command setoption and one for the ini file, holds its value as
 // text, and parses that text into a typed field which consumers read directly: `enabled` of a
-// check, `number` of a spin, `text` of the others, and `choice` of a combo. A group is a class of
-// its own that derives from COptionGroup, holds its options as public members and enters them into
-// its lists in its constructor; order of entry is order of printing everywhere. The same objects
-// serve the `option` lines, setoption, the ini file reader and the ini file writer.
+// check, `number` of a spin, `text` of a string or path, and `choice` of a combo. Nobody keeps a
+// copy of it. A group is a class that derives from COptionGroup and declares its options as public
+// members, once each, by the functions that begin with Add; order of declaration is order of
+// printing everywhere. The same objects serve the `option` lines, setoption, the ini file reader
+// and the ini file writer.
 //
 // All paths go through SetValue, which does nothing when the text does not change. Ranges and
-// choices are advertised, never enforced.
+// choices are advertised, never enforced here.
+//
+// Nothing is called back while objects are being made. Who has to act on a change sets `onChange`;
+// once everything is there, one call of RunCallbacks for each group brings what the options steer
+// into line with their defaults.
 //
 // Threads: options are set by the reading thread only. `enabled`, `number` and `choice` may be read
 // by any thread at any time, a relaxed load each. The strings belong to the reading thread alone:
@@ -17,29 +28,33 @@
 
 #include "platform/relaxed.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace brenquil {
 
-/// What kind of value an option holds; decides its text forms.
-enum class OptionType : std::int32_t {
-    Button = 0,  ///< known to the text forms only, no option of this kind exists
-    String = 1,
-    Path = 2,  ///< a string option for front ends
-    Check = 3,
-    Spin = 4,
-    Combo = 5
-};
-
 /// Called with the new value text whenever a value has changed; may be empty.
 using OptionCallback = std::function<void(const std::string& value)>;
 
-/// One setting: its names, its text and what happens on a change. Groups fill the fields in.
+/// The two names of an option: one text for both, or one for each. An empty one keeps the option
+/// out of the `option` lines or out of the ini file.
+struct OptionNames {
+    // NOLINTNEXTLINE(google-explicit-constructor): the usual case reads as one name
+    OptionNames(const char* both) : uci(both), ini(both) {}
+
+    OptionNames(std::string_view uciName, std::string_view iniName) : uci(uciName), ini(iniName) {}
+
+    std::string uci;
+    std::string ini;
+};
+
+class COptionGroup;
+
+/// One setting: its names, its text and what happens on a change.
 class COption {
 public:
     virtual ~COption() = default;
@@ -60,27 +75,35 @@ public:
     /// The option's line in the ini file, without a line feed.
     [[nodiscard]] std::string IniLine() const;
 
-    const OptionType type;
+    const std::string_view type;  ///< the word of the `option` line, "spin" for one
     OptionCallback onChange;
-    std::string uciName;  ///< empty: not offered over UCI
-    std::string iniName;  ///< empty: not written to the ini file
+    const std::string uciName;  ///< empty: not offered over UCI
+    const std::string iniName;  ///< empty: not written to the ini file
     std::string value;
-    std::int32_t min = 0;           ///< spin options only
-    std::int32_t max = 0;           ///< spin options only
-    std::vector<std::string> vars;  ///< combo options only
 
 protected:
-    explicit COption(OptionType optionType) noexcept : type(optionType) {}
+    /// @param group     the group that lists the option; null if another one will
+    /// @param typeWord  a literal
+    COption(COptionGroup* group, std::string_view typeWord, const OptionNames& names);
+
+    /// What follows the default in the `option` line, with a blank in front; nothing by default.
+    [[nodiscard]] virtual std::string UciLimits() const { return {}; }
+
+    /// The values that the ini file offers beside the setting, in brackets; nothing by default.
+    [[nodiscard]] virtual std::string IniLimits() const { return {}; }
 };
 
 /// A switch.
 class COptionCheck final : public COption {
 public:
-    COptionCheck() noexcept : COption(OptionType::Check) {}
+    COptionCheck(COptionGroup* group, const OptionNames& names, bool defaultValue);
 
     void Apply(const std::string& text) override;
 
     Relaxed<bool> enabled{false};
+
+private:
+    [[nodiscard]] std::string IniLimits() const override { return "true, false"; }
 };
 
 /// A whole number with an advertised range.
@@ -89,35 +112,40 @@ public:
     /// Numbers of this size and beyond mean the same to every sum that they enter.
     static constexpr std::int32_t ArithmeticLimit = 1'000'000;
 
-    COptionSpin() noexcept : COption(OptionType::Spin) {}
+    COptionSpin(COptionGroup* group, const OptionNames& names, std::int32_t defaultValue,
+                std::int32_t minimum, std::int32_t maximum);
 
     void Apply(const std::string& text) override;
 
-    /// A number as sums use it. Any number can be set; this keeps sums of a few dozen of them, and
-    /// of scores and depths, within 32 bits.
-    [[nodiscard]] static constexpr std::int32_t Bound(std::int32_t value) noexcept {
-        return std::clamp(value, -ArithmeticLimit, ArithmeticLimit);
-    }
+    /// The number as sums use it. Any number can be set; this one is at most ArithmeticLimit either
+    /// way, which keeps sums of a few dozen of them, and of scores and depths, within 32 bits.
+    [[nodiscard]] std::int32_t Bounded() const noexcept { return bounded_; }
 
-    [[nodiscard]] std::int32_t Bounded() const noexcept { return Bound(number); }
-
+    const std::int32_t min;
+    const std::int32_t max;
     Relaxed<std::int32_t> number{0};
+
+private:
+    [[nodiscard]] std::string UciLimits() const override;
+    [[nodiscard]] std::string IniLimits() const override;
+
+    Relaxed<std::int32_t> bounded_{0};  ///< kept beside `number`: every evaluation reads it
 };
 
 /// Free text.
 class COptionString final : public COption {
 public:
-    COptionString() noexcept : COption(OptionType::String) {}
+    COptionString(COptionGroup* group, const OptionNames& names, std::string_view defaultValue);
 
     void Apply(const std::string& newText) override;
 
     std::string text;
 };
 
-/// A file or directory name, or a list of them.
+/// A file or directory name, or a list of them. A string for front ends.
 class COptionPath final : public COption {
 public:
-    COptionPath() noexcept : COption(OptionType::Path) {}
+    COptionPath(COptionGroup* group, const OptionNames& names, std::string_view defaultValue);
 
     void Apply(const std::string& newText) override;
 
@@ -127,18 +155,23 @@ public:
 /// One of some advertised words.
 class COptionCombo final : public COption {
 public:
-    /// The value of `choice` while the text is none of the advertised words.
-    static constexpr std::int32_t NoChoice = -1;
-
-    COptionCombo() noexcept : COption(OptionType::Combo) {}
+    COptionCombo(COptionGroup* group, const OptionNames& names, std::string_view defaultValue,
+                 std::vector<std::string> words);
 
     void Apply(const std::string& newText) override;
 
+    const std::vector<std::string> vars;
     std::string text;
-    Relaxed<std::int32_t> choice{NoChoice};  ///< index of the text in `vars`, for other threads
+
+    /// The place in `vars` of the last text that was one of them: any other leaves it.
+    Relaxed<std::int32_t> choice{0};
+
+private:
+    [[nodiscard]] std::string UciLimits() const override;
+    [[nodiscard]] std::string IniLimits() const override;
 };
 
-/// A named list of options. Derived classes hold the option objects and enter them in order.
+/// A named list of options. A derived class declares them with the functions that begin with Add.
 class COptionGroup {
 public:
     /// The value of a path option that has not been set; consumers compare against it.
@@ -152,6 +185,9 @@ public:
     /// @return false when no option has the name
     bool SetOption(std::string_view name, const std::string& value);
 
+    /// Runs the callback of every option with its present value, in their order.
+    void RunCallbacks();
+
     std::vector<COption*> uciOptions;
     std::vector<COption*> iniOptions;
     const std::string name;
@@ -161,25 +197,42 @@ protected:
 
     ~COptionGroup() = default;
 
-    // Each of these fills in an option, sets its default through SetValue, so that the callback
-    // runs once for it, and enters the option into the lists in which it has a name.
+    // Each of these is a new option with its default. Used to initialise a member, it is made in
+    // place and has entered itself into the lists in which it has a name.
 
-    void AddCheck(COptionCheck& option, std::string_view uciName, std::string_view iniName,
-                  bool defaultValue, OptionCallback onChange = {});
-    void AddSpin(COptionSpin& option, std::string_view uciName, std::string_view iniName,
-                 std::int32_t defaultValue, std::int32_t min, std::int32_t max,
-                 OptionCallback onChange = {});
-    void AddString(COptionString& option, std::string_view uciName, std::string_view iniName,
-                   std::string_view defaultValue, OptionCallback onChange = {});
-    void AddPath(COptionPath& option, std::string_view uciName, std::string_view iniName,
-                 std::string_view defaultValue, OptionCallback onChange = {});
-    void AddCombo(COptionCombo& option, std::string_view uciName, std::string_view iniName,
-                  std::string_view defaultValue, std::vector<std::string> vars,
-                  OptionCallback onChange = {});
+    [[nodiscard]] COptionCheck AddCheck(const OptionNames& names, bool defaultValue) {
+        return {this, names, defaultValue};
+    }
+
+    [[nodiscard]] COptionSpin AddSpin(const OptionNames& names, std::int32_t defaultValue,
+                                      std::int32_t min, std::int32_t max) {
+        return {this, names, defaultValue, min, max};
+    }
+
+    [[nodiscard]] COptionString AddString(const OptionNames& names, std::string_view defaultValue) {
+        return {this, names, defaultValue};
+    }
+
+    [[nodiscard]] COptionPath AddPath(const OptionNames& names) { return {this, names, EmptyPath}; }
+
+    [[nodiscard]] COptionCombo AddCombo(const OptionNames& names, std::string_view defaultValue,
+                                        std::vector<std::string> vars) {
+        return {this, names, defaultValue, std::move(vars)};
+    }
+
+    /// Lists an option that another group holds because it steers that group's subject.
+    template <class Option>
+    [[nodiscard]] Option& Adopt(Option& option) {
+        Enter(option);
+        return option;
+    }
 
 private:
-    void Enter(COption& option, std::string_view uciName, std::string_view iniName,
-               std::string_view defaultValue, OptionCallback onChange);
+    friend class COption;
+
+    void Enter(COption& option);
+
+    std::vector<COption*> options_;  ///< all of them
 };
 
 /// All groups of the program, in the order of their `option` lines. Owns nothing.

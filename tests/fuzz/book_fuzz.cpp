@@ -1,6 +1,7 @@
 // An opening book of any bytes: the questions end, and every move that comes back can be asked of
 // the board. The last byte of an input chooses the position.
 
+#include "../support/recording_host.h"
 #include "board/move_generator.h"
 #include "board/position_text.h"
 #include "book/book.h"
@@ -43,7 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     static const auto position = std::make_unique<CPosition>();
-    static const auto book = std::make_unique<CBook>([](std::string_view) {}, [] {});
+    static test::CRecordingHost host;
+    static const auto book = std::make_unique<CBook>(host);
     CPositionText(*position).SetFen(Fens[data[size - 1] % Fens.size()]);
     const std::vector<std::uint8_t> bytes = WithKeys(data, size, position->key);
     WriteWhole(Path, AsText(bytes.data(), bytes.size()));

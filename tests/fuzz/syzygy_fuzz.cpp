@@ -14,6 +14,7 @@
 // BRENQUIL_SYZYGY_SEEDS names a folder into which these and larger ones are put at the start, and
 // small real ones when BRENQUIL_DATA names the shared data. Neither is needed.
 
+#include "../support/recording_host.h"
 #include "bases/syzygy/tb_entry.h"
 #include "bases/syzygy/tb_lookup.h"
 #include "bases/syzygy/tb_probe.h"
@@ -117,7 +118,9 @@ void ProbeThroughFiles(std::size_t material, bool isWdl, const support::Bytes& b
         std::atexit([] { std::filesystem::remove_all(folder); });
         return made;
     }();
-    static CSyzygyTables tables([](const std::string&) {});
+    static test::CRecordingHost host;
+    static CSyzygyTables tables(host);
+    host.bareLines.clear();
     const std::string name = Names[material];
     const support::Bytes wdl = isWdl ? bytes : support::MakeFlatWdlFile(name, 2);
     const support::Bytes dtz = isWdl ? support::MakeFlatDtzFile(name, 0) : bytes;

@@ -4,6 +4,7 @@
 // texts and those too long for a line left out; what a batch file queues are commands without line
 // ends, remarks and outer blanks.
 
+#include "../support/recording_host.h"
 #include "book/book_options.h"
 #include "eval/evaluation_options.h"
 #include "interface/output_options.h"
@@ -38,13 +39,12 @@ public:
 
 /// The options of the program, without the table, book and log that they steer.
 struct Options {
-    CSilentSink sink;
-    CProtocol protocol{sink};
-    Relaxed<bool> analyse{false};
-    CMemoryOptions memory{[](std::int32_t) {}, [] { return 64; }};
+    test::CRecordingHost host;
+    CHashTable hashTable;
+    CMemoryOptions memory{host, hashTable};
     CSearchOptions search;
     CEvaluationOptions evaluation;
-    COutputOptions output{protocol, analyse};
+    COutputOptions output{evaluation};
     CBookOptions book;
     OptionGroupList groups{&memory, &search, &evaluation, &output, &book};
     const std::vector<std::string> defaults = Values();

@@ -6,6 +6,7 @@
 #include "nalimov_enumerator.h"
 #include "nalimov_solver.h"
 #include "nalimov_table_writer.h"
+#include "recording_host.h"
 
 #include <filesystem>
 #include <memory>
@@ -62,12 +63,12 @@ private:
     std::filesystem::path path_;
 };
 
-/// The base, with what it prints and how often it ends the search.
+/// The base with its defaults in force, and what it asks of its host.
 struct NalimovEngine {
-    std::vector<std::string> printed;
-    int searchesEnded = 0;
-    CNalimovBasesDTM bases{[this](std::string_view text) { printed.emplace_back(text); },
-                           [this] { ++searchesEnded; }};
+    NalimovEngine() { options.RunCallbacks(); }
+
+    CRecordingHost host;
+    CNalimovBasesDTM bases{host};
     CNalimovOptions& options = bases.options;
 };
 

@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <utility>
 
 namespace brenquil {
 
@@ -25,31 +24,29 @@ std::string MarkOf(Score score) {
 
 }  // namespace
 
-CNalimovBasesDTM::CNalimovBasesDTM(std::function<void(std::string_view)> print,
-                                   std::function<void()> endSearch)
-    : print_(std::move(print)),
-      endSearch_(std::move(endSearch)),
-      options([this](const std::string& path) { SetPath(path); },
-              [this](const std::string& megabytes) { SetCache(megabytes); }) {}
+CNalimovBasesDTM::CNalimovBasesDTM(IHost& host) : host_(host) {
+    options.path.onChange = [this](const std::string& path) { SetPath(path); };
+    options.cache.onChange = [this](const std::string& megabytes) { SetCache(megabytes); };
+}
 
 void CNalimovBasesDTM::SetPath(const std::string& path) {
     if (path == path_) {
         return;
     }
-    endSearch_();
+    host_.EndSearch();
     path_ = path;
     cache_.Clear();
     const int men = tables_.RegisterAll(path);
     cache_.PrepareDecoding();
     if (men != 0) {
-        print_("tablebases " + std::to_string(men) + "-men loaded!");
+        host_.Print("tablebases " + std::to_string(men) + "-men loaded!");
     }
 }
 
 void CNalimovBasesDTM::SetCache(const std::string& megabytes) {
     const std::int32_t size = IsNumeric(megabytes) ? ToInteger(megabytes) : cache_.Megabytes();
     if (size != cache_.Megabytes()) {
-        endSearch_();
+        host_.EndSearch();
         cache_.Resize(size);
     }
 }
@@ -60,7 +57,7 @@ bool CNalimovBasesDTM::MayAnswer(const CPosition& position) const noexcept {
 }
 
 bool CNalimovBasesDTM::ProbeSearch(Score& score, const CPosition& position, int depth, int ply) {
-    if (!MayAnswer(position) || options.nalimovUsage != CNalimovOptions::InSearch) {
+    if (!MayAnswer(position) || options.usage.choice != CNalimovOptions::InSearch) {
         return false;
     }
     if (depth < options.minDepth.number || ply < 1 ||
@@ -77,7 +74,7 @@ bool CNalimovBasesDTM::ProbeSearch(Score& score, const CPosition& position, int 
 }
 
 bool CNalimovBasesDTM::ProbeRoot(Move& move, const CPosition& position) {
-    if (!MayAnswer(position) || options.nalimovUsage == CNalimovOptions::Never) {
+    if (!MayAnswer(position) || options.usage.choice == CNalimovOptions::Never) {
         return false;
     }
     const auto copy = std::make_unique<CPosition>();
@@ -102,7 +99,7 @@ bool CNalimovBasesDTM::ProbeRoot(Move& move, const CPosition& position) {
 }
 
 bool CNalimovBasesDTM::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPosition& position) {
-    if (!MayAnswer(position) || options.nalimovUsage == CNalimovOptions::Never) {
+    if (!MayAnswer(position) || options.usage.choice == CNalimovOptions::Never) {
         return false;
     }
     const auto copy = std::make_unique<CPosition>();

@@ -1,19 +1,18 @@
 // The Nalimov tables as a source of answers: the distance to mate, in the search, at the root and
 // in the listing of moves.
 //
-// The object owns its option group; the options' change callbacks load tables and resize the cache.
+// The object owns its option group; a change of its options loads tables and resizes the cache.
 // Questions may come from all searching threads at once. A change of path or cache frees what they
 // read, so it ends the search first.
 #pragma once
 
 #include "bases/base.h"
+#include "bases/host.h"
 #include "bases/nalimov/nalimov_cache.h"
 #include "bases/nalimov/nalimov_options.h"
 #include "bases/nalimov/nalimov_tables.h"
 
-#include <functional>
 #include <string>
-#include <string_view>
 
 namespace brenquil {
 
@@ -21,10 +20,10 @@ class CNalimovBasesDTM final : public IBase {
 public:
     static constexpr int MostMen = 6;  ///< of any signature, kings included
 
-    /// Applies the defaults of the options: the cache is allocated, and no table is found.
-    /// @param print      takes the text of an info string
-    /// @param endSearch  called before anything is freed; returns when no probe is under way
-    CNalimovBasesDTM(std::function<void(std::string_view)> print, std::function<void()> endSearch);
+    CNalimovOptions options;
+
+    /// @param host  hears of tables that were found
+    explicit CNalimovBasesDTM(IHost& host);
 
     /// Registers the tables of another path and says how large the largest one is, if any. The
     /// present path changes nothing.
@@ -53,14 +52,10 @@ public:
 private:
     [[nodiscard]] bool MayAnswer(const CPosition& position) const noexcept;
 
-    std::function<void(std::string_view)> print_;
-    std::function<void()> endSearch_;
+    IHost& host_;
     std::string path_;
-    CNalimovTables tables_;
-    CNalimovCache cache_{tables_};
-
-public:
-    CNalimovOptions options;  ///< its callbacks work on all members before it
+    CNalimovTables tables_{host_};
+    CNalimovCache cache_{host_, tables_};
 };
 
 }  // namespace brenquil

@@ -105,8 +105,8 @@ void CNalimovCache::PrepareDecoding() {
             }
         }
     } catch (const std::bad_alloc&) {
-        NalimovFatal("Cannot allocate decode block: error code " +
-                     std::to_string(DataCompOutOfMemory));
+        NalimovFatal(host_, "Cannot allocate decode block: error code " +
+                                std::to_string(DataCompOutOfMemory));
     }
 }
 

@@ -17,6 +17,7 @@
 // under way.
 #pragma once
 
+#include "bases/host.h"
 #include "bases/nalimov/data_comp.h"
 #include "bases/nalimov/nalimov_spin_lock.h"
 #include "bases/nalimov/nalimov_tables.h"
@@ -57,7 +58,8 @@ public:
     static constexpr std::size_t DecodeBufferCount = 32;
 
     /// A cache without blocks over tables that outlive it.
-    explicit CNalimovCache(CNalimovTables& tables) noexcept : tables_(tables) {}
+    /// @param host  ends the program when there is no memory for decoding
+    CNalimovCache(IHost& host, CNalimovTables& tables) noexcept : host_(host), tables_(tables) {}
 
     CNalimovCache(const CNalimovCache&) = delete;
     CNalimovCache& operator=(const CNalimovCache&) = delete;
@@ -125,6 +127,7 @@ private:
     static void LinkInChain(NalimovBucket& bucket, NalimovCacheEntry& entry) noexcept;
     static void UnlinkFromChain(NalimovBucket& bucket, NalimovCacheEntry& entry) noexcept;
 
+    IHost& host_;
     CNalimovTables& tables_;
     std::int32_t megabytes_ = 0;
     CPages pages_;

@@ -2,7 +2,6 @@
 // they are asked.
 #pragma once
 
-#include "platform/relaxed.h"
 #include "text/option.h"
 
 #include <cstdint>
@@ -15,18 +14,12 @@ public:
     /// When the tables are asked; the order is that of the option's advertised words.
     enum Usage : std::int32_t { Never, OnRoot, InSearch };
 
-    /// @param registerTables  called with each new path, the unset one of the constructor included
-    /// @param resizeCache     called with each new cache size, the default included
-    explicit CNalimovOptions(const OptionCallback& registerTables = {},
-                             const OptionCallback& resizeCache = {});
+    CNalimovOptions() : COptionGroup("Nalimov Tablebases") {}
 
-    COptionPath path;
-    COptionSpin cache;  ///< mebibytes
-    COptionCombo usage;
-    COptionSpin minDepth;
-
-    /// The usage in force: a `usage` text that is none of the advertised words leaves it.
-    Relaxed<std::int32_t> nalimovUsage{Never};
+    COptionPath path = AddPath({"NalimovPath", "Nalimov Path"});
+    COptionSpin cache = AddSpin({"NalimovCache", "Nalimov Cache"}, 32, 1, 256);  ///< mebibytes
+    COptionCombo usage = AddCombo("Nalimov Usage", "OnRoot", {"Never", "OnRoot", "InSearch"});
+    COptionSpin minDepth = AddSpin("Nalimov Min Depth", 6, 1, 100);
 };
 
 }  // namespace brenquil

@@ -84,21 +84,21 @@ bool IsExpectedSize(const NalimovTable& table, int side, std::uint64_t size) noe
     return table.IsSplit() && (size == extent || size == positions % extent);
 }
 
-void CheckPlainFile(CNalimovFile& file, const std::string& name, const NalimovTable& table,
-                    int side) {
+void CheckPlainFile(IHost& host, CNalimovFile& file, const std::string& name,
+                    const NalimovTable& table, int side) {
     if (table.IsTwoByte() || table.positions[static_cast<std::size_t>(side)] >= LargestSizedFile) {
         return;
     }
     const std::optional<std::uint64_t> size = file.Size();
     if (!size) {
-        NalimovFatal("Seek in " + name + " failed");
+        NalimovFatal(host, "Seek in " + name + " failed");
     }
     if (!IsExpectedSize(table, side, *size)) {
-        NalimovFatal(name + " corrupted ");
+        NalimovFatal(host, name + " corrupted ");
     }
 }
 
-[[noreturn]] void ReportUnreadable(const std::string& name, std::uint32_t error) {
+[[noreturn]] void ReportUnreadable(IHost& host, const std::string& name, std::uint32_t error) {
     std::string reason = "error " + std::to_string(error);
     switch (error & 0xFFU) {
     case DataCompReadError: reason = "read error"; break;
@@ -106,22 +106,23 @@ void CheckPlainFile(CNalimovFile& file, const std::string& name, const NalimovTa
     case DataCompFileBroken: reason = "file broken"; break;
     default: break;
     }
-    NalimovFatal("Unable to read " + name + " - " + reason);
+    NalimovFatal(host, "Unable to read " + name + " - " + reason);
 }
 
-std::unique_ptr<DataCompInfo> OpenCompressed(CNalimovFile& file, const std::string& name,
-                                             const NalimovTable& table, int side) {
+std::unique_ptr<DataCompInfo> OpenCompressed(IHost& host, CNalimovFile& file,
+                                             const std::string& name, const NalimovTable& table,
+                                             int side) {
     std::unique_ptr<DataCompInfo> info;
     if (const std::uint32_t error = DataCompOpen(&info, file); error != DataCompOk) {
-        ReportUnreadable(name, error);
+        ReportUnreadable(host, name, error);
     }
     if (info->blockSize != NalimovBlockSize) {
-        NalimovFatal(name + ": Unsupported block size " + std::to_string(info->blockSize));
+        NalimovFatal(host, name + ": Unsupported block size " + std::to_string(info->blockSize));
     }
     const std::uint64_t bytes =
         (std::uint64_t{info->blocks} - 1) * NalimovBlockSize + info->lastBlockSize;
     if (!IsExpectedSize(table, side, table.IsTwoByte() ? bytes / 2 : bytes)) {
-        NalimovFatal(name + " corrupted ");
+        NalimovFatal(host, name + " corrupted ");
     }
     return info;
 }
@@ -156,7 +157,7 @@ int NalimovTable::Extents(int side) const noexcept {
     return static_cast<int>(bytes >> NalimovExtentShift) + 1;
 }
 
-CNalimovTables::CNalimovTables() {
+CNalimovTables::CNalimovTables(IHost& host) : host_(host) {
     for (int number = 0; number <= NalimovTableCount; ++number) {
         NalimovTable& table = Table(number);
         const NalimovSignature& signature = NalimovSignatures[static_cast<std::size_t>(number)];
@@ -176,7 +177,7 @@ int CNalimovTables::RegisterAll(const std::string& path) {
     int best = 0;
     for (const std::string& directory : CutPath(path)) {
         if (directory.size() > LongestDirectory) {
-            NalimovEnd();
+            host_.Fail(IHost::Stream::Output, {});
         }
         // Saves some thousand vain attempts. A piece that already ends in a separator could be the
         // beginning of a name.
@@ -249,7 +250,7 @@ bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& tab
         CNalimovFile file;
         std::string name = PlainName(directory, table, side, extent);
         if (file.Open(name)) {
-            CheckPlainFile(file, name, table, side);
+            CheckPlainFile(host_, file, name, table, side);
         } else {
             const std::vector<std::string> names = CompressedNames(name, table);
             const auto found = std::find_if(names.begin(), names.end(),
@@ -258,7 +259,7 @@ bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& tab
                 return false;
             }
             name = *found;
-            info = OpenCompressed(file, name, table, side);
+            info = OpenCompressed(host_, file, name, table, side);
             hasCompressedFiles_ = true;
         }
         EnterMaterial(table);
@@ -269,7 +270,8 @@ bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& tab
         slot->extents[place].decodeInfo = std::move(info);
         slot->extents[place].usable = true;
     } catch (const std::bad_alloc&) {
-        NalimovFatal("Cannot allocate " + std::to_string(sizeof(NalimovSide)) + " bytes of memory");
+        NalimovFatal(host_,
+                     "Cannot allocate " + std::to_string(sizeof(NalimovSide)) + " bytes of memory");
     }
     return true;
 }
@@ -280,7 +282,7 @@ void CNalimovTables::EnterMaterial(const NalimovTable& table) {
                            (table.IsSymmetric() ||
                             tree_.Enter(CountsOf(material.second, material.first), -table.index));
     if (!isEntered) {
-        NalimovFatal("Unable to register " + std::string(table.name));
+        NalimovFatal(host_, "Unable to register " + std::string(table.name));
     }
 }
 

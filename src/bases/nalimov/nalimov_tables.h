@@ -10,6 +10,7 @@
 // streams, failed extents) is guarded as told at each member.
 #pragma once
 
+#include "bases/host.h"
 #include "bases/nalimov/data_comp.h"
 #include "bases/nalimov/nalimov_file.h"
 #include "bases/nalimov/nalimov_index.h"
@@ -78,7 +79,8 @@ struct NalimovTable {
 /// The list of tables.
 class CNalimovTables {
 public:
-    CNalimovTables();
+    /// @param host  ends the program over a damaged file
+    explicit CNalimovTables(IHost& host);
 
     /// Forgets all files, then looks for tables in the directories of `path`, which are separated
     /// by "," or ";". An empty piece is the current directory. A file that was found first stays.
@@ -124,6 +126,7 @@ private:
     [[nodiscard]] bool MayReadDrive(const std::string& directory);
     void EnterMaterial(const NalimovTable& table);
 
+    IHost& host_;
     std::array<NalimovTable, NalimovTableCount + 1> tables_;
     CNalimovMaterialTree tree_;
     Drives drives_;

@@ -8,12 +8,11 @@ namespace brenquil {
 /// The options of the Syzygy tables.
 class CSyzygyOptions final : public COptionGroup {
 public:
-    /// @param load  called with each new path, the unset one of the constructor included
-    explicit CSyzygyOptions(const OptionCallback& load = {});
+    CSyzygyOptions() : COptionGroup("Syzygy Tablebases") {}
 
-    COptionPath path;
-    COptionCheck use;
-    COptionCheck fiftyMovesRule;
+    COptionPath path = AddPath("Syzygy Path");
+    COptionCheck use = AddCheck("Syzygy Use", true);
+    COptionCheck fiftyMovesRule = AddCheck("Syzygy 50 Moves Rule", true);
 };
 
 }  // namespace brenquil

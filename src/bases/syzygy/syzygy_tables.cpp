@@ -8,17 +8,7 @@
 
 namespace brenquil {
 
-namespace {
-
-void PrintLine(const std::string& line) {
-    (void)std::fputs(line.c_str(), stdout);
-    (void)std::fflush(stdout);
-}
-
-}  // namespace
-
-CSyzygyTables::CSyzygyTables(LineReceiver foundLine)
-    : foundLine_(foundLine ? std::move(foundLine) : LineReceiver(PrintLine)) {}
+CSyzygyTables::CSyzygyTables(IHost& host) : host_(host) {}
 
 CSyzygyTables::~CSyzygyTables() = default;
 
@@ -26,6 +16,7 @@ void CSyzygyTables::SetPath(const std::string& path) {
     if (path == path_) {
         return;
     }
+    host_.EndSearch();
     path_ = path;
     usableMen_ = -1;
     loaded_ = !path.empty() && path != COptionGroup::EmptyPath && SyzygyInit(path);
@@ -46,24 +37,30 @@ bool CSyzygyTables::SyzygyInit(const std::string& path) {
             AddTable(name);
         }
     }
-    foundLine_("info string Found " + std::to_string(Count()) + " tablebases.\n");
+    host_.PrintBare("info string Found " + std::to_string(Count()) + " tablebases.");
     return true;
 }
 
 void CSyzygyTables::AddTable(const std::string& name) {
     const TbShape shape = ShapeOfName(name);
     if (shape.hasPawns && pawnCount_ == TBMAX_PAWN) {
-        TbFatal("TBMAX_PAWN limit too low!\n");
+        host_.Fail(IHost::Stream::Error, "TBMAX_PAWN limit too low!\n");
     }
     if (!shape.hasPawns && pieceCount_ == TBMAX_PIECE) {
-        TbFatal("TBMAX_PIECE limit too low!\n");
+        host_.Fail(IHost::Stream::Error, "TBMAX_PIECE limit too low!\n");
     }
     TbEntry& entry = shape.hasPawns ? pawnEntries_[pawnCount_++] : pieceEntries_[pieceCount_++];
     entry.shape = shape;
     maxMen_ = std::max<int>(maxMen_, shape.men);
-    hash_.Add(shape.key, entry);
+    AddKey(shape.key, entry);
     if (!shape.symmetric) {
-        hash_.Add(shape.mirrorKey, entry);
+        AddKey(shape.mirrorKey, entry);
+    }
+}
+
+void CSyzygyTables::AddKey(std::uint64_t key, TbEntry& entry) {
+    if (!hash_.Add(key, entry)) {
+        host_.Fail(IHost::Stream::Error, "HSHMAX too low!\n");
     }
 }
 

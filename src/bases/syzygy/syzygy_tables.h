@@ -1,6 +1,6 @@
 // All Syzygy tables that a path names: which there are, and reading them when they are needed.
 //
-//     CSyzygyTables tables;
+//     CSyzygyTables tables(host);
 //     tables.SetPath("/tables/wdl;/tables/dtz");     // says how many were found
 //     const TbEntry* entry = tables.TbFindWdl(position, key);
 //
@@ -16,6 +16,7 @@
 // Costs: about half a megabyte once a path has been set, and what the tables' headers hold.
 #pragma once
 
+#include "bases/host.h"
 #include "bases/syzygy/tb_entry.h"
 #include "bases/syzygy/tb_files.h"
 #include "bases/syzygy/tb_hash.h"
@@ -24,7 +25,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -33,13 +33,11 @@ namespace brenquil {
 
 class CSyzygyTables {
 public:
-    /// Takes the line that says how many tables were found, with its line feed.
-    using LineReceiver = std::function<void(const std::string& line)>;
-
     static constexpr std::size_t DtzCacheRows = 64;
 
-    /// @param foundLine  called with each new path; left empty, the line goes to standard output
-    explicit CSyzygyTables(LineReceiver foundLine = {});
+    /// @param host  takes the line that says how many tables each new path has, and ends the
+    ///              program when something about them is too large
+    explicit CSyzygyTables(IHost& host);
     CSyzygyTables(const CSyzygyTables&) = delete;
     CSyzygyTables& operator=(const CSyzygyTables&) = delete;
     ~CSyzygyTables();
@@ -83,16 +81,17 @@ private:
         std::unique_ptr<DtzEntry> entry;  ///< nothing: the material has no readable table
     };
 
+    void AddKey(std::uint64_t key, TbEntry& entry);
     void ForgetTables() noexcept;
     [[nodiscard]] bool LoadWdl(const TbPosition& position, std::uint64_t key, CTbHash::Slot& slot);
     [[nodiscard]] std::unique_ptr<DtzEntry> LoadDtz(const TbPosition& position, bool mirror);
 
-    const LineReceiver foundLine_;
+    IHost& host_;
     std::string path_;
     Relaxed<bool> loaded_{false};
     Relaxed<int> maxMen_{0};
     Relaxed<int> usableMen_{-1};  ///< `maxMen_` while loaded
-    CTbPaths paths_;
+    CTbPaths paths_{host_};
     CTbHash hash_;
     std::unique_ptr<TbEntry[]> pieceEntries_;  ///< made with the first path, used up to the count
     std::unique_ptr<TbEntry[]> pawnEntries_;

@@ -3,9 +3,6 @@
 #include "platform/directory.h"
 #include "text/text.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace brenquil {
 
 void CTbPaths::Set(std::string_view list) {
@@ -33,16 +30,11 @@ bool CTbPaths::TbMapFile(std::string_view name, std::string_view suffix,
         return false;
     }
     if (!mapping.Open(path) && LengthOfFile(path).value_or(0) != 0) {
-        TbFatal("MapViewOfFile() failed, name = " + std::string(name) + std::string(suffix) +
-                ", error = " + std::to_string(mapping.Error()) + ".\n");
+        host_.Fail(IHost::Stream::Error,
+                   "MapViewOfFile() failed, name = " + std::string(name) + std::string(suffix) +
+                       ", error = " + std::to_string(mapping.Error()) + ".\n");
     }
     return true;
-}
-
-void TbFatal(const std::string& text) {
-    (void)std::fputs(text.c_str(), stderr);
-    (void)std::fflush(stderr);
-    std::exit(1);
 }
 
 }  // namespace brenquil

@@ -4,6 +4,7 @@
 // tested and no trailing separator is looked for; the first one in which a file opens wins.
 #pragma once
 
+#include "bases/host.h"
 #include "platform/file_mapping.h"
 
 #include <string>
@@ -17,6 +18,9 @@ inline constexpr std::string_view TbDtzSuffix = ".rtbz";
 
 class CTbPaths {
 public:
+    /// @param host  ends the program over a file that cannot be mapped
+    explicit CTbPaths(IHost& host) noexcept : host_(host) {}
+
     /// Takes a new list. Empty pieces are left out.
     void Set(std::string_view list);
 
@@ -34,10 +38,8 @@ public:
                                  CFileMapping& mapping) const;
 
 private:
+    IHost& host_;
     std::vector<std::string> directories_;
 };
-
-/// Writes the text to the standard error stream and ends the program with code 1.
-[[noreturn]] void TbFatal(const std::string& text);
 
 }  // namespace brenquil

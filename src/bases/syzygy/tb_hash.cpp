@@ -1,7 +1,5 @@
 #include "bases/syzygy/tb_hash.h"
 
-#include "bases/syzygy/tb_files.h"
-
 namespace brenquil {
 
 void CTbHash::Clear() noexcept {
@@ -10,15 +8,15 @@ void CTbHash::Clear() noexcept {
     }
 }
 
-void CTbHash::Add(std::uint64_t key, TbEntry& entry) {
+bool CTbHash::Add(std::uint64_t key, TbEntry& entry) {
     for (Slot& slot : BucketOf(key)) {
         if (slot.entry == nullptr) {
             slot.key = key;
             slot.entry = &entry;
-            return;
+            return true;
         }
     }
-    TbFatal("HSHMAX too low!\n");
+    return false;
 }
 
 }  // namespace brenquil

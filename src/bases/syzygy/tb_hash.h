@@ -35,8 +35,9 @@ public:
     /// Frees all slots.
     void Clear() noexcept;
 
-    /// Enters a table under a key. A bucket without a free slot ends the program.
-    void Add(std::uint64_t key, TbEntry& entry);
+    /// Enters a table under a key.
+    /// @return false when the bucket has no free slot
+    [[nodiscard]] bool Add(std::uint64_t key, TbEntry& entry);
 
     /// The slot of the key, which is not 0; nothing if there is none.
     [[nodiscard]] Slot* Find(std::uint64_t key) noexcept {

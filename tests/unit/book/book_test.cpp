@@ -1,5 +1,6 @@
 // The choice among the book's moves, the mark and line of a move, and the options.
 
+#include "../../support/recording_host.h"
 #include "../../support/temporary_folder.h"
 #include "book/book.h"
 #include "book_builder.h"
@@ -83,11 +84,9 @@ protected:
     std::string NextName() { return "book" + std::to_string(++books_) + ".bin"; }
 
     const test::CTemporaryFolder folder;
-    Strings printed;
-    int changes = 0;
+    test::CRecordingHost host;
     int score = 0;
-    CBook book{[this](std::string_view message) { printed.emplace_back(message); },
-               [this] { ++changes; }};
+    CBook book{host};
 
 private:
     int books_ = 0;
@@ -131,21 +130,21 @@ TEST_F(Book, WithoutAFileAnswersNothing) {
     EXPECT_FALSE(book.ProbeRoot(move, CPosition()));
     EXPECT_EQ(Pick(), "");
     EXPECT_TRUE(Mark(StartFen, "e2e4").empty());
-    EXPECT_TRUE(printed.empty());
+    EXPECT_TRUE(host.printed.empty());
 }
 
 TEST_F(Book, LoadedMessageNamesPathAndNumberOfRecords) {
     const std::string path = folder.Write("my book.bin", BookOf(3).Bytes() + "a tail");
     Set("Book Path", path);
-    EXPECT_EQ(printed, Strings{"book \"" + path + "\" loaded! (3 moves)"});
+    EXPECT_EQ(host.printed, Strings{"book \"" + path + "\" loaded! (3 moves)"});
     EXPECT_EQ(book.RecordCount(), 3U);
 }
 
 TEST_F(Book, MissingFileIsSilentAndClosesTheBookBefore) {
     Load(BookOf(1));
-    printed.clear();
+    host.printed.clear();
     Set("Book Path", folder.At("missing.bin"));
-    EXPECT_TRUE(printed.empty());
+    EXPECT_TRUE(host.printed.empty());
     EXPECT_EQ(Pick(), "");
     EXPECT_EQ(book.RecordCount(), 0U);
 }
@@ -160,21 +159,21 @@ TEST_F(Book, SamePathAgainDoesNothingEvenIfTheFileChanged) {
     const std::string path = folder.At("late.bin");
     Set("Book Path", path);
     folder.Write("late.bin", BookOf(1).Bytes());
-    const int before = changes;
+    const int before = host.searchesEnded;
     Set("Book Path", path);
     EXPECT_EQ(Pick(), "");
-    EXPECT_EQ(changes, before);
-    EXPECT_TRUE(printed.empty());
+    EXPECT_EQ(host.searchesEnded, before);
+    EXPECT_TRUE(host.printed.empty());
     Set("Book Path", "<empty>");
     Set("Book Path", path);
     EXPECT_EQ(Pick(), "e2e4");
 }
 
 TEST_F(Book, WhatReadsTheBookIsEndedBeforeEachChange) {
-    const int before = changes;
+    const int before = host.searchesEnded;
     Load(BookOf(1));
     Set("Book Path", folder.At("missing.bin"));
-    EXPECT_EQ(changes, before + 2);
+    EXPECT_EQ(host.searchesEnded, before + 2);
 }
 
 TEST_F(Book, BookUseOffLeavesTheBookOpenAndDoesNotReadIt) {
@@ -189,7 +188,7 @@ TEST_F(Book, BookUseOffLeavesTheBookOpenAndDoesNotReadIt) {
     EXPECT_EQ(book.RecordCount(), 1U);
     Set("Book Use", "true");
     EXPECT_EQ(Pick(), "e2e4");
-    EXPECT_EQ(printed.size(), 1U);
+    EXPECT_EQ(host.printed.size(), 1U);
 }
 
 TEST_F(Book, OneMoveIsPlayedInAnyMode) {

@@ -111,7 +111,7 @@ TEST_F(Evaluation, ContemptFavoursWhiteWhoeverIsToMove) {
 TEST_F(Evaluation, AnalyseModeLeavesTheContemptOut) {
     setup_.options.contempt.SetValue("30");
     EXPECT_EQ(setup_.Full(StartFen), 30);
-    setup_.options.analyseMode = true;
+    setup_.options.analyse.SetValue("true");
     EXPECT_EQ(setup_.Full(StartFen), 0);
     EXPECT_EQ(setup_.Full(WithOtherTurn(std::string(StartFen))), 0);
 }

@@ -97,13 +97,14 @@ TEST_F(MaterialTest, AnyOtherManCanMate) {
 TEST_F(MaterialTest, AnyValueOfAnOptionIsSafe) {
     for (const std::int32_t value :
          {std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()}) {
-        for (auto& pieceValue : setup_.options.pieceValues) {
-            pieceValue = value;
+        for (COptionSpin& pieceValue : setup_.options.pieceValues) {
+            pieceValue.SetValue(std::to_string(value));
         }
-        setup_.options.contempt.number = value;
-        setup_.options.lazyEvalMargin.number = value;
-        // One pawn keeps its value, whatever the sums of many men are cut to.
-        EXPECT_EQ(Of("k7/8/8/8/8/8/P7/4K3 w - - 0 1").value[White], value);
+        setup_.options.contempt.SetValue(std::to_string(value));
+        setup_.options.lazyEvalMargin.SetValue(std::to_string(value));
+        // What sums use of it is bounded.
+        EXPECT_EQ(Of("k7/8/8/8/8/8/P7/4K3 w - - 0 1").value[White],
+                  value < 0 ? -COptionSpin::ArithmeticLimit : COptionSpin::ArithmeticLimit);
         for (const char* fen : {"k7/8/8/8/8/8/P7/4K3 w - - 0 1", "rnbqkbnr/8/8/8/8/8/PPPPPPPP/8 b",
                                 "k7/8/8/8/8/8/8/2R1K3 b - - 0 1", "QQQQ4/8/8/8/8/8/8/8 w"}) {
             const Score score = setup_.Full(fen);

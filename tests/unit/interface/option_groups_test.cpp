@@ -1,10 +1,10 @@
 // The seven groups with all their options: what is advertised, what is written to the ini file, and
 // what a change does.
 
+#include "../../support/recording_host.h"
 #include "bases/nalimov/nalimov_options.h"
 #include "bases/syzygy/syzygy_options.h"
 #include "book/book_options.h"
-#include "collecting_sink.h"
 #include "eval/evaluation_options.h"
 #include "interface/output_options.h"
 #include "search/memory_options.h"
@@ -27,38 +27,51 @@ Strings IniNames(const COptionGroup& group) {
     return names;
 }
 
-/// A Memory group that notes the sizes it asks for.
+/// A Memory group with its table.
 struct CMemoryFixture {
-    std::vector<std::int32_t> sizes;
-    CMemoryOptions options{[this](std::int32_t size) { sizes.push_back(size); },
-                           [this] { return sizes.back(); }};
+    test::CRecordingHost host;
+    CHashTable hashTable;
+    CMemoryOptions options{host, hashTable};
 };
 
-/// An Output group with the two things it steers.
+/// An Output group with the group that holds one of its options.
 struct COutputFixture {
-    CCollectingSink sink;
-    CProtocol protocol{sink};
-    Relaxed<bool> analyseMode{false};
-    COutputOptions options{protocol, analyseMode};
+    CEvaluationOptions evaluation;
+    COutputOptions options{evaluation};
 };
 
-TEST(MemoryOptions, DefaultSizesTheTable) {
-    const CMemoryFixture memory;
-    EXPECT_EQ(memory.sizes, std::vector<std::int32_t>{64});
+TEST(MemoryOptions, DefaultSizesTheTableWhenTheCallbacksRun) {
+    CMemoryFixture memory;
+    EXPECT_EQ(memory.hashTable.SizeMegabytes(), 0U);
+    memory.options.RunCallbacks();
+    EXPECT_EQ(memory.hashTable.SizeMegabytes(), 64U);
+    EXPECT_EQ(memory.host.searchesEnded, 1);
 }
 
-TEST(MemoryOptions, HashValueZeroAsksForAnEmptyTable) {
+TEST(MemoryOptions, HashValueZeroEmptiesTheTable) {
     CMemoryFixture memory;
+    memory.options.SetOption("Hash", "1");
+    EXPECT_EQ(memory.hashTable.SizeMegabytes(), 1U);
     EXPECT_TRUE(memory.options.SetOption("Hash", "0"));
-    EXPECT_EQ(memory.sizes, (std::vector<std::int32_t>{64, 0}));
+    EXPECT_EQ(memory.hashTable.SizeMegabytes(), 0U);
+    EXPECT_EQ(memory.host.searchesEnded, 2);
 }
 
-TEST(MemoryOptions, TextThatIsNoNumberAsksForTheCurrentSize) {
+TEST(MemoryOptions, ThePresentSizeAndTextThatIsNoNumberLeaveTableAndSearchAlone) {
     CMemoryFixture memory;
-    memory.options.SetOption("Hash", "32");
+    memory.options.SetOption("Hash", "2");
     memory.options.SetOption("Hash", "big");
-    EXPECT_EQ(memory.sizes, (std::vector<std::int32_t>{64, 32, 32}));
-    EXPECT_EQ(memory.options.hash.number, 32);
+    memory.options.SetOption("Hash", "02");
+    EXPECT_EQ(memory.hashTable.SizeMegabytes(), 2U);
+    EXPECT_EQ(memory.options.hash.number, 2);
+    EXPECT_EQ(memory.host.searchesEnded, 1);
+}
+
+TEST(MemoryOptions, ASizeThatCannotBeHadIsReportedAndThePresentOneStays) {
+    CMemoryFixture memory;
+    memory.options.SetOption("Hash", "1");
+    memory.options.SetOption("Hash", "-1");
+    EXPECT_EQ(memory.host.printed, Strings{"Hash of -1 MB cannot be allocated, 1 MB stay in use"});
 }
 
 TEST(MemoryOptions, NameMatchingIsExact) {
@@ -79,8 +92,8 @@ TEST(SearchOptions, DefaultsInTheTypedFields) {
     EXPECT_TRUE(options.useFutility.enabled);
     EXPECT_TRUE(options.useLmr.enabled);
     EXPECT_TRUE(options.useExtensions.enabled);
-    for (std::size_t depth = 0; depth < 4; ++depth) {
-        EXPECT_EQ(options.futilityMargins[depth], (std::vector{0, 50, 350, 550}[depth]));
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(options.futilityMargins[i].number, (std::vector{50, 350, 550}[i]));
     }
 }
 
@@ -92,14 +105,14 @@ TEST(SearchOptions, Threads99IsStoredThoughTheMaximumSaysLess) {
     EXPECT_EQ(options.threads.number, 99);
 }
 
-TEST(SearchOptions, EachMarginOptionWritesItsEntryAndNoOther) {
+TEST(SearchOptions, EachMarginOptionHasItsPlaceByDepth) {
     CSearchOptions options;
     options.SetOption("Futility Margin1", "11");
     options.SetOption("Futility Margin2", "22");
     options.SetOption("Futility Margin3", "33");
     options.SetOption("Futility Margin3", "none");
-    for (std::size_t depth = 0; depth < 4; ++depth) {
-        EXPECT_EQ(options.futilityMargins[depth], (std::vector{0, 11, 22, 33}[depth]));
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(options.futilityMargins[i].number, (std::vector{11, 22, 33}[i]));
     }
 }
 
@@ -108,9 +121,9 @@ TEST(EvaluationOptions, DefaultsInTheTypedFields) {
     EXPECT_EQ(options.contempt.number, 0);
     EXPECT_EQ(options.lazyEvalMargin.number, 250);
     EXPECT_TRUE(options.useEndgameEval.enabled);
-    EXPECT_FALSE(options.analyseMode);
+    EXPECT_FALSE(options.analyse.enabled);
     for (std::size_t type = 0; type < 5; ++type) {
-        EXPECT_EQ(options.pieceValues[type], (std::vector{100, 400, 400, 600, 1200}[type]));
+        EXPECT_EQ(options.pieceValues[type].number, (std::vector{100, 400, 400, 600, 1200}[type]));
     }
 }
 
@@ -123,7 +136,7 @@ TEST(EvaluationOptions, EachPieceOptionWritesItsValueAndNoOther) {
     options.SetOption("Queen", "5");
     options.SetOption("Queen", "");
     for (std::size_t type = 0; type < 5; ++type) {
-        EXPECT_EQ(options.pieceValues[type], static_cast<std::int32_t>(type) + 1);
+        EXPECT_EQ(options.pieceValues[type].number, static_cast<std::int32_t>(type) + 1);
     }
 }
 
@@ -163,23 +176,14 @@ TEST(OutputOptions, DebugIsNeverAdvertisedAndTwoOptionsAreNeverInTheIniFile) {
                        "Show Database Moves", "Logging", "Debug"}));
 }
 
-TEST(OutputOptions, AnalyseModeFollowsItsOption) {
+TEST(OutputOptions, AnalyseModeIsTheOneOfTheEvaluation) {
     COutputFixture output;
     output.options.SetOption("UCI_AnalyseMode", "true");
-    EXPECT_TRUE(output.analyseMode);
+    EXPECT_TRUE(output.evaluation.analyse.enabled);
     output.options.SetOption("UCI_AnalyseMode", "perhaps");
-    EXPECT_TRUE(output.analyseMode);
+    EXPECT_TRUE(output.evaluation.analyse.enabled);
     output.options.SetOption("UCI_AnalyseMode", "false");
-    EXPECT_FALSE(output.analyseMode);
-}
-
-TEST(OutputOptions, LoggingSwitchesTheLogAndNonsenseSwitchesItOff) {
-    COutputFixture output;
-    output.options.SetOption("Logging", "true");
-    EXPECT_TRUE(output.protocol.logging);
-    output.options.SetOption("Logging", "perhaps");
-    EXPECT_FALSE(output.protocol.logging);
-    EXPECT_TRUE(output.options.logging.enabled);
+    EXPECT_FALSE(output.evaluation.analyse.enabled);
 }
 
 TEST(BookOptions, BookModeFooIsStoredAndShown) {
@@ -193,41 +197,25 @@ TEST(BookOptions, BookModeFooIsStoredAndShown) {
     EXPECT_EQ(options.bookMode.choice, CBookOptions::BestMove);
 }
 
-TEST(BookOptions, EachNewPathIsLoaded) {
-    Strings paths;
-    CBookOptions options([&paths](const std::string& path) { paths.push_back(path); });
-    options.SetOption("Book Path", "book.bin");
-    options.SetOption("Book Path", "book.bin");
-    EXPECT_EQ(paths, (Strings{"<empty>", "book.bin"}));
-    EXPECT_EQ(options.bookPath.text, "book.bin");
-    EXPECT_TRUE(options.ownBook.enabled);
-}
-
 TEST(BookOptions, IniNames) {
     const CBookOptions options;
     EXPECT_EQ(IniNames(options), (Strings{"Book Use", "Book Path", "Book Mode"}));
 }
 
-TEST(NalimovOptions, CallbacksAndDefaults) {
-    Strings paths;
-    Strings caches;
-    CNalimovOptions options([&paths](const std::string& path) { paths.push_back(path); },
-                            [&caches](const std::string& size) { caches.push_back(size); });
-    options.SetOption("NalimovCache", "64");
-    options.SetOption("Nalimov Path", "/tables");
-    EXPECT_EQ(paths, (Strings{"<empty>", "/tables"}));
-    EXPECT_EQ(caches, (Strings{"32", "64"}));
+TEST(NalimovOptions, DefaultsAndNames) {
+    CNalimovOptions options;
+    EXPECT_TRUE(options.SetOption("Nalimov Path", "/tables"));
+    EXPECT_EQ(options.path.text, "/tables");
+    EXPECT_EQ(options.cache.number, 32);
     EXPECT_EQ(options.usage.choice, CNalimovOptions::OnRoot);
     EXPECT_EQ(options.minDepth.number, 6);
     EXPECT_EQ(IniNames(options),
               (Strings{"Nalimov Path", "Nalimov Cache", "Nalimov Usage", "Nalimov Min Depth"}));
 }
 
-TEST(SyzygyOptions, CallbackAndDefaults) {
-    Strings paths;
-    CSyzygyOptions options([&paths](const std::string& path) { paths.push_back(path); });
-    options.SetOption("Syzygy Path", "/tables");
-    EXPECT_EQ(paths, (Strings{"<empty>", "/tables"}));
+TEST(SyzygyOptions, Defaults) {
+    const CSyzygyOptions options;
+    EXPECT_EQ(options.path.text, "<empty>");
     EXPECT_TRUE(options.use.enabled);
     EXPECT_TRUE(options.fiftyMovesRule.enabled);
 }

@@ -135,7 +135,7 @@ TEST_F(UciCommands, HashThatCannotBeAllocatedIsReportedAndTheOldSizeStays) {
 TEST_F(UciCommands, AnalyseModeReachesTheEvaluation) {
     EnterUciMode();
     (void)Obey("setoption name UCI_AnalyseMode value true");
-    EXPECT_TRUE(engine->evaluationOptions.analyseMode);
+    EXPECT_TRUE(engine->evaluationOptions.analyse.enabled);
 }
 
 TEST_F(UciCommands, DebugOnFollowedByDebugTurnsItOnAndOff) {

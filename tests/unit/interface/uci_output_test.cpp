@@ -59,8 +59,8 @@ struct CUciOutputFixture : testing::Test {
 
     CCollectingSink sink;
     CProtocol protocol{sink};
-    Relaxed<bool> analyseMode{false};
-    COutputOptions options{protocol, analyseMode};
+    CEvaluationOptions evaluationOptions;
+    COutputOptions options{evaluationOptions};
     CBaseList bases;
     CFakeBase base;
     std::unique_ptr<CUciOutput> output = std::make_unique<CUciOutput>(protocol, options, bases);

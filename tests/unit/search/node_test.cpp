@@ -369,7 +369,7 @@ TEST_F(Node, MarginOptionsTakeEffectAndTextThatIsNoNumberDoesNot) {
     setup.Option("Futility Margin3", "much");
     EXPECT_EQ(setup.Node(3, 1, beta - 1, beta), beta);
     EXPECT_EQ(Nodes(), 1U);
-    EXPECT_EQ(setup.options.futilityMargins[3], 400);
+    EXPECT_EQ(setup.options.futilityMargins[2].number, 400);
 }
 
 // Null move

@@ -284,9 +284,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
     // 10
     if (options_.useFutility.enabled && !position.inCheck && windowWidth <= 1 && depth >= 1 &&
         depth <= 3 && position.colourCount[Black] + position.colourCount[White] >= 5) {
-        const int margin = depth == 1 ? options_.futilityMargin1.number
-                         : depth == 2 ? options_.futilityMargin2.number
-                                      : options_.futilityMargin3.number;
+        const int margin = options_.futilityMargins[static_cast<std::size_t>(depth - 1)].number;
         const int lower = alpha - margin;
         const int upper = beta + margin;
         const int value = evaluation_.Evaluate(lower, upper);

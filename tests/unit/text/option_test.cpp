@@ -3,6 +3,7 @@
 #include "text/option.h"
 
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -13,34 +14,68 @@ namespace {
 class CSampleGroup final : public COptionGroup {
 public:
     explicit CSampleGroup(const char* groupName = "Sample") : COptionGroup(groupName) {
-        const auto record = [this](const std::string& value) { calls.push_back(value); };
-        AddSpin(spin, "Size", "Size In Ini", 64, 0, 16384, record);
-        AddCheck(check, "Switch", "Switch", true, record);
-        AddString(string, "About", "", "nobody", record);
-        AddPath(path, "Path", "Path In Ini", EmptyPath, record);
-        AddCombo(combo, "Mode", "Mode", "Wide", {"Wide", "Narrow"}, record);
-        AddCheck(hidden, "", "Hidden", false);
+        for (COption* option :
+             std::initializer_list<COption*>{&spin, &check, &string, &path, &combo}) {
+            option->onChange = [this](const std::string& value) { calls.push_back(value); };
+        }
     }
 
     std::vector<std::string> calls;
-    COptionSpin spin;
-    COptionCheck check;
-    COptionString string;
-    COptionPath path;
-    COptionCombo combo;
-    COptionCheck hidden;
+    COptionSpin spin = AddSpin({"Size", "Size In Ini"}, 64, 0, 16384);
+    COptionCheck check = AddCheck("Switch", true);
+    COptionString string = AddString({"About", ""}, "nobody");
+    COptionPath path = AddPath({"Path", "Path In Ini"});
+    COptionCombo combo = AddCombo("Mode", "Wide", {"Wide", "Narrow"});
+    COptionCheck hidden = AddCheck({"", "Hidden"}, false);
 };
 
-TEST(Option, DefaultsRunTheirCallbacksOnce) {
+TEST(Option, HasItsDefaultWhenItIsMadeAndCallsNobody) {
     const CSampleGroup group;
-    EXPECT_EQ(group.calls, (std::vector<std::string>{"64", "true", "nobody", "<empty>", "Wide"}));
+    EXPECT_TRUE(group.calls.empty());
     EXPECT_EQ(group.spin.number, 64);
+    EXPECT_EQ(group.spin.Bounded(), 64);
     EXPECT_TRUE(group.check.enabled);
     EXPECT_EQ(group.string.text, "nobody");
     EXPECT_EQ(group.path.text, "<empty>");
     EXPECT_EQ(group.combo.text, "Wide");
     EXPECT_EQ(group.combo.choice, 0);
     EXPECT_FALSE(group.hidden.enabled);
+}
+
+TEST(OptionGroup, RunCallbacksRunsEachForItsPresentValueInOrder) {
+    CSampleGroup group;
+    group.SetOption("Size", "5");
+    group.calls.clear();
+    group.RunCallbacks();
+    EXPECT_EQ(group.calls, (std::vector<std::string>{"5", "true", "nobody", "<empty>", "Wide"}));
+}
+
+TEST(OptionGroup, AdoptedOptionStandsInItsOrderAndStaysWithItsOwner) {
+    struct CAdopting final : COptionGroup {
+        explicit CAdopting(COptionCheck& other) : COptionGroup("Adopting"), second(Adopt(other)) {}
+
+        COptionCheck first = AddCheck("First", true);
+        COptionCheck& second;
+        COptionCheck third = AddCheck("Third", true);
+    };
+
+    COptionCheck owned(nullptr, {"Second", ""}, false);
+    CAdopting group(owned);
+    EXPECT_EQ(group.uciOptions, (std::vector<COption*>{&group.first, &owned, &group.third}));
+    EXPECT_EQ(group.iniOptions, (std::vector<COption*>{&group.first, &group.third}));
+    EXPECT_TRUE(group.SetOption("Second", "true"));
+    EXPECT_TRUE(owned.enabled);
+}
+
+TEST(OptionSpin, SumsUseABoundedNumber) {
+    CSampleGroup group;
+    group.SetOption("Size", "2000000000");
+    EXPECT_EQ(group.spin.number, 2'000'000'000);
+    EXPECT_EQ(group.spin.Bounded(), COptionSpin::ArithmeticLimit);
+    group.SetOption("Size", "-2000000000");
+    EXPECT_EQ(group.spin.Bounded(), -COptionSpin::ArithmeticLimit);
+    group.SetOption("Size", "7");
+    EXPECT_EQ(group.spin.Bounded(), 7);
 }
 
 TEST(Option, EqualTextRunsNothing) {
@@ -84,7 +119,7 @@ TEST(Option, RangesAndChoicesAreNotEnforced) {
     EXPECT_EQ(group.spin.number, -20000);
     group.SetOption("Mode", "Foo");
     EXPECT_EQ(group.combo.text, "Foo");
-    EXPECT_EQ(group.combo.choice, COptionCombo::NoChoice);
+    EXPECT_EQ(group.combo.choice, 0) << "as before";
     EXPECT_EQ(group.combo.UciLine(), "option name Mode type combo default Foo var Wide var Narrow");
     group.SetOption("Mode", "Narrow");
     EXPECT_EQ(group.combo.choice, 1);

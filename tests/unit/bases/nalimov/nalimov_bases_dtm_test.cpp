@@ -149,7 +149,7 @@ using NalimovWholePathSlowReleaseOnly = CNalimovWholePath;
 
 TEST_F(NalimovWholePath, ThreeMenAnswerEveryPositionCorrectly) {
     Load();
-    EXPECT_EQ(engine->printed, std::vector<std::string>{"tablebases 3-men loaded!"});
+    EXPECT_EQ(engine->host.printed, std::vector<std::string>{"tablebases 3-men loaded!"});
     for (int table = 1; table < NalimovFirstFourMen; ++table) {
         for (const int side : {0, 1}) {
             CheckTable(shared->solver, table, side, 1);
@@ -175,7 +175,7 @@ TEST_F(NalimovWholePathSlowReleaseOnly, FourMenAnswerCorrectly) {
     }
     engine->options.SetOption("NalimovPath", folder.Name());
     engine->options.SetOption("NalimovCache", "8");
-    ASSERT_EQ(engine->printed, std::vector<std::string>{"tablebases 4-men loaded!"});
+    ASSERT_EQ(engine->host.printed, std::vector<std::string>{"tablebases 4-men loaded!"});
     std::uint64_t checked = 0;
     for (const int table : tables) {
         for (const int side : {0, 1}) {
@@ -193,39 +193,39 @@ TEST_F(NalimovWholePathSlowReleaseOnly, FourMenAnswerCorrectly) {
 TEST_F(NalimovWholePath, DefaultsLoadNothingAndAllocateTheCache) {
     EXPECT_EQ(engine->bases.Tables().menLoaded, 0);
     EXPECT_EQ(engine->bases.Cache().Megabytes(), 32);
-    EXPECT_EQ(engine->options.nalimovUsage, CNalimovOptions::OnRoot);
-    EXPECT_TRUE(engine->printed.empty());
+    EXPECT_EQ(engine->options.usage.choice, CNalimovOptions::OnRoot);
+    EXPECT_TRUE(engine->host.printed.empty());
     EXPECT_EQ(engine->bases.GetPriority(), 2U);
 }
 
 TEST_F(NalimovWholePath, PathThatIsNotThereSaysNothing) {
     engine->options.SetOption("NalimovPath", "nowhere");
-    EXPECT_TRUE(engine->printed.empty());
+    EXPECT_TRUE(engine->host.printed.empty());
     Load();
     engine->options.SetOption("NalimovPath", "<empty>");
     EXPECT_EQ(engine->bases.Tables().menLoaded, 0);
-    EXPECT_EQ(engine->printed.size(), 1U);
+    EXPECT_EQ(engine->host.printed.size(), 1U);
 }
 
 TEST_F(NalimovWholePath, ChangesEndTheSearchAndRepeatsDoNothing) {
-    const int before = engine->searchesEnded;
+    const int before = engine->host.searchesEnded;
     engine->options.SetOption("NalimovCache", "32");
     engine->options.SetOption("NalimovCache", "many");
-    EXPECT_EQ(engine->searchesEnded, before);
+    EXPECT_EQ(engine->host.searchesEnded, before);
     EXPECT_EQ(engine->bases.Cache().Megabytes(), 32);
     Load();
-    EXPECT_EQ(engine->searchesEnded, before + 2);
+    EXPECT_EQ(engine->host.searchesEnded, before + 2);
     engine->bases.SetPath(shared->folder.Name());
-    EXPECT_EQ(engine->searchesEnded, before + 2);
+    EXPECT_EQ(engine->host.searchesEnded, before + 2);
 }
 
 TEST_F(NalimovWholePath, UnknownUsageLeavesTheOldOne) {
     engine->options.SetOption("Nalimov Usage", "InSearch");
-    EXPECT_EQ(engine->options.nalimovUsage, CNalimovOptions::InSearch);
+    EXPECT_EQ(engine->options.usage.choice, CNalimovOptions::InSearch);
     engine->options.SetOption("Nalimov Usage", "Sometimes");
-    EXPECT_EQ(engine->options.nalimovUsage, CNalimovOptions::InSearch);
+    EXPECT_EQ(engine->options.usage.choice, CNalimovOptions::InSearch);
     engine->options.SetOption("Nalimov Usage", "Never");
-    EXPECT_EQ(engine->options.nalimovUsage, CNalimovOptions::Never);
+    EXPECT_EQ(engine->options.usage.choice, CNalimovOptions::Never);
 }
 
 TEST_F(NalimovWholePath, UsageDecidesWhoIsAnswered) {

@@ -69,8 +69,9 @@ protected:
     }
 
     CTestFolder folder;
-    std::unique_ptr<CNalimovTables> tables = std::make_unique<CNalimovTables>();
-    std::unique_ptr<CNalimovCache> cache = std::make_unique<CNalimovCache>(*tables);
+    test::CRecordingHost host;
+    std::unique_ptr<CNalimovTables> tables = std::make_unique<CNalimovTables>(host);
+    std::unique_ptr<CNalimovCache> cache = std::make_unique<CNalimovCache>(host, *tables);
     std::vector<Bytes> contents;
 };
 

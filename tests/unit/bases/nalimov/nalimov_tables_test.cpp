@@ -37,7 +37,8 @@ std::string FileName(const CNalimovTables& tables, std::string_view name, std::s
 /// Registers in a process of its own, whose standard output the death test sees.
 void RegisterLoudly(const std::string& path) {
     (void)dup2(STDERR_FILENO, STDOUT_FILENO);
-    (void)std::make_unique<CNalimovTables>()->RegisterAll(path);
+    test::CRecordingHost host;
+    (void)std::make_unique<CNalimovTables>(host)->RegisterAll(path);
     std::exit(0);
 }
 
@@ -84,7 +85,8 @@ TEST(NalimovMaterialTree, FindsWhatWasEntered) {
 class CNalimovRegistration : public testing::Test {
 protected:
     CTestFolder folder;
-    std::unique_ptr<CNalimovTables> tables = std::make_unique<CNalimovTables>();
+    test::CRecordingHost host;
+    std::unique_ptr<CNalimovTables> tables = std::make_unique<CNalimovTables>(host);
 };
 
 using NalimovRegistration = CNalimovRegistration;

@@ -43,7 +43,7 @@ protected:
 };
 
 TEST_F(SyzygyData, AllTablesAreFound) {
-    EXPECT_EQ(found.back(), "info string Found 38 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 38 tablebases.");
     EXPECT_EQ(tables.SyzygyMaxMen(), 5);
 }
 

@@ -1,6 +1,7 @@
 // A folder of made Syzygy tables and the objects that read them.
 #pragma once
 
+#include "../../../support/recording_host.h"
 #include "bases/syzygy/syzygy_bases.h"
 #include "bases/syzygy/syzygy_options.h"
 #include "bases/syzygy/syzygy_probe.h"
@@ -26,6 +27,7 @@ namespace support = testing_support;
 class CSyzygyFixture : public testing::Test {
 protected:
     void SetUp() override {
+        options.path.onChange = [this](const std::string& path) { tables.SetPath(path); };
         const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
         std::string name =
             std::string("brenquil_syzygy_") + test->test_suite_name() + "_" + test->name() + "_" +
@@ -85,9 +87,10 @@ protected:
 
     std::filesystem::path folder;
     support::CSyzygySolver solver;
-    std::vector<std::string> found;  ///< what was printed about found tables
-    CSyzygyTables tables{[this](const std::string& line) { found.push_back(line); }};
-    CSyzygyOptions options{[this](const std::string& path) { tables.SetPath(path); }};
+    test::CRecordingHost host;
+    const std::vector<std::string>& found = host.bareLines;  ///< lines about found tables
+    CSyzygyTables tables{host};
+    CSyzygyOptions options;
     CSyzygyProbe probe{tables, options};
     CSyzygyBasesWDL wdlBase{tables, options};
     CSyzygyBasesDTZ dtzBase{tables, options};

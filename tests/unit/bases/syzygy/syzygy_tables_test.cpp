@@ -29,22 +29,30 @@ protected:
 
 TEST_F(SyzygyTables, SaysHowManyItFound) {
     MakeAndLoad({"KQvK", "KRvK"});
-    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 2 tablebases.\n"}));
+    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 2 tablebases."}));
     EXPECT_EQ(tables.SyzygyMaxMen(), 3);
     EXPECT_TRUE(tables.SyzygyLoaded());
 }
 
-TEST_F(SyzygyTables, SaysItOnStandardOutputWhenNobodyElseTakesIt) {
+TEST_F(SyzygyTables, SaysItOnStandardOutputWithAPlainHost) {
     Make({"KQvK"});
-    CSyzygyTables own;
+    CPlainHost plain;
+    CSyzygyTables own(plain);
     testing::internal::CaptureStdout();
     own.SetPath(folder.string());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "info string Found 1 tablebases.\n");
 }
 
+TEST_F(SyzygyTables, ANewPathEndsTheSearchAndAnOldOneDoesNot) {
+    Load();
+    EXPECT_EQ(host.searchesEnded, 1);
+    tables.SetPath(folder.string());
+    EXPECT_EQ(host.searchesEnded, 1);
+}
+
 TEST_F(SyzygyTables, APathWithoutTablesFindsNoneAndAnswersNothing) {
     Load();
-    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 0 tablebases.\n"}));
+    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 0 tablebases."}));
     EXPECT_TRUE(tables.SyzygyLoaded());
     EXPECT_EQ(tables.SyzygyMaxMen(), 0);
     EXPECT_EQ(ProbeClass(QueenWins), -1);
@@ -52,7 +60,7 @@ TEST_F(SyzygyTables, APathWithoutTablesFindsNoneAndAnswersNothing) {
 
 TEST_F(SyzygyTables, AFolderThatIsNotThereFindsNone) {
     options.SetOption("Syzygy Path", (folder / "nowhere").string());
-    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 0 tablebases.\n"}));
+    EXPECT_EQ(found, (std::vector<std::string>{"info string Found 0 tablebases."}));
 }
 
 TEST_F(SyzygyTables, AnUnsetPathSaysNothing) {
@@ -79,18 +87,18 @@ TEST_F(SyzygyTables, AValueThatIsSetAgainDoesNothing) {
 }
 
 TEST_F(SyzygyTables, EmptyPiecesOfThePathAreNoDirectories) {
-    CTbPaths paths;
+    CTbPaths paths(host);
     paths.Set(";one;;two;");
     EXPECT_EQ(paths.Directories(), (std::vector<std::string>{"one", "two"}));
     Make({"KQvK"});
     options.SetOption("Syzygy Path", ";;" + folder.string() + ";");
-    EXPECT_EQ(found.back(), "info string Found 1 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 1 tablebases.");
     EXPECT_EQ(ProbeClass(QueenWins), 4);
 }
 
 TEST_F(SyzygyTables, AJoinedPathHasTheSeparatorOfThePlatform) {
     Make({"KQvK"});
-    CTbPaths paths;
+    CTbPaths paths(host);
     paths.Set(folder.string());
     EXPECT_EQ(paths.TbOpenFile("KQvK", TbWdlSuffix),
               folder.string() + PathSeparator() + "KQvK.rtbw");
@@ -98,7 +106,7 @@ TEST_F(SyzygyTables, AJoinedPathHasTheSeparatorOfThePlatform) {
 }
 
 TEST_F(SyzygyTables, OnlyASemicolonCutsTheListOfDirectories) {
-    CTbPaths paths;
+    CTbPaths paths(host);
     paths.Set("C:/one:two, three;four");
     EXPECT_EQ(paths.Directories(), (std::vector<std::string>{"C:/one:two, three", "four"}));
 }
@@ -112,7 +120,7 @@ TEST_F(SyzygyTables, TheFirstDirectoryWithATableWins) {
                         support::MakeWdlFile({"KQvK", [](const TbPosition&) { return 0; }}));
     support::WriteSolvedTables(solver, second, "KQvK");
     options.SetOption("Syzygy Path", first.string() + ";" + second.string());
-    EXPECT_EQ(found.back(), "info string Found 1 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 1 tablebases.");
     EXPECT_EQ(ProbeClass(QueenWins), 2);
     options.SetOption("Syzygy Path", second.string() + ";" + first.string());
     EXPECT_EQ(ProbeClass(QueenWins), 4);
@@ -123,7 +131,7 @@ TEST_F(SyzygyTables, SevenMenAreNotLookedFor) {
     support::WriteBytes(folder / "KQQQvKQQ.rtbw", {0x71, 0xE8, 0x23, 0x5D, 0});
     support::WriteBytes(folder / "KvK.rtbw", {0x71, 0xE8, 0x23, 0x5D, 0});
     Load();
-    EXPECT_EQ(found.back(), "info string Found 0 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 0 tablebases.");
 }
 
 TEST_F(SyzygyTables, TwoBareKingsAreAnsweredWithoutATable) {
@@ -209,7 +217,7 @@ TEST_F(SyzygyTables, AnEmptyFileIsADamagedTable) {
     support::WriteBytes(folder / "KQvK.rtbw", {});
     support::WriteBytes(folder / "KRvK.rtbz", {});
     Load();
-    EXPECT_EQ(found.back(), "info string Found 2 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 2 tablebases.");
     EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(ProbeClass(QueenWins), -1); }), "Corrupted table.\n");
     EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(ProbeRoot(RookWins), TbResultFailed); }),
               "Corrupted table.\n");
@@ -310,19 +318,29 @@ TEST_F(SyzygyTables, AllTablesOfSixMenFitTheHash) {
         support::WriteBytes(folder / (name + ".rtbw"), {});
     }
     Load();
-    EXPECT_EQ(found.back(), "info string Found 510 tablebases.\n");
+    EXPECT_EQ(found.back(), "info string Found 510 tablebases.");
     EXPECT_EQ(tables.SyzygyMaxMen(), 6);
 }
 
-TEST(SyzygyHash, AFullBucketEndsTheProgram) {
+TEST(SyzygyHash, AFullBucketTakesNoMore) {
     CTbHash hash;
     TbEntry entry;
     for (std::uint64_t key = 1; key <= HSHMAX; ++key) {
-        hash.Add(key, entry);
+        EXPECT_TRUE(hash.Add(key, entry));
     }
     EXPECT_NE(hash.Find(HSHMAX), nullptr);
     EXPECT_EQ(hash.Find(HSHMAX + 1), nullptr);
-    EXPECT_EXIT(hash.Add(HSHMAX + 1, entry), testing::ExitedWithCode(1), "HSHMAX too low!\n");
+    EXPECT_FALSE(hash.Add(HSHMAX + 1, entry));
+}
+
+TEST_F(SyzygyTables, AFullBucketEndsTheProgram) {
+    Load();
+    const auto add = [this](std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            tables.AddTable("KQvK");
+        }
+    };
+    EXPECT_EXIT(add(HSHMAX + 1), testing::ExitedWithCode(1), "HSHMAX too low!\n");
 }
 
 TEST_F(SyzygyTables, TooManyTablesEndTheProgram) {
