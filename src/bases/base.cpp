@@ -22,7 +22,7 @@ void CBaseList::Add(IBase& base, int menInSearch) {
 bool CBaseList::ProbeRoot(Move& move, const CPosition& position) {
     for (IBase* const base : bases_) {
         if (base->ProbeRoot(move, position)) {
-            hits.AddBySoleWriter(1);
+            hits.AddLossily(1);
             return true;
         }
     }

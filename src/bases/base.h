@@ -69,7 +69,7 @@ public:
         }
         for (IBase* const base : bases_) {
             if (base->ProbeSearch(score, position, depth, ply)) {
-                hits.AddBySoleWriter(1);
+                hits.AddLossily(1);
                 return true;
             }
         }

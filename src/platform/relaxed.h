@@ -7,10 +7,10 @@
 //
 // Use it like a plain variable: read it by name, assign to it. There is deliberately no `+=` or
 // `++`: whether an addition must be safe against other writers is a decision, so it has two names.
-// `FetchAdd` may be called by any thread; `AddBySoleWriter` is for a counter that only one thread
-// changes and others merely look at.
+// `FetchAdd` loses nothing; `AddLossily` is for a counter that only one thread changes, and for a
+// figure in which a lost addition now and then does no harm.
 //
-// Cost: reads, writes and `AddBySoleWriter` are the instructions of a plain variable. `FetchAdd` is
+// Cost: reads, writes and `AddLossily` are the instructions of a plain variable. `FetchAdd` is
 // a locked instruction.
 #pragma once
 
@@ -58,8 +58,8 @@ public:
     // writers.
     T FetchAdd(T amount) noexcept { return value_.fetch_add(amount, std::memory_order_relaxed); }
 
-    // Adds `amount` by a read and a write. Additions are lost if a second thread writes as well.
-    void AddBySoleWriter(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
+    // Adds `amount` by a read and a write. What a second thread adds in between is lost.
+    void AddLossily(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
 
 private:
     std::atomic<T> value_;

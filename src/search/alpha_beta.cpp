@@ -1,6 +1,9 @@
 // The node of the search. Its steps, in the order of `AlphaBeta`'s body: limits, repetition, hash
 // table, bases, horizon, static pruning, null move, the moves, the result. A step that may end the
 // node answers with a score, or with nothing to go on.
+//
+// What the four selective steps win or cost is told beside each: the nodes that the positions of
+// the bench take to depth 7 with the step switched off by its option, over those with all of them.
 
 #include "board/score.h"
 #include "search/search.h"
@@ -23,8 +26,8 @@ bool HasPiece(const CPosition& position, Colour colour) noexcept {
 }  // namespace
 
 Score CSearch::SearchRoot(std::int32_t depth) noexcept {
-    PvOf(0).count = 0;
-    nodes_.AddBySoleWriter(1);
+    pv_[0].count = 0;
+    nodes_.AddLossily(1);
     CheckLimits(0);
     Node node{depth, 0, -MateScore, MateScore, position_.inCheck, true};
     if (stop_ || !SearchMoves<true>(node)) {
@@ -35,8 +38,8 @@ Score CSearch::SearchRoot(std::int32_t depth) noexcept {
 
 Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
                          bool afterNull) noexcept {
-    PvOf(ply).count = 0;
-    nodes_.AddBySoleWriter(1);
+    pv_[ply].count = 0;
+    nodes_.AddLossily(1);
     CheckLimits(ply);
     if (stop_) {
         return alpha;
@@ -51,7 +54,7 @@ Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Scor
         return *score;
     }
     if (depth < 1 && !position_.inCheck) {
-        nodes_.AddBySoleWriter(static_cast<std::uint64_t>(-1));  // quiescence counts it again
+        nodes_.AddLossily(static_cast<std::uint64_t>(-1));  // quiescence counts it again
         return Quiescence(ply, 0, alpha, beta);
     }
 
@@ -105,14 +108,13 @@ std::optional<Score> CSearch::ProbeBases(std::int32_t depth, std::int32_t ply) {
 }
 
 /// Razoring at the lower bound and reverse futility at the upper one: near the horizon a static
-/// score far outside the window is believed.
+/// score far outside the window is believed. Without it 2.86 times the nodes.
 std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
     if (node.inCheck || node.isPv || node.depth < 1 || node.depth > DeepestStaticPruning ||
         position_.MenCount() < FewestMenForStaticPruning || !options_.useFutility.enabled) {
         return std::nullopt;
     }
-    const Score margin =
-        options_.futilityMargins[static_cast<std::size_t>(node.depth - 1)].Bounded();
+    const Score margin = options_.futilityMargins[node.depth - 1].Bounded();
     const Score lower = node.alpha - margin;
     const Score upper = node.beta + margin;
     const Score value = evaluation_.Evaluate(lower, upper);
@@ -127,7 +129,8 @@ std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
 }
 
 /// If even passing keeps the score above beta, a move surely does. No verification, no special
-/// treatment of mate scores, and no look at the stop flag.
+/// treatment of mate scores, and no look at the stop flag. Without it 1.18 times the nodes; at
+/// depth 5 it still costs more than it wins (0.93).
 std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noexcept {
     if (afterNull || node.inCheck || node.isPv || !options_.useNullmove.enabled ||
         node.depth < options_.nullmoveMinDepth.number ||
@@ -146,7 +149,7 @@ std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noex
 /// stopped.
 template <bool IsRoot>
 bool CSearch::SearchMoves(Node& node) noexcept {
-    CMovePicker& picker = PickerOf(node.ply);
+    CMovePicker& picker = pickers_[node.ply];
     picker.Reset(node.ply);
     for (Move move = NextMove(picker); !move.IsNone(); move = NextMove(picker)) {
         if (IsRoot && !master_->IsRootMoveWanted(move)) {
@@ -190,7 +193,8 @@ bool CSearch::IsQuiet(Move move) const noexcept {
            position_.board[move.To()] == PieceNone;
 }
 
-/// A ply for a check and a ply for a pawn one step before promotion. After `MakeMove`.
+/// A ply for a check and a ply for a pawn one step before promotion. After `MakeMove`. This is what
+/// costs: without it 0.78 times the nodes.
 std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) const noexcept {
     if ((!node.isPv && node.depth >= ExtensionDepthOffPv) || !options_.useExtensions.enabled) {
         return 0;
@@ -201,7 +205,7 @@ std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) cons
 }
 
 /// Late quiet moves that have mostly failed are searched one ply less deep. Counts the moves that
-/// qualify; the first few of them are spared. After `MakeMove`.
+/// qualify; the first few of them are spared. After `MakeMove`. Without it 1.41 times the nodes.
 std::int32_t CSearch::ReductionOf(Node& node, Move move, Piece moved, std::int32_t extension,
                                   bool isQuiet) const noexcept {
     if (!isQuiet || extension != 0 || node.isPv || node.inCheck || position_.inCheck ||
@@ -265,7 +269,7 @@ void CSearch::LearnFromSuccess(const Node& node, Move move, Piece moved, Score v
     const bool isCut = value >= node.beta;
     HistoryOf(moved, move.To()).Reward(isCut ? depth * depth : depth);
     if (isCut) {
-        KillersOf(node.ply).Remember(move);
+        killers_[node.ply].Remember(move);
     }
 }
 
@@ -273,7 +277,7 @@ void CSearch::RaiseAlpha(Node& node, Move move, Score value) noexcept {
     node.alpha = value;
     node.bound = value < node.beta ? Bound::Exact : Bound::Lower;
     node.bestMove = Move{move.Identity()};
-    BuildLine(PvOf(node.ply), node.ply, move);
+    BuildLine(pv_[node.ply], node.ply, move);
 }
 
 /// The fifty-move rule comes after the moves have been searched: a mate on the hundredth half-move

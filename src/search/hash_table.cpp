@@ -114,7 +114,7 @@ void CHashTable::Store(std::uint64_t key, Score score, std::int32_t depth, Bound
         return;
     }
     if (oldDepth == 0 || oldAge < age_) {
-        freeCount_.AddBySoleWriter(static_cast<std::uint32_t>(-1));
+        freeCount_.AddLossily(static_cast<std::uint32_t>(-1));
     }
     const std::uint64_t data =
         static_cast<std::uint8_t>(age_) |

@@ -51,7 +51,7 @@ public:
     CHashTable& operator=(CHashTable&&) = delete;
     ~CHashTable() = default;
 
-    /// Gives both tables their share of that many mebibytes, emptied, with the age at 0. The
+    /// Gives both tables their share of this many mebibytes, emptied, with the age at 0. The
     /// present size keeps everything. False if the memory cannot be had: the size stays as it was.
     [[nodiscard]] bool Resize(std::uint32_t megabytes);
 

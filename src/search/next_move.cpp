@@ -37,7 +37,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
             picker.badList.list.Append(move);
         }
         picker.stage = PickStage::SecondKiller;
-        if (const Move killer = KillersOf(picker.ply).first; IsKillerUsable(killer, picker)) {
+        if (const Move killer = killers_[picker.ply].first; IsKillerUsable(killer, picker)) {
             picker.killerMove1 = killer;
             return killer;
         }
@@ -45,7 +45,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
 
     case PickStage::SecondKiller:
         picker.stage = PickStage::GenerateQuiets;
-        if (const Move killer = KillersOf(picker.ply).second; IsKillerUsable(killer, picker)) {
+        if (const Move killer = killers_[picker.ply].second; IsKillerUsable(killer, picker)) {
             picker.killerMove2 = killer;
             return killer;
         }

@@ -8,7 +8,7 @@ namespace brenquil {
 /// searched, so a mate can be found; otherwise captures and promotions that do not lose material
 /// by the exchange test. Fail-soft on a move's cut-off, `beta` itself on standing pat.
 Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Score beta) noexcept {
-    nodes_.AddBySoleWriter(1);
+    nodes_.AddLossily(1);
     CheckLimits(ply);
     if (stop_) {
         return alpha;
@@ -28,7 +28,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
     }
 
     // The record of this ply is free: the node that owned it has handed over to this call.
-    CSelectionList& moves = PickerOf(ply).goodList;
+    CSelectionList& moves = pickers_[ply].goodList;
     moves.Reset();
     if (inCheck) {
         generator_.GenerateEvasions(moves.list);

@@ -30,7 +30,7 @@ void CSearch::SetMaster(ISearchMaster& master, std::int64_t checks) noexcept {
 void CSearch::BuildLine(PvLine& line, std::int32_t ply, Move move) const noexcept {
     line.count = 0;
     line.Append(move);
-    for (const Move reply : PvOf(ply + 1)) {
+    for (const Move reply : pv_[ply + 1]) {
         line.Append(reply);
     }
 }

@@ -98,7 +98,7 @@ public:
     /// This thread's nodes, and those that `AddNodes` has brought. Any thread may read it.
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return nodes_; }
 
-    void AddNodes(std::uint64_t nodes) noexcept { nodes_.AddBySoleWriter(nodes); }
+    void AddNodes(std::uint64_t nodes) noexcept { nodes_.AddLossily(nodes); }
 
     /// The deepest quiescence ply since `ResetSeldepth`, counted from the horizon.
     [[nodiscard]] std::int32_t Seldepth() const noexcept { return seldepth_; }
@@ -156,23 +156,6 @@ private:
     // next_move.cpp
     [[nodiscard]] bool IsKillerUsable(Move killer, const CMovePicker& picker) const noexcept;
     [[nodiscard]] std::int32_t ScoreQuiets(MoveList& list) const noexcept;
-
-    // Small accessors of the per-ply and per-move tables.
-    [[nodiscard]] PvLine& PvOf(std::int32_t ply) noexcept {
-        return pv_[static_cast<std::size_t>(ply)];
-    }
-
-    [[nodiscard]] const PvLine& PvOf(std::int32_t ply) const noexcept {
-        return pv_[static_cast<std::size_t>(ply)];
-    }
-
-    [[nodiscard]] CMovePicker& PickerOf(std::int32_t ply) noexcept {
-        return pickers_[static_cast<std::size_t>(ply)];
-    }
-
-    [[nodiscard]] KillerPair& KillersOf(std::int32_t ply) noexcept {
-        return killers_[static_cast<std::size_t>(ply)];
-    }
 
     [[nodiscard]] HistoryEntry& HistoryOf(Piece piece, Square to) noexcept {
         return history_[piece][to];

@@ -42,9 +42,9 @@ TEST(Relaxed, FetchAddReturnsTheValueBefore) {
     EXPECT_EQ(value, 15);
 }
 
-TEST(Relaxed, AddBySoleWriterWrapsLikeTheType) {
+TEST(Relaxed, AddLossilyWrapsLikeTheType) {
     Relaxed<std::uint8_t> value = std::uint8_t{250};
-    value.AddBySoleWriter(10);
+    value.AddLossily(10);
     EXPECT_EQ(value, 4);
 }
 
@@ -72,7 +72,7 @@ TEST(Relaxed, ACounterWithOneWriterIsSeenGrowingByOthers) {
     Relaxed<std::uint64_t> counter;
     std::thread writer([&counter] {
         for (std::uint64_t round = 0; round < Rounds; ++round) {
-            counter.AddBySoleWriter(1);
+            counter.AddLossily(1);
         }
     });
     std::uint64_t last = 0;

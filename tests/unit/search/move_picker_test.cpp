@@ -136,7 +136,7 @@ TEST(SelectionList, EqualKeysKeepTheOrderThatExchangesLeave) {
     append(2, 0);
     append(3, 5);
     selection.Restart(1);
-    // 3 changes places with 1, which then stands behind 2.
+    // 3 changes places with 1, which then stands after 2.
     std::vector<int> order;
     while (!selection.IsAtEnd()) {
         order.push_back(selection.Take().Identity());

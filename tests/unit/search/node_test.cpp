@@ -107,7 +107,7 @@ TEST_F(Node, ChildOfANullMoveIsNotTestedForRepetition) {
 }
 
 TEST_F(Node, PositionBeforeAPawnMoveIsStillCompared) {
-    // The walk ends behind the record of the irreversible move, not before it.
+    // The walk ends after the record of the irreversible move, not before it.
     setup.Set("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", "e1d1 e8d8 d1e1 d8e8");
     EXPECT_EQ(setup.Node(2), 0);
     EXPECT_EQ(Nodes(), 1U);

@@ -83,12 +83,12 @@ void CRecordingReceiver::PrintBestMove(Move bestMove, Move ponderMove) {
     record.texts.push_back(BestMoveText(bestMove, ponderMove));
     record.best = bestMove;
     record.ponder = ponderMove;
-    record.ends.AddBySoleWriter(1);
+    record.ends.AddLossily(1);
 }
 
 void CRecordingReceiver::PrintNoBestMove() {
     record.texts.emplace_back("no best move");
-    record.ends.AddBySoleWriter(1);
+    record.ends.AddLossily(1);
 }
 
 std::vector<std::string> SearchRecord::Beginning(std::string_view start) const {

@@ -285,7 +285,7 @@ TEST_F(Threads, StopBeforeASearchDoesNotHinderIt) {
     EXPECT_FALSE(receiver.record.best.IsNone());
 }
 
-TEST_F(Threads, StopRightBehindStartIsNotLost) {
+TEST_F(Threads, StopRightAfterStartIsNotLost) {
     for (int round = 0; round < 100; ++round) {
         receiver.record = {};
         Go(Infinite());

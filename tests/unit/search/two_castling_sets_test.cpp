@@ -44,6 +44,8 @@ class CLineChecker final : public ISearchReceiver {
 public:
     explicit CLineChecker(const CPosition& root) : root_(root) {}
 
+    void SetRoot(const CPosition&) override {}
+
     void PrintPv(const PvReport& report, const SearchStatistics&) override {
         Check({}, report.line->Used());
     }
@@ -194,7 +196,7 @@ protected:
         CPosition before = setup.position;
         CLineChecker receiver(before);
         CFakeWorkers workers;
-        setup.hash.RaiseAge();
+        setup.hash.BeginSearch(false);
         setup.ThinkOn(limits, receiver, workers);
         base.answer = {};
         EXPECT_TRUE(IsSamePosition(setup.position, before)) << CPositionText(before).GetFen();
@@ -218,7 +220,7 @@ TEST_F(TwoCastlingSets, CastlingFromTheTableDoesNotTakeAnotherRookOffTheBoard) {
     setup.Set("3q1k1r/pppppppp/2n2n2/8/8/2N2N2/PPPPPPPP/Q3KR1R b H - 0 1");
     const CPosition before = setup.position;
     const Move first = MoveOf(setup.position, "f8e8");
-    setup.hash.RaiseAge();
+    setup.hash.BeginSearch(false);
     for (const Move stored : {first, Move::Make(E1, G1, MoveKind::Castling, WhiteKingSide)}) {
         setup.hash.Store(setup.position.key, 32000, 50, Bound::Upper, stored);  // answers nothing
         if (stored.word == first.word) {
@@ -270,7 +272,7 @@ TEST_F(TwoCastlingSets, MovesOfTheTableAreTriedOnlyWhereTheyAreGenerated) {
         for (const char rook : {one.men.outer, one.men.inner}) {
             setup.Set(one.men.WithRight(rook));
             ASSERT_TRUE(setup.position.MakeMove(one.first));
-            setup.hash.RaiseAge();
+            setup.hash.BeginSearch(false);
             setup.hash.Store(setup.position.key, 0, 1, Bound::Exact, one.castling);
             picker->Reset(0);
             const Move move = setup.search->NextMove(*picker);
