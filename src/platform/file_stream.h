@@ -16,7 +16,9 @@
 
 namespace brenquil {
 
-// Opens a stream, like std::fopen; nullptr when that fails.
+// Opens a stream, like std::fopen with a mode of "r", "w" or "a"; nullptr when that fails. What is
+// no regular file is closed again, nullptr too, and neither opening nor reading waits for anybody.
+// Whom the mere opening of a device disturbs asks IsSpecialFile before.
 [[nodiscard]] std::FILE* OpenStream(const std::string& name, const char* mode) noexcept;
 
 // Goes to a place counted from the start of the file. False when the system refuses; a place behind

@@ -1,15 +1,31 @@
 #include "platform/file_stream.h"
 #include "platform/windows_name.h"
 
+#include <io.h>
 #include <limits>
+#include <windows.h>
 
 namespace brenquil {
+
+namespace {
+
+bool IsOnDisk(std::FILE* stream) noexcept {
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    return GetFileType(handle) == FILE_TYPE_DISK;
+}
+
+}  // namespace
 
 std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
     const std::wstring wideName = WindowsName(name);
     const std::wstring wideMode = WindowsName(mode);
-    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
-    return wideName.empty() ? nullptr : _wfopen(wideName.c_str(), wideMode.c_str());
+    std::FILE* const stream =
+        wideName.empty() ? nullptr : _wfopen(wideName.c_str(), wideMode.c_str());
+    if (stream != nullptr && !IsOnDisk(stream)) {
+        (void)std::fclose(stream);
+        return nullptr;
+    }
+    return stream;
 }
 
 bool SeekStream(std::FILE* stream, std::uint64_t place) noexcept {

@@ -39,6 +39,12 @@ bool CReadFile::ReadLine(std::string& line) {
     return true;
 }
 
+bool CAppendFile::Write(std::string_view text) noexcept {
+    // Without a buffer, which would cut a long text in two.
+    return file != nullptr && std::setvbuf(file, nullptr, _IONBF, 0) == 0 &&
+           std::fwrite(text.data(), 1, text.size(), file) == text.size();
+}
+
 bool FileExists(const std::string& name) noexcept {
     return CReadFile().Open(name);
 }

@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace brenquil {
 
@@ -57,6 +58,17 @@ public:
 class CWriteFile final : public CFile {
 public:
     [[nodiscard]] const char* Mode() const noexcept override { return "w"; }
+};
+
+/// A text file to add to, made when there is none.
+class CAppendFile final : public CFile {
+public:
+    [[nodiscard]] const char* Mode() const noexcept override { return "a"; }
+
+    /// Hands the text to the system in one piece, so that the texts of several threads, each with
+    /// an object of its own, do not mingle.
+    /// @return false when it could not be written, or no file is open
+    bool Write(std::string_view text) noexcept;
 };
 
 /// True when there is a file of that name that can be opened for reading.

@@ -256,6 +256,39 @@ class BatchFile(EngineTest):
         self.expect(["a", "ini", "eval"], "eval: 0\n")
 
 
+@unittest.skipIf(SYSTEM == "Windows" or not hasattr(os, "mkfifo"), "no pipes and devices of names here")
+class SpecialFiles(EngineTest):
+    """What is no file, in the place of each file that the program reads or writes."""
+
+    LOGGING = ["uci", "setoption name Logging value true", "isready", "console", "eval"]
+
+    def test_pipe_in_the_place_of_the_log_blocks_nobody(self):
+        os.mkfifo(self.folder / LOG)
+        self.assertTrue(self.run_lines(*self.LOGGING).endswith("readyok\neval: 0\n"))
+
+    def test_pipe_in_the_place_of_the_log_gets_nothing(self):
+        os.mkfifo(self.folder / LOG)
+        reader = os.open(self.folder / LOG, os.O_RDONLY | os.O_NONBLOCK)
+        self.addCleanup(os.close, reader)
+        self.run_lines(*self.LOGGING)
+        self.assertEqual(os.read(reader, 100), b"")
+
+    def test_links_to_pipes_and_devices_hold_nobody_up(self):
+        os.mkfifo(self.folder / "pipe")
+        (self.folder / "circle").symlink_to("circle")
+        for target in ("pipe", "circle", ".", "/dev/zero", "/dev/full", "/dev/random", "/dev/tty", "/dev/stdin"):
+            with self.subTest(target):
+                for name in (INI, LOG, "a.cmd", "book.bin"):
+                    (self.folder / name).unlink(missing_ok=True)
+                    (self.folder / name).symlink_to(target)
+                printed = self.run_lines("ini", "a", "batch a", *self.LOGGING, "uci",
+                                         "setoption name Book Path value book.bin", "isready")
+                self.assertIn("\nreadyok\neval: 0\nid name ", printed)
+                self.assertTrue(printed.endswith("\nreadyok\n"))
+                self.assertNotIn("created", printed)
+                self.assertNotIn("loaded", printed)
+
+
 class UnwritableDirectory(EngineTest):
     LINES = b"ini\neval\nuci\nsetoption name Logging value true\nisready\nconsole\nbatch a\ntest -h\neval\nquit\n"
 

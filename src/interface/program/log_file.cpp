@@ -1,8 +1,8 @@
 #include "interface/program/log_file.h"
 
 #include "interface/program/program_info.h"
+#include "text/file.h"
 
-#include <fstream>
 #include <string>
 
 namespace brenquil {
@@ -10,9 +10,10 @@ namespace brenquil {
 void AppendToLog(std::string_view text) {
     std::string line(text);
     line += '\n';
-    std::ofstream file{std::string(LogFileName), std::ios::app};
-    // In one piece: the lines of two threads may change places, but do not mingle.
-    file << line << std::flush;
+    CAppendFile file;
+    if (file.Open(std::string(LogFileName))) {
+        file.Write(line);
+    }
 }
 
 }  // namespace brenquil

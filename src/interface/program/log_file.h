@@ -6,7 +6,9 @@
 namespace brenquil {
 
 /// Appends the text and a line feed to the log file. The file is opened anew for each line and
-/// closed again, so that two threads share nothing; what cannot be written is lost in silence.
+/// closed again, so that two threads share nothing: their lines may change places, but do not
+/// mingle. What cannot be written is lost in silence; a pipe or a device in the place of the file
+/// is not written to at all.
 void AppendToLog(std::string_view text);
 
 }  // namespace brenquil

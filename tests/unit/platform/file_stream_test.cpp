@@ -12,6 +12,10 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace brenquil {
@@ -59,6 +63,38 @@ TEST_F(FileStream, NamesInUtf8AreFound) {
     Open(folder.At(name), "rb");
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(std::fgetc(file), 'x');
+}
+
+#if !defined(_WIN32)
+
+TEST_F(FileStream, WhatIsNoFileIsNotOpenedAndKeepsNobodyWaiting) {
+    const std::string pipe = folder.At("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& name : {pipe, folder.At(""), std::string("/dev/null")}) {
+        for (const char* const mode : {"rb", "r+b", "w", "a"}) {
+            Open(name, mode);
+            EXPECT_EQ(file, nullptr) << name << ' ' << mode;
+        }
+    }
+    // With somebody at the other end it could be opened.
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    Open(pipe, "a");
+    EXPECT_EQ(file, nullptr);
+    close(reader);
+}
+
+#endif
+
+TEST_F(FileStream, AppendingAddsAndWritingReplaces) {
+    const std::string name = folder.Write("file", "old ");
+    for (const char* const mode : {"a", "w", "a"}) {
+        Open(name, mode);
+        ASSERT_NE(file, nullptr);
+        EXPECT_GE(std::fputs(mode, file), 0);
+    }
+    Close();
+    EXPECT_EQ(folder.ReadText("file"), "wa");
 }
 
 #if defined(_WIN32)

@@ -118,9 +118,21 @@ TEST_F(File, PipeIsNoFileAndKeepsNobodyWaiting) {
     EXPECT_FALSE(FileExists(pipe));
     CWriteFile output;
     EXPECT_FALSE(output.Open(pipe));
+    CAppendFile log;
+    EXPECT_FALSE(log.Open(pipe));
+    EXPECT_FALSE(log.Write("lost"));
 }
 
 #endif
+
+TEST_F(File, AppendingMakesAndKeepsTheFile) {
+    for (const std::string& text : {"one\n"s, std::string(100'000, 'x') + '\n'}) {
+        CAppendFile log;
+        ASSERT_TRUE(log.Open(folder.At("log")));
+        EXPECT_TRUE(log.Write(text));
+    }
+    EXPECT_EQ(folder.ReadText("log"), "one\n" + std::string(100'000, 'x') + "\n");
+}
 
 TEST_F(File, NameWithAZeroByteIsNoFile) {
     const std::string name = folder.Write("file", "content");
