@@ -5,7 +5,6 @@
 #include "text/text.h"
 
 #include <array>
-#include <utility>
 #include <vector>
 
 namespace brenquil {
@@ -21,11 +20,11 @@ void IsReady(CEngine& engine, std::string_view) {
 }
 
 void Stop(CEngine& engine, std::string_view) {
-    engine.master.Stop();
+    engine.Stop();
 }
 
 void PonderHit(CEngine& engine, std::string_view) {
-    engine.master.PonderHit();
+    engine.PonderHit();
 }
 
 struct UciCommand {
@@ -55,35 +54,29 @@ bool CCommandLoop::Pass() {
     if (const std::optional<std::string> line = TakeLine()) {
         Dispatch(*line);
     }
-    return running_;
+    return engine_.protocol.running;
 }
 
 std::optional<std::string> CCommandLoop::TakeLine() {
-    return engine_.protocol.pendingLines.empty() ? ReadInputLine() : TakePendingLine();
+    return engine_.protocol.pendingLines.lines.empty() ? TakeInputLine() : TakePendingLine();
 }
 
 /// An empty pending line counts as none. Pending lines are echoed and never logged as input.
 std::optional<std::string> CCommandLoop::TakePendingLine() {
-    PendingLine line = std::move(engine_.protocol.pendingLines.front());
-    engine_.protocol.pendingLines.pop_front();
-    if (line.text.empty()) {
+    std::optional<std::string> line = engine_.protocol.pendingLines.Take();
+    if (line->empty()) {
         return std::nullopt;
     }
-    engine_.protocol.currentBatch = std::move(line.origin);
-    engine_.protocol.PrintInfoString(line.text);
-    return std::move(line.text);
+    engine_.protocol.PrintInfoString(*line);
+    return line;
 }
 
-std::optional<std::string> CCommandLoop::ReadInputLine() {
-    std::string line;
-    if (!std::getline(input_, line)) {
-        return std::nullopt;
+std::optional<std::string> CCommandLoop::TakeInputLine() {
+    std::optional<std::string> line = input_.TakeLine();
+    if (line) {
+        engine_.protocol.pendingLines.origin = nullptr;
+        engine_.protocol.LogLine("> " + *line);
     }
-    if (!line.empty() && line.back() == '\r') {
-        line.pop_back();
-    }
-    engine_.protocol.currentBatch = nullptr;
-    engine_.protocol.LogLine("> " + line);
     return line;
 }
 
@@ -96,7 +89,7 @@ void CCommandLoop::Dispatch(std::string_view line) {
     } else if (word == "uci") {
         HandleUci(engine_);
     } else if (word == "exit" || word == "quit") {
-        running_ = false;
+        engine_.Quit();
     }
     // These four do not end the dispatch: the mode that they leave behind sees the line as well.
     if (engine_.protocol.IsUci()) {

@@ -1,14 +1,14 @@
 // The one reading loop: takes a line, finds its command word, runs the handler.
 //
-// Lines come from the protocol's queue of pending lines first and from the input stream otherwise.
-// The loop ends with `exit` or `quit` and in no other way; in particular the end of the input does
-// not end it, it spins until the process is killed. Handlers run on the calling thread, one after
-// the other.
+// Lines come from the protocol's queue of pending lines first and from the source of input
+// otherwise. The loop ends with `exit` or `quit` and in no other way; in particular the end of the
+// input does not end it, it spins until the process is killed. Handlers run on the calling thread,
+// one after the other.
 #pragma once
 
 #include "interface/engine.h"
+#include "interface/line_source.h"
 
-#include <istream>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ namespace brenquil {
 class CCommandLoop {
 public:
     /// Both outlive the loop.
-    CCommandLoop(CEngine& engine, std::istream& input) : engine_(engine), input_(input) {}
+    CCommandLoop(CEngine& engine, ILineSource& input) : engine_(engine), input_(input) {}
 
     /// Obeys lines until the program is to end.
     void Run();
@@ -31,13 +31,12 @@ public:
 private:
     [[nodiscard]] std::optional<std::string> TakeLine();
     [[nodiscard]] std::optional<std::string> TakePendingLine();
-    [[nodiscard]] std::optional<std::string> ReadInputLine();
+    [[nodiscard]] std::optional<std::string> TakeInputLine();
     void Dispatch(std::string_view line);
     void DispatchUci(std::string_view word, std::string_view line);
 
     CEngine& engine_;
-    std::istream& input_;
-    bool running_ = true;
+    ILineSource& input_;
 };
 
 }  // namespace brenquil

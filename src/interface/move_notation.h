@@ -5,25 +5,22 @@
 #include "interface/output_options.h"
 #include "interface/protocol.h"
 
+#include <string_view>
+
 namespace brenquil {
+
+/// True when the castling field of the FEN names rooks by their files.
+[[nodiscard]] bool HasFileLetterCastling(std::string_view fen);
 
 /// True when a front end plays Chess960 with KQkq castling fields: castling is then written by
 /// name.
-[[nodiscard]] inline bool CastlesByName(const CProtocol& protocol,
-                                        const COutputOptions& options) noexcept {
-    return protocol.IsUci() && options.chess960.enabled && !protocol.fileLetterCastling;
-}
+[[nodiscard]] bool CastlesByName(const CProtocol& protocol, const COutputOptions& options) noexcept;
 
 /// The notation of lists for a person: squares only.
-[[nodiscard]] inline CastlingNotation ListNotation(const COutputOptions& options) noexcept {
-    return options.chess960.enabled ? CastlingNotation::KingTakesRook
-                                    : CastlingNotation::KingTarget;
-}
+[[nodiscard]] CastlingNotation ListNotation(const COutputOptions& options) noexcept;
 
 /// The notation of the lines that a search prints.
-[[nodiscard]] inline CastlingNotation LineNotation(const CProtocol& protocol,
-                                                   const COutputOptions& options) noexcept {
-    return CastlesByName(protocol, options) ? CastlingNotation::Name : ListNotation(options);
-}
+[[nodiscard]] CastlingNotation LineNotation(const CProtocol& protocol,
+                                            const COutputOptions& options) noexcept;
 
 }  // namespace brenquil

@@ -12,10 +12,11 @@
 // one answer, each `go` its one end, the move of an unhurried search is legal and the position is
 // as it was before, and every output line is one line.
 
+#include "../support/open_engine.h"
 #include "board/move_generator.h"
 #include "board/position_text.h"
 #include "interface/command_loop.h"
-#include "interface/engine.h"
+#include "interface/line_source.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/log_file.h"
 #include "interface/program/program_info.h"
@@ -229,7 +230,7 @@ private:
 
     /// What the batch files have brought.
     bool ObeyPending(bool waits) {
-        auto& pending = engine_->protocol.pendingLines;
+        auto& pending = engine_->protocol.pendingLines.lines;
         while (!pending.empty()) {
             const std::string text = pending.front().text;
             // Its echo could be taken for the end of a search.
@@ -263,7 +264,8 @@ private:
         const std::string word = words.empty() ? "" : ToLower(words.front());
         const bool isUci = engine_->protocol.IsUci();
         const int answers = sink_.Answers();
-        if (!CCommandLoop(*engine_, input).Pass()) {
+        CStreamSource source(input);
+        if (!CCommandLoop(*engine_, source).Pass()) {
             return false;
         }
         if (isUci && sink_.Answers() != answers + (word == "isready" ? 1 : 0)) {
@@ -326,9 +328,10 @@ private:
             Fail("ends of searches", "at the end");
         }
         CProtocol& protocol = engine_->protocol;
-        protocol.pendingLines.clear();
-        protocol.currentBatch = nullptr;
+        protocol.pendingLines.lines.clear();
+        protocol.pendingLines.origin = nullptr;
         protocol.mode = CommandMode::Console;
+        protocol.running = true;
         protocol.fileLetterCastling = false;
         for (const auto& [option, value] : values_) {
             option->SetValue(value);
@@ -346,7 +349,7 @@ private:
     }
 
     CCountingSink sink_;
-    std::unique_ptr<CEngine> engine_ = std::make_unique<CEngine>(sink_);
+    std::unique_ptr<test::COpenEngine> engine_ = std::make_unique<test::COpenEngine>(sink_);
     std::unique_ptr<CPosition> firstPosition_ = std::make_unique<CPosition>();
     std::vector<std::pair<COption*, std::string>> values_;
     std::vector<std::string> written_;

@@ -95,7 +95,7 @@ void CheckBatch(std::string_view bytes) {
     CSilentSink sink;
     CProtocol protocol(sink);
     RunBatch("a", protocol);
-    for (const PendingLine& line : protocol.pendingLines) {
+    for (const PendingLine& line : protocol.pendingLines.lines) {
         if (line.text.empty() || line.text.find_first_of("\r\n#") != std::string::npos ||
             line.text.front() == ' ' || line.text.back() == ' ') {
             std::abort();

@@ -4,7 +4,6 @@
 #include "board/static_exchange.h"
 #include "interface/console/cpu_report.h"
 #include "interface/console/help_text.h"
-#include "interface/console/move_listing.h"
 #include "interface/console/perft.h"
 #include "interface/console/self_test.h"
 #include "interface/move_notation.h"
@@ -27,14 +26,8 @@ namespace {
 constexpr int Ranks = 8;
 constexpr int Files = 8;
 
-/// Takes back the move of the last record. After a FEN with a later move number that is a record
-/// which no move of this game wrote: the position knows and stays as it is. A number beyond the
-/// undo stack has no record at all.
 void Undo(CEngine& engine, std::string_view) {
-    CPosition& position = engine.master.position;
-    if (position.ply > 1 && position.ply <= CPosition::UndoCapacity) {
-        position.UndoMove(position.undo[position.ply - 1].move);
-    }
+    engine.TakeBack();
 }
 
 void New(CEngine& engine, std::string_view) {
@@ -47,16 +40,18 @@ void Help(CEngine& engine, std::string_view) {
     }
 }
 
-/// test [-960] [-m] [-b] [-e] [-h]: without a choice among the last four, all of them.
+/// test [-960] [-m] [-b] [-e] [-h]: without a choice among the last four, all of them. Minutes of
+/// figures are not to be mixed with the lines of a search, so that ends first.
 void Test(CEngine& engine, std::string_view line) {
+    engine.EndSearch();
     const std::vector<std::string> words = Split(ValueOf(line, "test"), ' ');
     const auto has = [&words](std::string_view word) {
         return std::find(words.begin(), words.end(), word) != words.end();
     };
     const bool all = !has("-m") && !has("-b") && !has("-e") && !has("-h");
     const auto test = std::make_unique<CSelfTest>(
-        engine.sink, [&engine](const CPosition& position) { return engine.Evaluate(position); },
-        has("-960"));
+        engine.protocol.Sink(),
+        [&engine](const CPosition& position) { return engine.Evaluate(position); }, has("-960"));
     if (all || has("-m")) {
         test->TestMoveGeneration();
     }
@@ -73,7 +68,7 @@ void Test(CEngine& engine, std::string_view line) {
 
 /// batch <file>: the name is all the rest of the line and may hold blanks.
 void Batch(CEngine& engine, std::string_view line) {
-    RunBatch(ValueOf(line, "batch"), engine.protocol);
+    RunBatch(ValueOf(line, "batch"), engine.protocol.pendingLines);
 }
 
 /// perft <n> [-d]: the last number wins, "-d" stands anywhere.
@@ -86,11 +81,13 @@ void Perft(CEngine& engine, std::string_view line) {
         }
         divided = divided || word == "-d";
     }
+    engine.EndSearch();
     if (depth == 0) {
         return;
     }
-    const auto perft = std::make_unique<CPerft>(engine.sink, ListNotation(engine.outputOptions));
-    CPositionText(perft->position).SetFen(CPositionText(engine.master.position).GetFen());
+    const auto perft =
+        std::make_unique<CPerft>(engine.protocol.Sink(), ListNotation(engine.Output()));
+    CPositionText(perft->position).SetFen(engine.Fen());
     if (divided) {
         perft->PerftDivide(depth);
     } else {
@@ -100,16 +97,16 @@ void Perft(CEngine& engine, std::string_view line) {
 
 /// Eight rows between two empty lines, the top rank first. `TextOf` gives the text of a square.
 template <class TextOf>
-void Draw(CProtocol& protocol, TextOf textOf) {
-    protocol.PrintLine("");
+void Draw(CLineOutput& output, TextOf textOf) {
+    output.PrintLine("");
     for (int rank = Ranks - 1; rank >= 0; --rank) {
         std::string row;
         for (int file = 0; file < Files; ++file) {
             row += textOf(MakeSquare(file, rank));
         }
-        protocol.PrintLine(row);
+        output.PrintLine(row);
     }
-    protocol.PrintLine("");
+    output.PrintLine("");
 }
 
 /// print <num>: draws a number as a bitboard. A sign or point is taken for a digit of its own.
@@ -127,7 +124,7 @@ void Print(CEngine& engine, std::string_view line) {
 }
 
 void Board(CEngine& engine, std::string_view) {
-    const CPosition& position = engine.master.position;
+    const CPosition& position = engine.Position();
     Draw(engine.protocol, [&position](Square square) {
         const Piece piece = position.PieceOn(square);
         return piece == PieceNone ? "." : PieceToText(piece);
@@ -135,8 +132,7 @@ void Board(CEngine& engine, std::string_view) {
 }
 
 void Moves(CEngine& engine, std::string_view) {
-    for (const std::string& row : ListMoves(engine.bases, engine.master.position, true,
-                                            ListNotation(engine.outputOptions))) {
+    for (const std::string& row : engine.ListMoves()) {
         engine.protocol.PrintLine(row);
     }
 }
@@ -145,25 +141,23 @@ void Moves(CEngine& engine, std::string_view) {
 void Fen(CEngine& engine, std::string_view line) {
     const std::string fen = ValueOf(line, "fen");
     if (fen.empty()) {
-        engine.protocol.PrintLine(CPositionText(engine.master.position).GetFen());
+        engine.protocol.PrintLine(engine.Fen());
     } else {
-        SetGamePosition(engine, fen);
+        engine.SetPosition(fen);
     }
 }
 
 void Flip(CEngine& engine, std::string_view) {
-    CPositionText text(engine.master.position);
-    text.SetFen(CPositionText::FlipFen(text.GetFen()));
+    engine.Flip();
 }
 
 void Eval(CEngine& engine, std::string_view) {
-    engine.protocol.PrintLine("eval: " + std::to_string(engine.Evaluate(engine.master.position)));
+    engine.protocol.PrintLine("eval: " + std::to_string(engine.Evaluate(engine.Position())));
 }
 
 void See(CEngine& engine, std::string_view line) {
-    const CPosition& position = engine.master.position;
-    const Move move = CPositionText::TextToMove(ValueOf(line, "see"), position,
-                                                engine.outputOptions.chess960.enabled);
+    const CPosition& position = engine.Position();
+    const Move move = engine.TextToMove(ValueOf(line, "see"));
     if (move.IsNone()) {
         engine.protocol.PrintLine("invalid move!");
         return;
@@ -172,7 +166,7 @@ void See(CEngine& engine, std::string_view line) {
 }
 
 void Ini(CEngine& engine, std::string_view) {
-    WriteIni(engine.optionGroups, engine.protocol);
+    WriteIni(engine.Options(), engine.protocol);
 }
 
 /// cpu [<leaf> <register> <bit>]
@@ -187,48 +181,25 @@ void Cpu(CEngine& engine, std::string_view line) {
     }
 }
 
-/// Whether a command touches what a running search reads; the search is ended before it then.
-enum class Search { Ends, GoesOn };
-
 struct ConsoleCommand {
     std::string_view word;
     void (*handler)(CEngine& engine, std::string_view line);
-    Search search;
 };
 
-// clang-format off
 constexpr std::array Commands{
-    ConsoleCommand{"undo", Undo, Search::Ends},
-    ConsoleCommand{"new", New, Search::Ends},
-    ConsoleCommand{"help", Help, Search::GoesOn},
-    ConsoleCommand{"test", Test, Search::Ends},
-    ConsoleCommand{"batch", Batch, Search::GoesOn},
-    ConsoleCommand{"perft", Perft, Search::Ends},
-    ConsoleCommand{"print", Print, Search::GoesOn},
-    ConsoleCommand{"board", Board, Search::Ends},
-    ConsoleCommand{"moves", Moves, Search::Ends},
-    ConsoleCommand{"fen", Fen, Search::Ends},
-    ConsoleCommand{"flip", Flip, Search::Ends},
-    ConsoleCommand{"eval", Eval, Search::Ends},
-    ConsoleCommand{"see", See, Search::Ends},
-    ConsoleCommand{"ini", Ini, Search::GoesOn},
-    ConsoleCommand{"cpu", Cpu, Search::GoesOn},
+    ConsoleCommand{"undo", Undo},   ConsoleCommand{"new", New},     ConsoleCommand{"help", Help},
+    ConsoleCommand{"test", Test},   ConsoleCommand{"batch", Batch}, ConsoleCommand{"perft", Perft},
+    ConsoleCommand{"print", Print}, ConsoleCommand{"board", Board}, ConsoleCommand{"moves", Moves},
+    ConsoleCommand{"fen", Fen},     ConsoleCommand{"flip", Flip},   ConsoleCommand{"eval", Eval},
+    ConsoleCommand{"see", See},     ConsoleCommand{"ini", Ini},     ConsoleCommand{"cpu", Cpu},
 };
-
-// clang-format on
 
 /// Plays the line if the whole of it is a move here. A move outranks every command word.
 bool PlayIfMove(CEngine& engine, std::string_view line) {
-    if (!CPositionText::IsMoveTextForm(line)) {
+    if (!CPositionText::IsMoveTextForm(line) || engine.TextToMove(line).IsNone()) {
         return false;
     }
-    engine.master.EndSearch();
-    const Move move = CPositionText::TextToMove(line, engine.master.position,
-                                                engine.outputOptions.chess960.enabled);
-    if (move.IsNone()) {
-        return false;
-    }
-    PlayMoveText(engine, line);
+    engine.PlayMoveText(line);
     return true;
 }
 
@@ -240,14 +211,11 @@ void DispatchConsole(CEngine& engine, std::string_view word, std::string_view li
     }
     // The word finds the file, but the whole line is its name: with further words nothing runs.
     if (!ResolveBatchName(std::string(word)).empty()) {
-        RunBatch(std::string(line), engine.protocol);
+        RunBatch(std::string(line), engine.protocol.pendingLines);
         return;
     }
     for (const ConsoleCommand& command : Commands) {
         if (command.word == word) {
-            if (command.search == Search::Ends) {
-                engine.master.EndSearch();
-            }
             command.handler(engine, line);
             return;
         }

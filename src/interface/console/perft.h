@@ -9,7 +9,7 @@
 #include "board/move_list.h"
 #include "board/position.h"
 #include "board/position_text.h"
-#include "interface/protocol.h"
+#include "interface/line_output.h"
 
 #include <cstdint>
 #include <vector>
@@ -44,7 +44,7 @@ public:
 private:
     [[nodiscard]] std::uint64_t Count(std::int32_t depth);
 
-    CProtocol output_;
+    CLineOutput output_;
     CastlingNotation notation_;
     std::vector<MoveList> lists_;
 };

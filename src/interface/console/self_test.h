@@ -15,7 +15,7 @@
 
 #include "interface/console/perft.h"
 #include "interface/console/self_test_tables.h"
-#include "interface/protocol.h"
+#include "interface/line_output.h"
 
 #include <cstdint>
 #include <functional>
@@ -64,7 +64,7 @@ private:
 
     CPerft perft_;  ///< its position is the one under test
     CPosition rebuilt_;
-    CProtocol output_;  ///< has no log
+    CLineOutput output_;  ///< has no log
     Evaluator evaluate_;
 };
 

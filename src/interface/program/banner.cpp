@@ -4,12 +4,12 @@
 
 namespace brenquil {
 
-void PrintBanner(CProtocol& protocol) {
-    protocol.PrintLine("");
-    protocol.PrintLine(std::string(ProgramTitle) + " " + std::string(PlatformWord) + " (" +
-                       BuildDate() + ")");
-    protocol.PrintLine("created by " + std::string(ProgramAuthor));
-    protocol.PrintLine("");
+void PrintBanner(CLineOutput& output) {
+    output.PrintLine("");
+    output.PrintLine(std::string(ProgramTitle) + " " + std::string(PlatformWord) + " (" +
+                     BuildDate() + ")");
+    output.PrintLine("created by " + std::string(ProgramAuthor));
+    output.PrintLine("");
 }
 
 }  // namespace brenquil

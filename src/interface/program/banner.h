@@ -1,11 +1,11 @@
 // The four lines with which the program begins.
 #pragma once
 
-#include "interface/protocol.h"
+#include "interface/line_output.h"
 
 namespace brenquil {
 
 /// Prints name, version, build date and author between two empty lines.
-void PrintBanner(CProtocol& protocol);
+void PrintBanner(CLineOutput& output);
 
 }  // namespace brenquil

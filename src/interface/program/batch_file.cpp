@@ -34,10 +34,10 @@ std::string ResolveBatchName(const std::string& name) {
     return FileExists(longer) ? longer : std::string();
 }
 
-void RunBatch(const std::string& name, CProtocol& protocol) {
+void RunBatch(const std::string& name, CPendingLines& pending) {
     const std::string resolved = ResolveBatchName(name);
-    const BatchChain& caller = protocol.currentBatch;
-    if (caller && (protocol.pendingLines.size() >= MostLinesBeforeNestedBatch ||
+    const BatchChain& caller = pending.origin;
+    if (caller && (pending.lines.size() >= MostLinesBeforeNestedBatch ||
                    std::find(caller->begin(), caller->end(), resolved) != caller->end())) {
         return;
     }
@@ -53,7 +53,7 @@ void RunBatch(const std::string& name, CProtocol& protocol) {
     for (std::string line; file.ReadLine(line);) {
         std::string command = CommandOf(line);
         if (!command.empty()) {
-            protocol.pendingLines.push_back({std::move(command), chain});
+            pending.lines.push_back({std::move(command), chain});
         }
     }
 }

@@ -5,7 +5,7 @@
 // already.
 #pragma once
 
-#include "interface/protocol.h"
+#include "interface/pending_lines.h"
 
 #include <cstddef>
 #include <string>
@@ -23,6 +23,6 @@ inline constexpr std::size_t MostLinesBeforeNestedBatch = 250'000;
 /// Queues the lines of a batch file without comments, outer blanks and empty lines. A name that
 /// means no file does nothing. A file that is named by one of its own lines, directly or by way of
 /// other batch files, is not run again for it: a circle would never let the input be read.
-void RunBatch(const std::string& name, CProtocol& protocol);
+void RunBatch(const std::string& name, CPendingLines& pending);
 
 }  // namespace brenquil

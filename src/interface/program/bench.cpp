@@ -2,7 +2,6 @@
 
 #include "interface/engine.h"
 #include "interface/program/bench_positions.h"
-#include "interface/uci/uci_commands.h"
 #include "interface/uci/uci_text.h"
 #include "platform/clock.h"
 
@@ -20,11 +19,13 @@ public:
 };
 
 std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t depth) {
-    HandleNewGame(engine);
-    SetGamePosition(engine, fen);
-    HandleGo(engine, "go depth " + std::to_string(depth));
-    engine.master.WaitForSearch();
-    return engine.master.Nodes();
+    engine.NewGame();
+    engine.SetPosition(fen);
+    SearchLimits limits;
+    limits.depth = depth;
+    engine.Go(limits);
+    engine.WaitForSearch();
+    return engine.Nodes();
 }
 
 }  // namespace
@@ -32,8 +33,8 @@ std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t
 std::uint64_t RunBench(ILineSink& sink, std::int32_t depth) {
     CSilentSink silence;
     const auto engine = std::make_unique<CEngine>(silence);
-    SetOption(engine->optionGroups, "Hash", "16");
-    CProtocol report(sink);
+    engine->SetOption("Hash", "16");
+    CLineOutput report(sink);
 
     std::uint64_t nodes = 0;
     std::uint32_t milliseconds = 0;

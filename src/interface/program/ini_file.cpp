@@ -53,10 +53,10 @@ void LoadIni(const OptionGroupList& groups) {
     }
 }
 
-void WriteIni(const OptionGroupList& groups, CProtocol& protocol) {
+void WriteIni(const OptionGroupList& groups, CLineOutput& output) {
     const std::string name(IniFileName);
     if (FileExists(name)) {
-        protocol.PrintLine("already exists");
+        output.PrintLine("already exists");
         return;
     }
     CWriteFile file;
@@ -70,7 +70,7 @@ void WriteIni(const OptionGroupList& groups, CProtocol& protocol) {
         }
     }
     file.Close();  // whoever reads the answer finds the whole file
-    protocol.PrintLine("created");
+    output.PrintLine("created");
 }
 
 }  // namespace brenquil

@@ -6,7 +6,7 @@
 // two pieces around its equals signs.
 #pragma once
 
-#include "interface/protocol.h"
+#include "interface/line_output.h"
 #include "text/option.h"
 
 namespace brenquil {
@@ -16,6 +16,6 @@ void LoadIni(const OptionGroupList& groups);
 
 /// Writes the present values of all options to a new file and says "created", or "already exists"
 /// and leaves the file alone. Where nothing can be written nothing is said.
-void WriteIni(const OptionGroupList& groups, CProtocol& protocol);
+void WriteIni(const OptionGroupList& groups, CLineOutput& output);
 
 }  // namespace brenquil

@@ -3,6 +3,7 @@
 
 #include "interface/command_loop.h"
 #include "interface/engine.h"
+#include "interface/line_source.h"
 #include "interface/program/banner.h"
 #include "interface/program/bench.h"
 #include "interface/program/ini_file.h"
@@ -40,8 +41,9 @@ int main(int argc, char* argv[]) {
 
     // The log can be switched on by the ini file, and then holds the banner as well.
     engine.protocol.logSink = AppendToLog;
-    LoadIni(engine.optionGroups);
+    LoadIni(engine.Options());
     PrintBanner(engine.protocol);
-    CCommandLoop(engine, std::cin).Run();
+    CStreamSource input(std::cin);
+    CCommandLoop(engine, input).Run();
     return 0;
 }

@@ -1,9 +1,7 @@
 // The handlers of the UCI command words: how each line is parsed, what it changes, what it answers.
 //
 // The handlers run on the reading thread and get the whole line as typed, first word included.
-// Nothing is rejected for being malformed: a missing or wrong token falls back to a default. A
-// handler that rewrites what a running search reads first ends that search and waits for its
-// `bestmove`; front ends send `stop` themselves and never notice.
+// Nothing is rejected for being malformed: a missing or wrong token falls back to a default.
 #pragma once
 
 #include "interface/engine.h"
@@ -29,15 +27,5 @@ void HandleDebug(CEngine& engine, std::string_view line);
 
 /// `ucinewgame` and the console's `new`: start position and an empty hash table.
 void HandleNewGame(CEngine& engine);
-
-/// Sets the game position from a FEN, the empty one included, and notes how that FEN writes
-/// castling.
-void SetGamePosition(CEngine& engine, std::string_view fen);
-
-/// Plays one move on the game position, or reports it as illegal.
-void PlayMoveText(CEngine& engine, std::string_view word);
-
-/// True when the castling field of the FEN names rooks by their files.
-[[nodiscard]] bool HasFileLetterCastling(std::string_view fen);
 
 }  // namespace brenquil

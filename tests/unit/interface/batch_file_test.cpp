@@ -19,10 +19,10 @@ protected:
 
     /// The lines that running a file queues.
     Strings Queued(const std::string& name) {
-        engine->protocol.pendingLines.clear();
-        RunBatch(name, engine->protocol);
+        engine->protocol.pendingLines.lines.clear();
+        RunBatch(name, engine->protocol.pendingLines);
         Strings lines;
-        for (const PendingLine& line : engine->protocol.pendingLines) {
+        for (const PendingLine& line : engine->protocol.pendingLines.lines) {
             lines.push_back(line.text);
         }
         return lines;
@@ -31,11 +31,12 @@ protected:
     /// Sends a line and goes on until no line waits; at most `limit` lines.
     Strings ObeyAll(const std::string& line, int limit = 1000) {
         Strings printed = Obey(line);
-        for (int i = 0; i < limit && !engine->protocol.pendingLines.empty(); ++i) {
+        for (int i = 0; i < limit && !engine->protocol.pendingLines.lines.empty(); ++i) {
             std::istringstream none;
-            EXPECT_TRUE(CCommandLoop(*engine, none).Pass());
+            CStreamSource source(none);
+            EXPECT_TRUE(CCommandLoop(*engine, source).Pass());
         }
-        EXPECT_TRUE(engine->protocol.pendingLines.empty());
+        EXPECT_TRUE(engine->protocol.pendingLines.lines.empty());
         for (std::string& text : sink.Take()) {
             printed.push_back(std::move(text));
         }
@@ -192,17 +193,18 @@ TEST_F(BatchFile, FilesThatNameEachOtherInACircleEnd) {
 TEST_F(BatchFile, FullQueueTakesNoFileThatABatchFileNames) {
     folder.Write("inner.cmd", "fen\n");
     CProtocol& protocol = engine->protocol;
-    protocol.pendingLines.resize(MostLinesBeforeNestedBatch - 1);
-    protocol.currentBatch = std::make_shared<const std::vector<std::string>>(Strings{"outer.cmd"});
-    RunBatch("inner", protocol);
-    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch);
-    RunBatch("inner", protocol);
-    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch);
+    protocol.pendingLines.lines.resize(MostLinesBeforeNestedBatch - 1);
+    protocol.pendingLines.origin =
+        std::make_shared<const std::vector<std::string>>(Strings{"outer.cmd"});
+    RunBatch("inner", protocol.pendingLines);
+    EXPECT_EQ(protocol.pendingLines.lines.size(), MostLinesBeforeNestedBatch);
+    RunBatch("inner", protocol.pendingLines);
+    EXPECT_EQ(protocol.pendingLines.lines.size(), MostLinesBeforeNestedBatch);
 
-    protocol.currentBatch = nullptr;
-    RunBatch("inner", protocol);
-    EXPECT_EQ(protocol.pendingLines.size(), MostLinesBeforeNestedBatch + 1);
-    protocol.pendingLines.clear();
+    protocol.pendingLines.origin = nullptr;
+    RunBatch("inner", protocol.pendingLines);
+    EXPECT_EQ(protocol.pendingLines.lines.size(), MostLinesBeforeNestedBatch + 1);
+    protocol.pendingLines.lines.clear();
 }
 
 TEST_F(BatchFile, SameFileRunsAsOftenAsItIsNamedFromOutside) {
@@ -215,7 +217,8 @@ TEST_F(BatchFile, SameFileRunsAsOftenAsItIsNamedFromOutside) {
 TEST_F(BatchFile, QuitDropsTheRestOfTheQueue) {
     folder.Write("a.cmd", "e2e4\nquit\nboard\n");
     std::istringstream input("a\nfen\n");
-    CCommandLoop(*engine, input).Run();
+    CStreamSource source(input);
+    CCommandLoop(*engine, source).Run();
     EXPECT_EQ(sink.Take(), (Strings{"e2e4", "quit"}));
 }
 

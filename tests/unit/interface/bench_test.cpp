@@ -3,6 +3,7 @@
 #include "board/move_generator.h"
 #include "board/position_text.h"
 #include "collecting_sink.h"
+#include "interface/move_notation.h"
 #include "interface/program/bench.h"
 #include "interface/program/bench_positions.h"
 #include "interface/uci/uci_commands.h"

@@ -12,23 +12,27 @@ TEST_F(CommandLoop, QuitAndExitEndItInAnyCaseAndInEitherMode) {
     for (const char* mode : {"console", "uci"}) {
         for (const char* word : {"QUIT", "Quit", "quit", "exit", " Exit now"}) {
             std::istringstream input(std::string(mode) + "\n" + word + "\n" + "uci\n");
-            CCommandLoop loop(*engine, input);
+            CStreamSource source(input);
+            CCommandLoop loop(*engine, source);
             EXPECT_TRUE(loop.Pass());
             EXPECT_FALSE(loop.Pass()) << word;
+            engine->protocol.running = true;
         }
     }
 }
 
 TEST_F(CommandLoop, RunReturnsAtQuitAndDropsTheRest) {
     std::istringstream input("new\nquit\nboard\n");
-    engine->protocol.pendingLines = {{"e2e4"}, {"quit"}, {"board"}};
-    CCommandLoop(*engine, input).Run();
+    engine->protocol.pendingLines.lines = {{"e2e4"}, {"quit"}, {"board"}};
+    CStreamSource source(input);
+    CCommandLoop(*engine, source).Run();
     EXPECT_EQ(sink.Take(), (Strings{"e2e4", "quit"}));
 }
 
 TEST_F(CommandLoop, EndOfInputDoesNotEndIt) {
     std::istringstream input("");
-    CCommandLoop loop(*engine, input);
+    CStreamSource source(input);
+    CCommandLoop loop(*engine, source);
     for (int i = 0; i < 100; ++i) {
         EXPECT_TRUE(loop.Pass());
     }
@@ -36,7 +40,8 @@ TEST_F(CommandLoop, EndOfInputDoesNotEndIt) {
 
 TEST_F(CommandLoop, LastLineWithoutALineFeedIsObeyed) {
     std::istringstream input("uci\nquit");
-    CCommandLoop loop(*engine, input);
+    CStreamSource source(input);
+    CCommandLoop loop(*engine, source);
     EXPECT_TRUE(loop.Pass());
     EXPECT_FALSE(loop.Pass());
 }
@@ -101,7 +106,7 @@ TEST_F(CommandLoop, PendingLinesComeFirstAreEchoedAndNotLoggedAsInput) {
     Strings log;
     engine->protocol.logSink = [&log](std::string_view line) { log.emplace_back(line); };
     engine->protocol.logging = true;
-    engine->protocol.pendingLines = {{"e2e4"}, {""}, {"fen"}};
+    engine->protocol.pendingLines.lines = {{"e2e4"}, {""}, {"fen"}};
     EXPECT_EQ(
         Obey({"e7e5", "", "", "fen"}),
         (Strings{"e2e4", "fen", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 2"}));
@@ -110,7 +115,7 @@ TEST_F(CommandLoop, PendingLinesComeFirstAreEchoedAndNotLoggedAsInput) {
 
 TEST_F(CommandLoop, PendingLinesAreEchoedAsInfoStringsInUciMode) {
     EnterUciMode();
-    engine->protocol.pendingLines = {{"isready"}};
+    engine->protocol.pendingLines.lines = {{"isready"}};
     EXPECT_EQ(Obey(""), (Strings{"info string isready", "readyok"}));
 }
 

@@ -1,10 +1,11 @@
 // A whole engine whose lines go into a list, for the tests of the commands.
 #pragma once
 
+#include "../../support/open_engine.h"
 #include "board/position_text.h"
 #include "collecting_sink.h"
 #include "interface/command_loop.h"
-#include "interface/engine.h"
+#include "interface/line_source.h"
 #include "varying_figures.h"
 
 #include <algorithm>
@@ -29,7 +30,8 @@ protected:
         for (const std::string& line : lines) {
             input << line << '\n';
         }
-        CCommandLoop loop(*engine, input);
+        CStreamSource source(input);
+        CCommandLoop loop(*engine, source);
         for (const std::string& line : lines) {
             EXPECT_TRUE(loop.Pass()) << line;
         }
@@ -78,7 +80,7 @@ protected:
     }
 
     CCollectingSink sink;
-    std::unique_ptr<CEngine> engine = std::make_unique<CEngine>(sink);
+    std::unique_ptr<test::COpenEngine> engine = std::make_unique<test::COpenEngine>(sink);
 };
 
 }  // namespace brenquil

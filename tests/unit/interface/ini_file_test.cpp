@@ -94,7 +94,7 @@ TEST_F(IniFile, EitherLineEndingAndNoFinalLineFeedAreRead) {
     Load("Threads=3\r\nContempt=12\r\nPawn=90");
     EXPECT_EQ(Threads(), "3");
     EXPECT_EQ(engine->evaluationOptions.contempt.number, 12);
-    EXPECT_EQ(engine->evaluationOptions.pawn.number, 90);
+    EXPECT_EQ(engine->evaluationOptions.pieceValues[Pawn].number, 90);
 }
 
 TEST_F(IniFile, ZeroBytesAndALineOfAMegabyteAreSurvived) {
@@ -102,7 +102,7 @@ TEST_F(IniFile, ZeroBytesAndALineOfAMegabyteAreSurvived) {
          std::string(1 << 20, 'x') + "\nPawn=90");
     EXPECT_EQ(Threads(), "3");
     EXPECT_EQ(engine->evaluationOptions.contempt.number, 0);
-    EXPECT_EQ(engine->evaluationOptions.pawn.number, 90);
+    EXPECT_EQ(engine->evaluationOptions.pieceValues[Pawn].number, 90);
 }
 
 TEST_F(IniFile, DirectoryOfThatNameIsNoIniFile) {
@@ -140,7 +140,7 @@ TEST_F(IniFile, WrittenFileLoadsBackWithEveryValueUnchanged) {
     const Strings changed = Values();
     std::filesystem::remove(IniName);
     EXPECT_EQ(Obey("ini"), Strings{"created"});
-    engine = std::make_unique<CEngine>(sink);
+    engine = std::make_unique<test::COpenEngine>(sink);
     EXPECT_EQ(Values(), defaults);
     LoadIni(engine->optionGroups);
     EXPECT_EQ(Values(), changed);

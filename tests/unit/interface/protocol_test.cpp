@@ -21,7 +21,7 @@ TEST(Protocol, BeginsInConsoleModeWithoutLogAndQueue) {
     EXPECT_FALSE(protocol.logging);
     EXPECT_FALSE(protocol.IsUci());
     EXPECT_FALSE(protocol.fileLetterCastling);
-    EXPECT_TRUE(protocol.pendingLines.empty());
+    EXPECT_TRUE(protocol.pendingLines.lines.empty());
 }
 
 TEST(Protocol, MessagesAreBareInConsoleModeAndInfoStringsInUciMode) {

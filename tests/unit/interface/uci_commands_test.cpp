@@ -2,6 +2,7 @@
 
 #include "engine_fixture.h"
 #include "fake_base.h"
+#include "interface/move_notation.h"
 #include "interface/uci/uci_commands.h"
 #include "platform/processor.h"
 
@@ -356,7 +357,8 @@ TEST_F(UciCommands, QuitLeavesASearchAlone) {
     EnterUciMode();
     (void)Obey({"go infinite", "console"});
     std::istringstream input("quit\n");
-    EXPECT_FALSE(CCommandLoop(*engine, input).Pass());
+    CStreamSource source(input);
+    EXPECT_FALSE(CCommandLoop(*engine, source).Pass());
     EXPECT_FALSE(HasEnd(sink.Take()));
     EXPECT_TRUE(StopSearch());
 }

@@ -1,0 +1,50 @@
+// Where input lines come from: standard input in the program, whatever else calls the engine
+// elsewhere.
+#pragma once
+
+#include <istream>
+#include <optional>
+#include <string>
+
+namespace brenquil {
+
+/// Gives input lines. For the reading thread.
+class ILineSource {
+public:
+    ILineSource() = default;
+    ILineSource(const ILineSource&) = delete;
+    ILineSource& operator=(const ILineSource&) = delete;
+    virtual ~ILineSource() = default;
+
+    /// The next line, without its line feed; waits for one if the source can wait. Nothing when
+    /// there is none now, which at the end of the input it is for good.
+    [[nodiscard]] virtual std::optional<std::string> TakeLine() = 0;
+
+    /// True when no line will ever come again.
+    [[nodiscard]] virtual bool HasEnded() const = 0;
+};
+
+/// Lines of a stream; a carriage return before the line feed goes with it.
+class CStreamSource final : public ILineSource {
+public:
+    /// @param stream  outlives this object
+    explicit CStreamSource(std::istream& stream) noexcept : stream_(stream) {}
+
+    [[nodiscard]] std::optional<std::string> TakeLine() override {
+        std::string line;
+        if (!std::getline(stream_, line)) {
+            return std::nullopt;
+        }
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
+        return line;
+    }
+
+    [[nodiscard]] bool HasEnded() const override { return !stream_.good(); }
+
+private:
+    std::istream& stream_;
+};
+
+}  // namespace brenquil
