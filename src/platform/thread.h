@@ -3,9 +3,10 @@
 //     CThreadHandle thread;
 //     if (thread.Start(&Entry, this)) { ... thread.Join(); }
 //
-// One handle can start any number of threads, one after the other: a thread that is still held when
-// the next one starts is detached first. Destroying the handle detaches as well: a thread is never
-// waited for by surprise, which is what lets the program end in the middle of a search.
+// One handle can start any number of threads, one after the other. It keeps each of them until it
+// has ended: the next start and the destructor wait for the thread that is held. No thread is ever
+// detached: with the thread library of MinGW, one that is detached before its first instruction can
+// be lost, and then never runs.
 //
 // No exception escapes, neither from the handle nor from the thread. A handle belongs to one
 // thread.
@@ -30,9 +31,6 @@ public:
     // Waits until the thread has ended. Returns at once when there is none.
     // What the thread wrote is visible to the caller afterwards.
     void Join() noexcept;
-
-    // Lets the thread run on by itself. Does nothing when there is none.
-    void Detach() noexcept;
 
 private:
     std::thread thread_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace brenquil {
 
@@ -19,25 +20,33 @@ void CWorkerThread::Run() {
     }
 }
 
-void CWorkerThread::Stop() noexcept {
-    search_.RequestStop();
-    JoinThread();
-}
-
 void CWorkerList::Start(const CPosition& root) {
     Stop();
     const std::int32_t threads = std::min(context_.options.threads.number.Load(), MaxThreads);
     for (std::int32_t worker = 1; worker < threads; ++worker) {
-        try {
-            workers_.push_back(std::make_unique<CWorkerThread>(context_, root));
-        } catch (const std::bad_alloc&) {
+        if (!StartOne(root)) {
             return;  // the search goes on with the workers there are
         }
-        if (!workers_.back()->Start()) {
-            workers_.pop_back();
-            return;
-        }
     }
+}
+
+bool CWorkerList::StartOne(const CPosition& root) {
+    try {
+        auto worker = std::make_unique<CWorkerThread>(context_, root);
+        const std::lock_guard lock(mutex_);
+        if (stopRequested_) {
+            return false;
+        }
+        workers_.push_back(std::move(worker));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    if (workers_.back()->Start()) {
+        return true;
+    }
+    const std::lock_guard lock(mutex_);
+    workers_.pop_back();
+    return false;
 }
 
 std::uint64_t CWorkerList::Nodes() const noexcept {
@@ -48,11 +57,31 @@ std::uint64_t CWorkerList::Nodes() const noexcept {
     return nodes;
 }
 
+/// All flags come before the first wait: a worker that has not been told to stop takes its share of
+/// the processors from those that are waited for.
 void CWorkerList::Stop() noexcept {
     for (const auto& worker : workers_) {
-        worker->Stop();
+        worker->RequestStop();
     }
-    workers_.clear();
+    for (const auto& worker : workers_) {
+        worker->Join();
+    }
+    decltype(workers_) ended;
+    const std::lock_guard lock(mutex_);
+    ended.swap(workers_);
+}
+
+void CWorkerList::RequestStop() noexcept {
+    const std::lock_guard lock(mutex_);
+    stopRequested_ = true;
+    for (const auto& worker : workers_) {
+        worker->RequestStop();
+    }
+}
+
+void CWorkerList::Reset() noexcept {
+    const std::lock_guard lock(mutex_);
+    stopRequested_ = false;
 }
 
 CMasterThread::CMasterThread(const SearchContext& context, ISearchReceiver& receiver)
@@ -65,37 +94,23 @@ bool CMasterThread::Start(const SearchLimits& limits) {
     if (!root_.Begin(limits)) {
         return true;
     }
-    SetSearching(true);
-    if (!StartThread()) {
-        SetSearching(false);
-        return false;
-    }
-    // Nothing joins the master: `quit` ends the process under it, and who needs its end waits for
-    // the flag, which is the last thing that it touches.
-    DetachThread();
-    return true;
+    workers_.Reset();
+    return StartThread();
 }
 
 void CMasterThread::Run() {
     root_.Think();
-    SetSearching(false);
 }
 
-void CMasterThread::SetSearching(bool isSearching) noexcept {
-    const std::lock_guard lock(mutex_);
-    isSearching_ = isSearching;
-    searchEnded_.notify_all();
+void CMasterThread::Stop() noexcept {
+    search_.RequestStop();
+    workers_.RequestStop();
 }
 
 /// A `stop` that comes too late does no harm: the next search begins with a reset.
 void CMasterThread::EndSearch() noexcept {
-    search_.RequestStop();
+    Stop();
     WaitForSearch();
-}
-
-void CMasterThread::WaitForSearch() noexcept {
-    std::unique_lock lock(mutex_);
-    searchEnded_.wait(lock, [this] { return !isSearching_; });
 }
 
 }  // namespace brenquil

@@ -15,7 +15,6 @@
 #include "search/search_receiver.h"
 #include "search/workers.h"
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -41,8 +40,6 @@ protected:
     [[nodiscard]] bool StartThread() noexcept { return handle_.Start(&ThreadEntry, this); }
 
     void JoinThread() noexcept { handle_.Join(); }
-
-    void DetachThread() noexcept { handle_.Detach(); }
 
 private:
     static void ThreadEntry(void* object) { static_cast<CThread*>(object)->Run(); }
@@ -75,13 +72,17 @@ public:
     /// False if the system gives no thread; the object then does nothing.
     [[nodiscard]] bool Start() noexcept { return StartThread(); }
 
-    /// Stops the search and waits for the thread; returns at once if there is none.
-    void Stop() noexcept;
+    /// Asks the search to stop and returns at once.
+    void RequestStop() noexcept { search_.RequestStop(); }
+
+    /// Waits for the end of the thread.
+    void Join() noexcept { JoinThread(); }
 
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return search_.Nodes(); }
 };
 
-/// The workers of the search under way; empty between searches. Used by the master's thread alone.
+/// The workers of the search under way; empty between searches. Used by the master's thread alone,
+/// but for `RequestStop` and `Reset`.
 class CWorkerList final : public IWorkers {
 public:
     /// More threads than this are not started, whatever the option says: each takes a megabyte.
@@ -89,28 +90,50 @@ public:
 
     explicit CWorkerList(const SearchContext& context) noexcept : context_(context) {}
 
+    CWorkerList(const CWorkerList&) = delete;
+    CWorkerList& operator=(const CWorkerList&) = delete;
+
+    ~CWorkerList() override { Stop(); }
+
     void Start(const CPosition& root) override;
     [[nodiscard]] std::uint64_t Nodes() const noexcept override;
     void Stop() noexcept override;
 
+    /// Asks the workers that there are to stop, starts no more of them until `Reset`, and returns
+    /// at once. For the reading thread: where threads share a processor, the master would come to
+    /// know of a `stop` only after each worker has had its turn.
+    void RequestStop() noexcept;
+
+    /// Takes `RequestStop` back. Called before a search starts.
+    void Reset() noexcept;
+
 private:
+    [[nodiscard]] bool StartOne(const CPosition& root);
+
     SearchContext context_;
     std::vector<std::unique_ptr<CWorkerThread>> workers_;
+    bool stopRequested_ = false;
+    std::mutex mutex_;  ///< guards changes of the list against `RequestStop`, and the flag
 };
 
 /// The one search thread of the program that talks. Its position is the game position: the one that
 /// `position`, `ucinewgame` and the console commands act on. All operations but `Run` are the
-/// reading thread's. The object lives until the process ends, whatever its thread is doing.
+/// reading thread's. In the program the object lives until the process ends, whatever its thread is
+/// doing.
 class CMasterThread final : public CSearchThread {
 public:
     CMasterThread(const SearchContext& context, ISearchReceiver& receiver);
+    CMasterThread(const CMasterThread&) = delete;
+    CMasterThread& operator=(const CMasterThread&) = delete;
+
+    ~CMasterThread() override { EndSearch(); }
 
     /// Ends a search that is under way, then answers from the bases or starts a search on the
     /// position with these limits, and returns. False if the system gives no thread.
     [[nodiscard]] bool Start(const SearchLimits& limits);
 
     /// Asks the search to stop and returns at once. The best move comes from the search's thread.
-    void Stop() noexcept { search_.RequestStop(); }
+    void Stop() noexcept;
 
     /// Clears the pause flag, which nothing sets.
     void PonderHit() noexcept { root_.ClearPause(); }
@@ -119,8 +142,9 @@ public:
     /// before anything that a search reads is rewritten. Takes the time of a node or two.
     void EndSearch() noexcept;
 
-    /// Waits until the search under way has ended by itself.
-    void WaitForSearch() noexcept;
+    /// Waits until the search under way has ended by itself. What is waited for is the thread, so
+    /// there is no waiting for a search that does not exist.
+    void WaitForSearch() noexcept { JoinThread(); }
 
     /// Nodes of the last search, all threads together.
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return search_.Nodes(); }
@@ -128,13 +152,8 @@ public:
     void Run() override;
 
 private:
-    void SetSearching(bool isSearching) noexcept;
-
     CWorkerList workers_;
     CRootSearch root_;
-    std::mutex mutex_;  ///< guards the one flag below
-    std::condition_variable searchEnded_;
-    bool isSearching_ = false;
 };
 
 }  // namespace brenquil

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <gtest/gtest.h>
-#include <optional>
 #include <thread>
 
 namespace brenquil {
@@ -11,6 +10,11 @@ namespace {
 
 void SetToOne(void* argument) {
     *static_cast<int*>(argument) = 1;
+}
+
+void SetToOneLate(void* argument) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    SetToOne(argument);
 }
 
 // Two flags by which a test and its thread talk.
@@ -28,8 +32,9 @@ void WaitAtGate(void* argument) {
 }
 
 bool BecomesTrue(const Relaxed<bool>& flag) {
-    for (int i = 0; i < 20000 && !flag; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!flag && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
     }
     return flag;
 }
@@ -52,15 +57,13 @@ TEST(Thread, RunsBesideItsStarter) {
     EXPECT_TRUE(gate.passed);
 }
 
-TEST(Thread, JoinAndDetachWithoutAThreadReturnAtOnce) {
+TEST(Thread, JoinWithoutAThreadReturnsAtOnce) {
     CThreadHandle thread;
     thread.Join();
-    thread.Detach();
     int value = 0;
     ASSERT_TRUE(thread.Start(&SetToOne, &value));
     thread.Join();
     thread.Join();
-    thread.Detach();
     EXPECT_EQ(value, 1);
 }
 
@@ -74,26 +77,36 @@ TEST(Thread, OneHandleServesOneThreadAfterAnother) {
     }
 }
 
-TEST(Thread, ADetachedThreadRunsOn) {
-    static Gate gate;
+TEST(Thread, StartingAgainWaitsForTheThreadBefore) {
     CThreadHandle thread;
-    ASSERT_TRUE(thread.Start(&WaitAtGate, &gate));
-    thread.Detach();
+    int first = 0;
+    int second = 0;
+    ASSERT_TRUE(thread.Start(&SetToOneLate, &first));
+    ASSERT_TRUE(thread.Start(&SetToOne, &second));
+    EXPECT_EQ(first, 1);
     thread.Join();
-    EXPECT_FALSE(gate.passed);
-    gate.open = true;
-    EXPECT_TRUE(BecomesTrue(gate.passed));
+    EXPECT_EQ(second, 1);
 }
 
-TEST(Thread, DestroyingTheHandleDoesNotWait) {
-    static Gate gate;
-    std::optional<CThreadHandle> thread;
-    thread.emplace();
-    ASSERT_TRUE(thread->Start(&WaitAtGate, &gate));
-    thread.reset();
-    EXPECT_FALSE(gate.passed);
-    gate.open = true;
-    EXPECT_TRUE(BecomesTrue(gate.passed));
+TEST(Thread, DestroyingTheHandleWaits) {
+    int value = 0;
+    {
+        CThreadHandle thread;
+        ASSERT_TRUE(thread.Start(&SetToOneLate, &value));
+    }
+    EXPECT_EQ(value, 1);
+}
+
+// Under Wine one thread in some fifty that were detached at once never ran.
+TEST(Thread, NoneIsLost) {
+    CThreadHandle thread;
+    for (int i = 0; i < 500; ++i) {
+        Gate gate;
+        gate.open = true;
+        ASSERT_TRUE(thread.Start(&WaitAtGate, &gate));
+        ASSERT_TRUE(BecomesTrue(gate.passed)) << "round " << i;
+        thread.Join();
+    }
 }
 
 }  // namespace

@@ -4,14 +4,17 @@
 #include "search/threads.h"
 #include "search_setup.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <gtest/gtest.h>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace brenquil {
 namespace {
@@ -66,6 +69,82 @@ private:
     std::mutex mutex_;
     std::set<const CPosition*> positions_;
 };
+
+/// A base that knows nothing and holds the threads that ask it, until they are released. A stopped
+/// thread asks no more, so the number of questions tells whether one still searches.
+class CWaitingRoom {
+public:
+    explicit CWaitingRoom(CBaseList& bases) {
+        base_.answer = [this](Score&, const CPosition& position, int, int) {
+            Ask(&position);
+            return false;
+        };
+        bases.Add(base_);
+    }
+
+    [[nodiscard]] std::size_t Waiting() {
+        const std::lock_guard lock(mutex_);
+        return order_.size();
+    }
+
+    [[nodiscard]] std::uint64_t Questions() {
+        const std::lock_guard lock(mutex_);
+        return questions_;
+    }
+
+    /// `held` counts the threads in the order in which they came.
+    void ReleaseAllBut(std::size_t held) {
+        const std::lock_guard lock(mutex_);
+        held_ = {order_[held]};
+        isOpen_ = true;
+        released_.notify_all();
+    }
+
+    void ReleaseAll() {
+        const std::lock_guard lock(mutex_);
+        held_.clear();
+        isOpen_ = true;
+        released_.notify_all();
+    }
+
+    const CPosition* onlyOne = nullptr;  ///< where set, all others pass; before the search starts
+
+private:
+    void Ask(const CPosition* who) {
+        std::unique_lock lock(mutex_);
+        ++questions_;
+        if (onlyOne != nullptr && who != onlyOne) {
+            return;
+        }
+        if (std::find(order_.begin(), order_.end(), who) == order_.end()) {
+            order_.push_back(who);
+        }
+        released_.wait(lock, [&] {
+            return isOpen_ && std::find(held_.begin(), held_.end(), who) == held_.end();
+        });
+    }
+
+    CScriptedBase base_;
+    std::mutex mutex_;
+    std::condition_variable released_;
+    std::vector<const CPosition*> order_;
+    std::vector<const CPosition*> held_;
+    bool isOpen_ = false;
+    std::uint64_t questions_ = 0;
+};
+
+/// Waits until a count stays the same for a while; false if it never does.
+template <class Count>
+bool ComesToRest(Count count) {
+    for (int i = 0; i < 100; ++i) {
+        const auto before = count();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        if (count() == before) {
+            return true;
+        }
+    }
+    return false;
+}
 
 class Threads : public testing::Test {
 protected:
@@ -149,6 +228,38 @@ TEST_F(Threads, WorkersCountTheirNodesAndAreGoneAfterStop) {
     workers.Stop();
     EXPECT_EQ(workers.Nodes(), 0U);
     workers.Stop();
+}
+
+// Told and awaited one after the other, 32 threads took a second to stop on one processor.
+TEST_F(Threads, AllWorkersAreToldToStopBeforeOneIsWaitedFor) {
+    SetThreads(5);
+    for (std::size_t held = 0; held < 4; ++held) {
+        CWaitingRoom room(setup.bases);
+        CWorkerList workers(setup.Context());
+        workers.Start(setup.position);
+        ASSERT_TRUE(Eventually([&] { return room.Waiting() == 4; }));
+        std::thread stopper([&] { workers.Stop(); });
+        room.ReleaseAllBut(held);
+        EXPECT_TRUE(ComesToRest([&] { return room.Questions(); }));
+        room.ReleaseAll();
+        stopper.join();
+        setup.bases = CBaseList();
+    }
+}
+
+// Among many threads on one processor the master has its turn, and sees its flag, late.
+TEST_F(Threads, StopReachesTheWorkersWithoutTheMaster) {
+    CWaitingRoom room(setup.bases);
+    room.onlyOne = &master->position;
+    SetThreads(4);
+    Go(Infinite());
+    ASSERT_TRUE(Eventually([&] { return room.Waiting() == 1 && room.Questions() > 100; }));
+    master->Stop();
+    EXPECT_TRUE(ComesToRest([&] { return room.Questions(); }));
+    EXPECT_EQ(receiver.record.ends, 0);
+    room.ReleaseAll();
+    master->WaitForSearch();
+    EXPECT_EQ(receiver.record.ends, 1);
 }
 
 TEST_F(Threads, StartingAgainReplacesTheWorkers) {
