@@ -59,6 +59,12 @@ if(BRENQUIL_SANITIZE)
     target_compile_options(brenquil_options INTERFACE
         -fsanitize=${BRENQUIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(brenquil_options INTERFACE -fsanitize=${BRENQUIL_SANITIZE})
+    # libFuzzer leaves by _Exit as well, and looks for leaks itself.
+    if(BRENQUIL_SANITIZE MATCHES "address" AND NOT BRENQUIL_FUZZ)
+        target_link_options(brenquil_options INTERFACE -Wl,--wrap=_Exit)
+        add_library(brenquil_leak_check_exit STATIC "${PROJECT_SOURCE_DIR}/cmake/leak_check_exit.cpp")
+        target_link_libraries(brenquil_options INTERFACE brenquil_leak_check_exit)
+    endif()
 endif()
 
 # The rooms are instrumented for the fuzzer, or it would be blind; only the fuzz programs link its main function.

@@ -50,6 +50,12 @@ function(brenquil_room room)
         target_link_libraries(${library} ${scope} brenquil_${lower})
     endforeach()
 
+    # Objects with static storage are never destroyed: the program ends while its searches go on looking at them. Clang
+    # names each one with a destructor that has something to do.
+    if(sources AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        target_compile_options(${library} PRIVATE -Wexit-time-destructors)
+    endif()
+
     # The target all_verify_interface_header_sets compiles each header alone: a header includes what it uses.
     if(headers)
         target_sources(${library} ${scope} FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}/src" FILES ${headers})

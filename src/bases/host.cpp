@@ -1,13 +1,14 @@
 #include "bases/host.h"
 
+#include "platform/process.h"
+
 #include <cstdio>
-#include <cstdlib>
 
 namespace brenquil {
 
 void IHost::Fail(Stream stream, const std::string& text) {
     PrintLastWords(stream, text);
-    std::_Exit(1);
+    EndProcess(1);
 }
 
 void IHost::PrintLastWords(Stream stream, const std::string& text) {

@@ -1,10 +1,25 @@
 #!/usr/bin/env python3
 # ctest: timeout=180
 """`quit` at any moment of a search: silent, and exit code 0."""
+import os
 import random
 import time
 
-from engine_process import EngineTestCase, is_end, main
+import nalimov_files
+from engine_process import EngineProcess, EngineTestCase, is_end, main
+
+
+class UnreadEngine(EngineProcess):
+    """A program whose output nobody reads from the moment on at which `is_read` becomes false."""
+
+    is_read = True
+
+    def _read(self):
+        while self.is_read:
+            raw = self.process.stdout.readline()
+            if not raw:
+                break
+            self.lines.put(raw.decode("latin-1").rstrip("\n"))
 
 
 class Quit(EngineTestCase):
@@ -50,6 +65,36 @@ class Quit(EngineTestCase):
                 engine = self.start_uci("setoption name Threads value 4")
                 engine.send(*lines)
                 self.assertEqual(engine.wait(), 0)
+
+    def test_quit_during_a_search_that_asks_nalimov_tables(self):
+        for side, queen, knight in zip("wb", nalimov_files.QueenEnding().files(), nalimov_files.drawn_files("n")):
+            for name, content in (("kqk", queen), ("knk", knight)):
+                with open(os.path.join(self.directory, f"{name}.nb{side}"), "wb") as file:
+                    file.write(content)
+        source = random.Random(3)
+        for _ in range(self.ROUNDS):
+            engine = self.start_uci("setoption name Threads value 4", "setoption name Hash value 1",
+                                    "setoption name Nalimov Usage value InSearch",
+                                    "setoption name Nalimov Min Depth value 0",
+                                    "setoption name NalimovPath value .",
+                                    "position fen 8/8/3k4/3n4/8/3K4/4Q3/8 w - - 0 1", "go infinite")
+            engine.until(lambda line: line.startswith("info depth 5 ") and not line.endswith(" tbhits 0"))
+            time.sleep(0.2 * source.random())
+            self.assert_quits(engine)
+
+    def test_quit_while_a_search_writes_and_nobody_reads(self):
+        for threads in (1, 4):
+            engine = UnreadEngine(self.directory, self.dialogue)
+            self.addCleanup(engine.kill)
+            engine.banner()
+            engine.uci()
+            engine.send(f"setoption name Threads value {threads}", "position startpos")
+            engine.is_read = False
+            # 64 KiB is what a pipe holds. No line of a search finds room behind these.
+            engine.send(*["isready"] * (65536 // len("readyok\n") - 2), "go infinite")
+            time.sleep(1)
+            engine.send("quit")
+            self.assertEqual(engine.process.wait(30), 0)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 #include "bases/nalimov/nalimov_enumeration.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace brenquil {
 
@@ -45,8 +46,10 @@ std::uint32_t Choose(std::uint32_t squares, std::size_t count) noexcept {
 }  // namespace
 
 const CNalimovEnumeration& CNalimovEnumeration::Instance() {
-    static const CNalimovEnumeration Shared;
-    return Shared;
+    // Never destroyed: a search may be looking at it while the program ends.
+    static const CNalimovEnumeration& shared =
+        *std::unique_ptr<CNalimovEnumeration>(new CNalimovEnumeration).release();
+    return shared;
 }
 
 CNalimovEnumeration::CNalimovEnumeration() {

@@ -3,6 +3,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -421,16 +422,17 @@ std::uint64_t CNalimovCalculator::EnPassantPart(const Lists& lists,
 }
 
 const CNalimovCalculator& NalimovCalculator(int table, int side) {
-    static const std::vector<CNalimovCalculator> Calculators = [] {
-        std::vector<CNalimovCalculator> all;
-        all.reserve(NalimovSignatures.size() * 2);
+    // Never destroyed: a search may be looking at them while the program ends.
+    static const std::vector<CNalimovCalculator>& calculators = [] {
+        auto all = std::make_unique<std::vector<CNalimovCalculator>>();
+        all->reserve(NalimovSignatures.size() * 2);
         for (const NalimovSignature& signature : NalimovSignatures) {
-            all.emplace_back(signature, 0);
-            all.emplace_back(signature, 1);
+            all->emplace_back(signature, 0);
+            all->emplace_back(signature, 1);
         }
-        return all;
+        return *all.release();
     }();
-    return Calculators[static_cast<std::size_t>(table) * 2 + static_cast<std::size_t>(side)];
+    return calculators[static_cast<std::size_t>(table) * 2 + static_cast<std::size_t>(side)];
 }
 
 }  // namespace brenquil

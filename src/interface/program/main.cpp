@@ -8,6 +8,7 @@
 #include "interface/program/bench.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/log_file.h"
+#include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "text/text.h"
 
@@ -21,22 +22,12 @@ namespace {
 using namespace brenquil;
 
 /// brenquil bench [depth]
-int Bench(ILineSink& sink, std::string_view depthText) {
+void Bench(ILineSink& sink, std::string_view depthText) {
     const std::int32_t depth = ToInteger(depthText);
     RunBench(sink, depth > 0 ? depth : BenchDepth);
-    return 0;
 }
 
-}  // namespace
-
-int main(int argc, char* argv[]) {
-    UseBinaryStandardStreams();
-    // Neither object is ever destroyed: a search that is still running when the program ends goes
-    // on looking at them to its last instruction.
-    static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();
-    if (argc > 1 && std::string_view(argv[1]) == "bench") {
-        return Bench(sink, argc > 2 ? argv[2] : "");
-    }
+void Converse(ILineSink& sink) {
     static CEngine& engine = *std::make_unique<CEngine>(sink).release();
 
     // The log can be switched on by the ini file, and then holds the banner as well.
@@ -45,5 +36,21 @@ int main(int argc, char* argv[]) {
     PrintBanner(engine.protocol);
     CStreamSource input(std::cin);
     CCommandLoop(engine, input).Run();
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    UseBinaryStandardStreams();
+    // Otherwise each read flushes the output first, and waits for a search that writes to nobody.
+    std::cin.tie(nullptr);
+    static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();
+    if (argc > 1 && std::string_view(argv[1]) == "bench") {
+        Bench(sink, argc > 2 ? argv[2] : "");
+    } else {
+        Converse(sink);
+    }
+    // A search may still be running, and goes on looking at everything to its last instruction.
+    // So nothing is ever destroyed, neither the two objects above nor those of the libraries.
+    EndProcess(0);
 }
