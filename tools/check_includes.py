@@ -13,6 +13,7 @@ The arrows are read from the calls brenquil_room(<room> <lower room>... [PARTS <
 Prints one line for each fault and ends with 1 if there is any.
 """
 
+import argparse
 import pathlib
 import re
 import sys
@@ -94,7 +95,11 @@ def check(root):
 
 
 def main():
-    root = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).parent.parent
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("root", nargs="?", type=pathlib.Path, default=pathlib.Path(__file__).parent.parent)
+    root = parser.parse_args().root
+    if not (root / "src").is_dir():
+        parser.error(f"{root} has no folder src")
     faults = check(root.resolve())
     print("\n".join(faults) if faults else "The includes follow the arrows.")
     return 1 if faults else 0

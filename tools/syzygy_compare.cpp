@@ -298,9 +298,13 @@ int main(int argc, char* argv[]) {
     if (everyDistance) {
         names.erase(names.begin());
     }
-    if (names.empty() || names.front().starts_with("-")) {
-        std::fputs("syzygy_compare [--every-distance] PATH [NAME...]\n", stderr);
-        return 2;
+    const bool isAsked = !names.empty() && (names.front() == "--help" || names.front() == "-h");
+    const bool isWrong = names.empty() || std::ranges::any_of(names, [](const std::string& name) {
+                             return name.starts_with("-");
+                         });
+    if (isAsked || isWrong) {
+        std::fputs("syzygy_compare [--every-distance] PATH [NAME...]\n", isAsked ? stdout : stderr);
+        return isAsked ? 0 : 2;
     }
     CPlainHost host;
     CSyzygyTables tables(host);

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Tries out the packages in dist/; run as root by ./package --check, which installs what is needed.
 
+    tests/packaging/packages_check.py [-v] [TEST...]
+
 SOURCE_DATE_EPOCH is the time that the packages were made with.
 """
 import datetime
@@ -229,6 +231,6 @@ class WindowsArchive(PackageCase):
 
 
 if __name__ == "__main__":
-    if os.geteuid() != 0:
+    if os.geteuid() != 0 and not {"--help", "-h"} & set(sys.argv):
         sys.exit("A fresh Debian can only be made by root: sudo ./package --check")
     unittest.main()
