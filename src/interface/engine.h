@@ -13,26 +13,13 @@
 // Some two megabytes large, without the hash table; it belongs on the heap.
 #pragma once
 
-#include "bases/base.h"
-#include "bases/host.h"
-#include "bases/nalimov/nalimov_bases_dtm.h"
-#include "bases/syzygy/syzygy_bases.h"
-#include "bases/syzygy/syzygy_options.h"
-#include "bases/syzygy/syzygy_tables.h"
 #include "board/position.h"
-#include "board/position_text.h"
-#include "book/book.h"
-#include "eval/evaluation_options.h"
-#include "eval/kpk_bitbase.h"
+#include "board/types.h"
+#include "interface/engine_parts.h"
 #include "interface/line_sink.h"
 #include "interface/output_options.h"
 #include "interface/protocol.h"
-#include "interface/uci/uci_output.h"
-#include "search/hash_table.h"
-#include "search/memory_options.h"
 #include "search/search_limits.h"
-#include "search/search_options.h"
-#include "search/threads.h"
 #include "text/option.h"
 
 #include <cstdint>
@@ -43,7 +30,7 @@
 namespace brenquil {
 
 /// The engine of one session.
-class CEngine : private IHost {
+class CEngine {
 public:
     /// @param sink  takes every output line; outlives the engine
     explicit CEngine(ILineSink& sink);
@@ -51,7 +38,7 @@ public:
     CEngine& operator=(const CEngine&) = delete;
 
     /// Ends a search that is under way.
-    ~CEngine() override;
+    ~CEngine();
 
     // The game position. These end the search.
 
@@ -88,19 +75,19 @@ public:
     void Go(const SearchLimits& limits);
 
     /// Asks the search to stop and returns at once. The best move comes from the search's thread.
-    void Stop() noexcept { master.Stop(); }
+    void Stop() noexcept { parts_.master.Stop(); }
 
     /// Tells the search that the move it ponders over has been played.
-    void PonderHit() noexcept { master.PonderHit(); }
+    void PonderHit() noexcept { parts_.master.PonderHit(); }
 
     /// Stops the search under way and waits for its `bestmove`.
-    void EndSearch() override;
+    void EndSearch() noexcept { parts_.master.EndSearch(); }
 
     /// Waits until the search under way ends by itself.
-    void WaitForSearch() noexcept { master.WaitForSearch(); }
+    void WaitForSearch() noexcept { parts_.master.WaitForSearch(); }
 
     /// Nodes of the last search, all threads together.
-    [[nodiscard]] std::uint64_t Nodes() const noexcept { return master.Nodes(); }
+    [[nodiscard]] std::uint64_t Nodes() const noexcept { return parts_.master.Nodes(); }
 
     /// The static score of a position from the view of the side to move. Ends the search.
     [[nodiscard]] Score Evaluate(const CPosition& position);
@@ -116,10 +103,10 @@ public:
     bool SetOption(std::string_view name, const std::string& value);
 
     /// All options, in the order of their `option` lines.
-    [[nodiscard]] const OptionGroupList& Options() const noexcept { return optionGroups; }
+    [[nodiscard]] const OptionGroupList& Options() const noexcept { return parts_.optionGroups; }
 
     /// What is printed, and in which notation.
-    [[nodiscard]] const COutputOptions& Output() const noexcept { return outputOptions; }
+    [[nodiscard]] const COutputOptions& Output() const noexcept { return parts_.outputOptions; }
 
     /// Ends the session after the line that is being obeyed. A search is not told: the process ends
     /// under it.
@@ -128,35 +115,10 @@ public:
     CProtocol protocol;
 
 protected:
-    // The objects, for tests to look at. The group of the output lists an option of the
-    // evaluation's and comes after it; else they only take addresses while they are made, and their
-    // order means nothing.
-    CHashTable hashTable;
-    CBaseList bases;
-    const CKpkBitbase kpkBitbase;
-    CSearchOptions searchOptions;
-    CEvaluationOptions evaluationOptions;
-    COutputOptions outputOptions{evaluationOptions};
-    CUciOutput output{protocol, outputOptions, bases};
-    CMasterThread master;
-    CMemoryOptions memoryOptions{*this, hashTable};
-    CBook book{*this};
-    CNalimovBasesDTM nalimov{*this};
-    CSyzygyTables syzygyTables{*this};
-    CSyzygyOptions syzygyOptions;
-    CSyzygyBasesDTZ syzygyDtz{syzygyTables, syzygyOptions};
-    CSyzygyBasesWDL syzygyWdl{syzygyTables, syzygyOptions};
-    const OptionGroupList optionGroups{&memoryOptions, &searchOptions, &evaluationOptions,
-                                       &outputOptions, &book.options,  &nalimov.options,
-                                       &syzygyOptions};
+    CEngineParts parts_{protocol};  ///< for tests to look at
 
 private:
-    [[nodiscard]] SearchContext Context() noexcept;
     [[nodiscard]] CPosition& PositionAtRest();
-
-    // What book, tables and memory have to say.
-    void Print(std::string_view message) override;
-    void PrintBare(std::string_view line) override;
 };
 
 }  // namespace brenquil

@@ -49,7 +49,7 @@ public:
 
     /// Takes the next line, without any of its carriage returns and line feeds. A line of more than
     /// LineCapacity characters comes back as several lines; of what is read at once, a zero byte
-    /// and all behind it are dropped.
+    /// and all after it are dropped.
     /// @return false at the end of the file, on an error and when no file is open
     [[nodiscard]] bool ReadLine(std::string& line);
 };

@@ -15,7 +15,7 @@ bool IsWhiteSpace(char character) noexcept {
     return std::isspace(static_cast<unsigned char>(character)) != 0;
 }
 
-/// The text as a whole word: with a blank before and behind it, in small letters.
+/// The text as a whole word: with a blank before and after it, in small letters.
 std::string AsWord(std::string_view text) {
     std::string word(1, Blank);
     word += text;
@@ -79,7 +79,7 @@ std::string ValueOf(std::string_view line, std::string_view key, std::string_vie
     const std::size_t start = keyStart + key.size();
     std::size_t end = line.size();
     for (const std::string& terminator : Split(terminators, Blank)) {
-        // The first occurrence in the whole line, on purpose not the first one behind the key.
+        // The first occurrence in the whole line, on purpose not the first one after the key.
         const std::size_t found = lowerLine.find(ToLower(terminator));
         if (found != std::string::npos && found > start) {
             end = std::min(end, found);

@@ -31,7 +31,7 @@ namespace brenquil {
 /// True when the line holds the word, bounded by blanks or the line's ends, in any letter case.
 [[nodiscard]] bool HasWord(std::string_view line, std::string_view word);
 
-/// The value that stands behind a key in a command line.
+/// The value that follows a key in a command line.
 ///
 /// The key is found as a plain substring at its first occurrence, in any letter case; it need not
 /// be a word of its own. The value runs from there to the nearest terminator, or to the end of the

@@ -8,18 +8,17 @@ namespace brenquil::test {
 /// The engine, opened.
 class COpenEngine final : public CEngine {
 public:
-    using CEngine::bases;
-    using CEngine::book;
     using CEngine::CEngine;
-    using CEngine::evaluationOptions;
-    using CEngine::hashTable;
-    using CEngine::master;
-    using CEngine::memoryOptions;
-    using CEngine::nalimov;
-    using CEngine::optionGroups;
-    using CEngine::outputOptions;
-    using CEngine::searchOptions;
-    using CEngine::syzygyTables;
+
+    CHashTable& hashTable = parts_.hashTable;
+    CBaseList& bases = parts_.bases;
+    CMasterThread& master = parts_.master;
+    CBook& book = parts_.book;
+    CMemoryOptions& memoryOptions = parts_.memoryOptions;
+    CSearchOptions& searchOptions = parts_.searchOptions;
+    CEvaluationOptions& evaluationOptions = parts_.evaluationOptions;
+    COutputOptions& outputOptions = parts_.outputOptions;
+    const OptionGroupList& optionGroups = parts_.optionGroups;
 };
 
 }  // namespace brenquil::test

@@ -54,7 +54,7 @@ public:
     static constexpr std::size_t EntrySize = sizeof(NalimovCacheEntry) + DataStride;
     static_assert(DataStride == 8228 && EntrySize == 8284);
 
-    /// Most threads that can decode at the same time without waiting; as many as can search.
+    /// Most threads that can decode at the same time without waiting; as many as are advertised.
     static constexpr std::size_t DecodeBufferCount = 32;
 
     /// A cache without blocks over tables that outlive it.

@@ -1,8 +1,7 @@
 // The commands for a person at a terminal: they inspect and change the game position.
 //
 // There is no `go` in console mode. Each handler gets the whole line as typed and answers through
-// PrintLine. They run on the reading thread; those that touch what a search reads end a running
-// search first.
+// PrintLine. They run on the reading thread.
 #pragma once
 
 #include "interface/engine.h"

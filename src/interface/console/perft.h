@@ -36,7 +36,7 @@ public:
     /// Prints one line for each depth from 1 up, and returns the count of the last.
     std::uint64_t Perft(std::int32_t depth);
 
-    /// Prints the count behind each legal move, then total, time and rate.
+    /// Prints the count below each legal move, then total, time and rate.
     void PerftDivide(std::int32_t depth);
 
     CPosition position;

@@ -1,7 +1,7 @@
 // Batch files: text files of commands, "*.cmd".
 //
 // Running one only queues its lines; the command loop obeys them later, ahead of its input. A batch
-// file named by a batch file therefore does not nest: its lines wait behind those that wait
+// file named by a batch file therefore does not nest: its lines come after those that wait
 // already.
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace brenquil {
 
-/// While so many lines wait, no batch file is run for a line of another. Files that each name the
+/// While this many lines wait, no batch file is run for a line of another. Files that each name the
 /// next one twice would otherwise double the queue with each file until the memory is full.
 inline constexpr std::size_t MostLinesBeforeNestedBatch = 250'000;
 

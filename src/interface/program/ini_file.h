@@ -1,7 +1,7 @@
 // The ini file: the options as text, in the working directory.
 //
 // Read once at start, before the banner; written by the console command `ini` if there is none yet.
-// A line is `name=value`. Text behind a hash is dropped; a hash at the start of a line is dropped
+// A line is `name=value`. Text after a hash is dropped; a hash at the start of a line is dropped
 // too, but not what follows it, so `# Hash=128` sets Hash. A line is heeded only if it has exactly
 // two pieces around its equals signs.
 #pragma once

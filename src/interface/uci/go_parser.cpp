@@ -28,8 +28,8 @@ constexpr std::array NumericTokens{
     NumericToken{"movetime", &SearchLimits::movetime},
 };
 
-/// Reads the number behind a token. The whole-word test only says that the token is there; the
-/// value is taken behind the first place where its letters stand, be it the tail of another word.
+/// Reads the number after a token. The whole-word test only says that the token is there; the
+/// value is taken after the first place where its letters stand, be it the tail of another word.
 void ReadNumber(std::string_view line, std::string_view token, std::int32_t& field) {
     if (!HasWord(line, token)) {
         return;

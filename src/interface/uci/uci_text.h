@@ -14,7 +14,8 @@ namespace brenquil {
 /// negative for the side that is mated, and a score of exactly 32000 either way stays centipawns.
 [[nodiscard]] std::string ScoreText(Score score);
 
-/// " lowerbound" for a score above beta, " upperbound" for one below alpha, else nothing.
+/// " lowerbound" for a score above beta, " upperbound" for one below alpha, else nothing. The
+/// searches of today report finished results alone, which have neither.
 [[nodiscard]] std::string BoundText(Score score, Score alpha, Score beta);
 
 /// Nodes by second, rounded down; the nodes themselves when no millisecond has passed.
