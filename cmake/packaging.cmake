@@ -15,7 +15,7 @@ set(packagingFolder "${PROJECT_BINARY_DIR}/packaging")
 # The day of the release is in the list of changes and nowhere else.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
     "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/LICENSE"
-    "${PROJECT_SOURCE_DIR}/docs/libraries.txt")
+    "${PROJECT_SOURCE_DIR}/docs/libraries.txt" "${PROJECT_SOURCE_DIR}/docs/front-ends.md")
 string(REPLACE "." "\\." versionPattern "${PROJECT_VERSION}")
 file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" releaseLine REGEX "^## \\[${versionPattern}\\] - " LIMIT_COUNT 1)
 if(NOT releaseLine MATCHES " - ([0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9])$")
@@ -33,35 +33,81 @@ if(BRENQUIL_PACKAGE)
     endif()
 endif()
 
-# install_linked(<folder> <component> [EXCLUDE_FROM_ALL]): what README.md links to, in the places that it names.
-function(install_linked folder component)
-    install(DIRECTORY docs DESTINATION "${folder}" COMPONENT ${component} ${ARGN}
-        FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
-    install(FILES CONTRIBUTING.md DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
-    install(FILES tools/analyse.py DESTINATION "${folder}/tools" COMPONENT ${component} ${ARGN})
+# cut_sources_only(<variable>): drops what stands between the two remarks from a text. It is for people who have the
+# sources.
+function(cut_sources_only variable)
+    set(begin "<!-- sources only -->\n")
+    set(end "<!-- end -->\n")
+    set(text "${${variable}}")
+    string(LENGTH "${end}" endLength)
+    string(FIND "${text}" "${begin}" from)
+    while(NOT from EQUAL -1)
+        string(FIND "${text}" "${end}" to)
+        if(to LESS from)
+            message(FATAL_ERROR "README.md: a part for people with the sources has no end")
+        endif()
+        string(SUBSTRING "${text}" 0 ${from} before)
+        math(EXPR to "${to} + ${endLength}")
+        string(SUBSTRING "${text}" ${to} -1 text)
+        string(REGEX REPLACE "^\n" "" text "${text}")  # the empty line before is enough
+        string(PREPEND text "${before}")
+        string(FIND "${text}" "${begin}" from)
+    endwhile()
+    set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
+
+# write_package_documents(<folder> <readme> <changes> <licence> <libraries> <program>): the documents for people who only
+# use the engine, as they have neither sources nor tools: README.md from where it tells of front ends to its last
+# section, with a beginning and an end of its own, and docs/. The names are those of the package.
+function(write_package_documents folder readme packageChanges packageLicence packageLibraries packageProgram)
+    file(READ "${PROJECT_SOURCE_DIR}/README.md" text)
+    string(FIND "${text}" "## In a front end\n" from)
+    string(FIND "${text}" "## More\n" to REVERSE)
+    if(from EQUAL -1 OR to LESS from)
+        message(FATAL_ERROR "README.md has no sections 'In a front end' to 'More'")
+    endif()
+    math(EXPR length "${to} - ${from}")
+    string(SUBSTRING "${text}" ${from} ${length} text)
+    cut_sources_only(text)
+    string(REPLACE "`tools/solve_epd.py`" "a tool in the sources" text "${text}")
+    foreach(part head end)
+        configure_file("${PROJECT_SOURCE_DIR}/cmake/package_readme_${part}.md.in" "${folder}/part" @ONLY)
+        file(READ "${folder}/part" ${part})
+        file(REMOVE "${folder}/part")
+    endforeach()
+    file(WRITE "${folder}/${readme}" "${head}${text}${end}")
+
+    file(READ "${PROJECT_SOURCE_DIR}/docs/front-ends.md" text)
+    string(REPLACE "[README.md](../README.md)" "[${readme}](../${readme})" text "${text}")
+    file(WRITE "${folder}/docs/front-ends.md" "${text}")
+    file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs")
 endfunction()
 
 if(WIN32)
     # One folder, texts that every editor there can show.
     install(TARGETS brenquil RUNTIME DESTINATION . COMPONENT program)
-    foreach(pair "README.md README.txt" "CHANGELOG.md CHANGELOG.txt" "LICENSE LICENSE.txt"
-            "docs/libraries.txt LIBRARIES.txt")
-        separate_arguments(pair UNIX_COMMAND "${pair}")
-        list(GET pair 0 from)
-        list(GET pair 1 to)
-        file(READ "${PROJECT_SOURCE_DIR}/${from}" text)
+    set(documents "${packagingFolder}/windows")
+    write_package_documents("${documents}" README.txt CHANGELOG.txt LICENSE.txt LIBRARIES.txt
+        "It is `brenquil.exe` and may stand in any folder in which you may write.")
+    file(COPY_FILE "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${documents}/CHANGELOG.txt")
+    file(COPY_FILE "${PROJECT_SOURCE_DIR}/LICENSE" "${documents}/LICENSE.txt")
+    file(COPY_FILE "${PROJECT_SOURCE_DIR}/docs/libraries.txt" "${documents}/LIBRARIES.txt")
+    foreach(name README.txt CHANGELOG.txt LICENSE.txt LIBRARIES.txt)
+        file(READ "${documents}/${name}" text)
         string(REPLACE "\n" "\r\n" text "${text}")
-        file(WRITE "${packagingFolder}/${to}" "${text}")
-        install(FILES "${packagingFolder}/${to}" DESTINATION . COMPONENT program)
+        file(WRITE "${documents}/${name}" "${text}")
+        install(FILES "${documents}/${name}" DESTINATION . COMPONENT program)
     endforeach()
-    install_linked(. program)
+    install(DIRECTORY "${documents}/docs" DESTINATION . COMPONENT program)
 else()
     configure_file("${PROJECT_SOURCE_DIR}/docs/brenquil.6.in" "${packagingFolder}/brenquil.6" @ONLY)
     install(TARGETS brenquil RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program)
     install(FILES "${packagingFolder}/brenquil.6" DESTINATION "${CMAKE_INSTALL_MANDIR}/man6" COMPONENT program)
-    install(FILES README.md CHANGELOG.md LICENSE docs/libraries.txt
+    write_package_documents("${packagingFolder}/linux" README.md CHANGELOG.md LICENSE libraries.txt
+        "It is `bin/brenquil` and may stand anywhere.")
+    install(FILES CHANGELOG.md LICENSE docs/libraries.txt
         DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT program)
-    install_linked("${CMAKE_INSTALL_DOCDIR}" program)
+    install(DIRECTORY "${packagingFolder}/linux/" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT program)
 endif()
 
 # The Debian package: games have a folder of their own, manuals and changes are compressed.
@@ -87,9 +133,15 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
     install_compressed("${packagingFolder}/brenquil.6" share/man/man6 brenquil.6)
     install_compressed("${packagingFolder}/changelog.Debian" share/doc/brenquil changelog.Debian)
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" share/doc/brenquil changelog)
-    install(FILES README.md docs/libraries.txt cmake/debian/copyright
+    string(CONCAT debianProgram
+        "It is `/usr/games/brenquil`.\n\n"
+        "The folder `/usr/games` is in the search path of users and not in that of root, who is the user in most "
+        "containers: give\nthe whole path there, or put `/usr/games` into `PATH`.")
+    write_package_documents("${packagingFolder}/debian" README.md changelog.gz copyright libraries.txt
+        "${debianProgram}")
+    install(FILES docs/libraries.txt cmake/debian/copyright
         DESTINATION share/doc/brenquil COMPONENT debian EXCLUDE_FROM_ALL)
-    install_linked(share/doc/brenquil debian EXCLUDE_FROM_ALL)
+    install(DIRECTORY "${packagingFolder}/debian/" DESTINATION share/doc/brenquil COMPONENT debian EXCLUDE_FROM_ALL)
     install(FILES cmake/debian/lintian-overrides RENAME brenquil
         DESTINATION share/lintian/overrides COMPONENT debian EXCLUDE_FROM_ALL)
 endif()

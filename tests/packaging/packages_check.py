@@ -20,6 +20,8 @@ import threading
 import unittest
 import zipfile
 
+from package_documents import document_faults
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DIST = ROOT / "dist"
 EPOCH = int(os.environ.get("SOURCE_DATE_EPOCH", "0"))
@@ -29,8 +31,7 @@ SUITE = "bookworm"
 # What the program says, does with files and searches; enough to know it for the one that ./test has tested.
 SYSTEM_TESTS = ("bench_signature_test.py", "console_texts_test.py", "program_files_test.py", "session_test.py")
 # What README.md links to.
-LINKED = {"CONTRIBUTING.md", "tools/analyse.py"} | {
-    str(path.relative_to(ROOT)) for pattern in ("*.md", "images/*.png") for path in (ROOT / "docs").glob(pattern)}
+LINKED = {"docs/front-ends.md"} | {str(path.relative_to(ROOT)) for path in (ROOT / "docs").glob("images/*.png")}
 SYSTEM_LIBRARIES = {"kernel32.dll", "msvcrt.dll"}
 BANNER_DATE = re.compile(r"^Brenquil \S+ x64 \((\w{3} \d{1,2} \d{4})\)$", re.MULTILINE)
 
@@ -99,6 +100,28 @@ class PackageCase(unittest.TestCase):
         """The program does not hold the folder that it was built in."""
         self.assertNotIn(os.fsencode(str(ROOT)), program.read_bytes())
         self.assertNotIn(b"src/interface", program.read_bytes())
+
+
+class Documents(PackageCase):
+    """Every link of the documents is followed, and no script is named that is not there."""
+
+    def check(self):
+        faults, followed = document_faults(self.folder)
+        self.assertEqual(faults, [])
+        self.assertGreaterEqual(followed, 10)
+
+    def test_of_the_linux_archive(self):
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        self.check()
+
+    def test_of_the_debian_package(self):
+        run("dpkg-deb", "--extract", the_one("*.deb"), self.folder)
+        self.check()
+
+    def test_of_the_windows_archive(self):
+        with zipfile.ZipFile(the_one("*.zip")) as archive:
+            archive.extractall(self.folder)
+        self.check()
 
 
 class Sums(PackageCase):
