@@ -68,6 +68,7 @@ void CPosition::Clear() noexcept {
     board.Fill(PieceNone);
     colourCount.fill(0);
     pieceCount.fill(0);
+    menKey = 0;
     rightsMask.Fill(AllRights);
     castling.fill(CastlingRecord{});
     isRegular_ = false;
@@ -87,6 +88,7 @@ void CPosition::SetupDerived() noexcept {
         }
         ++colourCount[ColourOf(piece)];
         ++pieceCount[piece];
+        menKey += MenUnit(piece, square);
     }
     key ^= CastlingKeys[castlingRights];
     if (enPassant != SquareNone) {
@@ -139,6 +141,7 @@ void CPosition::RemoveCaptured(Piece captured, Square square) noexcept {
     }
     --colourCount[ColourOf(captured)];
     --pieceCount[captured];
+    menKey -= MenUnit(captured, square);
 }
 
 void CPosition::RestoreCaptured(Piece captured, Square square) noexcept {
@@ -146,6 +149,7 @@ void CPosition::RestoreCaptured(Piece captured, Square square) noexcept {
     board[square] = captured;
     ++colourCount[ColourOf(captured)];
     ++pieceCount[captured];
+    menKey += MenUnit(captured, square);
 }
 
 /// Toggling makes the case right in which the king has landed on the rook's square: that square is
@@ -174,6 +178,7 @@ void CPosition::PromotePawn(Move move, Colour colour) noexcept {
     board[to] = promoted;
     --pieceCount[pawn];
     ++pieceCount[promoted];
+    menKey += MenUnit(promoted, to) - MenUnit(pawn, to);
 }
 
 bool CPosition::MakeMove(Move move) noexcept {
@@ -336,6 +341,7 @@ void CPosition::UndoSpecial(Move move, Colour us, const UndoRecord& record) noex
         pieces[promoted] ^= BitOf(move.To());
         ++pieceCount[pawn];
         --pieceCount[promoted];
+        menKey += MenUnit(pawn, move.To()) - MenUnit(promoted, move.To());
     } else if (record.tookEnPassant) {
         RestoreCaptured(MakePiece(Pawn, ~us), EnPassantVictimSquare(move.To(), ~us));
     }

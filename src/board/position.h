@@ -11,6 +11,7 @@
 #pragma once
 
 #include "board/attacks.h"
+#include "board/men_key.h"
 #include "board/polyglot_keys.h"
 #include "board/table.h"
 #include "board/types.h"
@@ -147,6 +148,11 @@ public:
 
     [[nodiscard]] int MenCount() const noexcept { return colourCount[Black] + colourCount[White]; }
 
+    /// Neither side has so many men that `menKey` could not count them.
+    [[nodiscard]] bool HasExactMenKey() const noexcept {
+        return (colourCount[Black] | colourCount[White]) >> MenCountBits == 0;
+    }
+
     std::int32_t ply;  ///< index of the undo stack and game ply; from 1
     Colour sideToMove;
 
@@ -164,6 +170,7 @@ public:
     SquareTable<std::uint8_t> rightsMask;     ///< rights that survive a move touching a square
     std::array<std::int32_t, 2> colourCount;  ///< men of a colour, kings included
     std::array<std::int32_t, PieceCodes> pieceCount;
+    MenKey menKey;  ///< the men but kings, in one number
     std::array<CastlingRecord, CastlingRightsCount> castling;
     Table<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
 

@@ -3,6 +3,7 @@
 #include "board/score.h"
 #include "eval/endgame.h"
 #include "eval/interpolation.h"
+#include "eval/material.h"
 #include "eval/pawn_structure.h"
 #include "eval/piece_terms.h"
 
@@ -13,18 +14,7 @@ namespace brenquil {
 
 namespace {
 
-/// For bishops on both colours of squares. A constant that does not follow the piece values.
-constexpr std::int64_t BishopPairBonus = 50;
-
 constexpr std::int32_t ShelterWeight = 6;
-
-/// White's material less Black's, bishop pairs included. 64 bits, here and in the sums with it,
-/// because the options can hold any number.
-std::int64_t MaterialBalance(const Material& material) noexcept {
-    return std::int64_t{material.value[White]} - material.value[Black] +
-           BishopPairBonus * (static_cast<int>(material.hasBishopPair[White]) -
-                              static_cast<int>(material.hasBishopPair[Black]));
-}
 
 }  // namespace
 
@@ -33,20 +23,16 @@ CEvaluation::CEvaluation(const CPosition& position, const CEvaluationOptions& op
     : position_(position), options_(options), pawnHash_(pawnHash), bitbase_(bitbase) {}
 
 Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
-    if (CannotMate(position_, White) && CannotMate(position_, Black)) {
-        return DrawScore;
-    }
-
-    const Material material = ComputeMaterial(position_, options_.pieceValues);
-    if (options_.useEndgameEval.enabled) {
-        if (const std::optional<Score> score = EvaluateEndgame(position_, material, bitbase_)) {
+    const MaterialEntry& material = materialTable_.Find(position_, options_);
+    if (material.isSpecial) [[unlikely]] {
+        if (const std::optional<Score> score = SpecialScore()) {
             return *score;
         }
     }
 
     const bool whiteToMove = position_.sideToMove == White;
-    const std::int64_t balance = MaterialBalance(material);
-    const std::int64_t ownBalance = whiteToMove ? balance : -balance;
+    // 64 bits from here on: margin and contempt can be any number.
+    const std::int64_t ownBalance = whiteToMove ? material.balance : -material.balance;
     const std::int64_t lazyMargin = options_.lazyEvalMargin.number;
     if (lazyMargin > 0) {
         // The bounds are returned, not the material.
@@ -66,6 +52,18 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
     // The contempt favours White, whoever the engine plays: required.
     const std::int64_t contempt = options_.contempt.number;
     return static_cast<Score>(whiteToMove ? score + contempt : score - contempt);
+}
+
+/// A draw for want of mating material, or the score of a known ending.
+std::optional<Score> CEvaluation::SpecialScore() const noexcept {
+    if (CannotMate(position_, White) && CannotMate(position_, Black)) {
+        return DrawScore;
+    }
+    if (!options_.useEndgameEval.enabled) {
+        return std::nullopt;
+    }
+    const Material material = ComputeMaterial(position_, options_.pieceValues);
+    return EvaluateEndgame(position_, material, bitbase_);
 }
 
 /// Everything but material, from White's view.

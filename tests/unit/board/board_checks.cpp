@@ -42,6 +42,7 @@ PositionFields::PositionFields(const CPosition& position)
       rightsMask(position.rightsMask),
       colourCount(position.colourCount),
       pieceCount(position.pieceCount),
+      menKey(position.menKey),
       castling(position.castling) {}
 
 std::string Differences(const PositionFields& a, const PositionFields& b) {
@@ -60,6 +61,7 @@ std::string Differences(const PositionFields& a, const PositionFields& b) {
     Note(names, a.rightsMask == b.rightsMask, "rightsMask");
     Note(names, a.colourCount == b.colourCount, "colourCount");
     Note(names, a.pieceCount == b.pieceCount, "pieceCount");
+    Note(names, a.menKey == b.menKey, "menKey");
     Note(names, std::equal(a.castling.begin(), a.castling.end(), b.castling.begin(), IsSameRecord),
          "castling");
     return names;
@@ -86,6 +88,7 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
     std::array<Bitboard, 2> colours{};
     std::array<std::int32_t, 2> colourCount{};
     std::array<std::int32_t, PieceCodes> pieceCount{};
+    std::uint64_t menKey = 0;
     std::uint64_t key = 0;
     std::uint64_t pawnKingKey = foreignPawnKingKey;
     for (int square = 0; square < 64; ++square) {
@@ -97,6 +100,9 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
         colours[man % 2] |= 1ULL << square;
         ++colourCount[man % 2];
         ++pieceCount[man];
+        const bool isDark = (square / 8 + square % 8) % 2 == 0;
+        const std::size_t field = (man == 4 || man == 5) && isDark ? man + 6 : man;
+        menKey += man < 10 ? 1ULL << 5 * field : 0;
         const std::uint64_t number = PolyglotKeys[man * 64 + static_cast<std::size_t>(square)];
         key ^= number;
         pawnKingKey ^= man < 2 || man > 9 ? number : 0;
@@ -114,6 +120,7 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
     Note(faults, position.colours == colours, "colours");
     Note(faults, position.colourCount == colourCount, "colourCount");
     Note(faults, position.pieceCount == pieceCount, "pieceCount");
+    Note(faults, position.menKey == menKey, "menKey");
     Note(faults, position.key == key, "key");
     Note(faults, position.pawnKingKey == pawnKingKey, "pawnKingKey");
     return faults;

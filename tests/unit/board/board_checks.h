@@ -47,6 +47,7 @@ struct PositionFields {
     SquareTable<std::uint8_t> rightsMask;
     std::array<std::int32_t, 2> colourCount;
     std::array<std::int32_t, PieceCodes> pieceCount;
+    MenKey menKey;
     std::array<CastlingRecord, CastlingRightsCount> castling;
 };
 

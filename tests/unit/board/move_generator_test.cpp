@@ -306,7 +306,7 @@ TEST(StoredMoves, RefuseCastlingOntoTheOwnRookThoughTheGeneratorWritesIt) {
 
 TEST(StoredMoves, ArePseudoLegalExactlyIfTheGeneratorWritesThem) {
     const auto expectAsGenerated = [](const CPosition& position) {
-        const std::vector<std::uint32_t> words = GeneratedWords(position, true, true);
+        const std::vector<std::uint32_t> words = GeneratedWords(position, MoveKinds::All);
         for (std::uint32_t word = 0; word < 65536; ++word) {
             ASSERT_EQ(CMoveGenerator(position).IsPseudoLegal(Move{word}),
                       std::find(words.begin(), words.end(), word) != words.end())

@@ -62,10 +62,10 @@ TEST_F(EvaluationCaches, OptionsActOnACachedScore) {
     const Score plain = used_.evaluation.Evaluate(WideAlpha, WideBeta);
     used_.options.contempt.SetValue("30");
     EXPECT_EQ(used_.evaluation.Evaluate(WideAlpha, WideBeta), plain + 30);
-    used_.options.analyseMode = true;
+    used_.options.analyse.enabled = true;
     EXPECT_EQ(used_.evaluation.Evaluate(WideAlpha, WideBeta), plain);
-    used_.options.pawn.SetValue("173");
-    used_.options.bishop.SetValue("17");
+    used_.options.pieceValues[Pawn].SetValue("173");
+    used_.options.pieceValues[Bishop].SetValue("17");
     ExpectSame();
 }
 
@@ -126,7 +126,7 @@ TEST_F(EvaluationCaches, LongLivedAgreesWithFreshOverRandomPlay) {
                 used_.position.UndoNullMove();
             }
             if (random() % 20 == 0) {
-                used_.options.rook.SetValue(std::to_string(500 + random() % 300));
+                used_.options.pieceValues[Rook].SetValue(std::to_string(500 + random() % 300));
             }
             const auto alpha = static_cast<Score>(random() % 1200) - 600;
             EXPECT_EQ(used_.evaluation.Evaluate(alpha, alpha + 1), Fresh(alpha, alpha + 1));

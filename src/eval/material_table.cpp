@@ -1,0 +1,36 @@
+#include "eval/material_table.h"
+
+#include "eval/material.h"
+
+namespace brenquil {
+
+namespace {
+
+/// For bishops on both colours of squares. A constant that does not follow the piece values.
+constexpr Score BishopPairBonus = 50;
+
+/// A known ending has five men at most, the kings included.
+constexpr int MostMenOfKnownEnding = 5;
+
+}  // namespace
+
+void CMaterialTable::Empty(std::uint32_t version) noexcept {
+    entries_.fill(MaterialEntry{});
+    version_ = version;
+}
+
+[[gnu::noinline]] void CMaterialTable::Fill(MaterialEntry& entry, const CPosition& position,
+                                            const CEvaluationOptions& options) noexcept {
+    const Material material = ComputeMaterial(position, options.pieceValues);
+    const int kings = position.pieceCount[WhiteKing] + position.pieceCount[BlackKing];
+    entry.key = position.HasExactMenKey() ? position.menKey : ~MenKey{0};
+    entry.balance = material.value[White] - material.value[Black] +
+                    BishopPairBonus * (static_cast<Score>(material.hasBishopPair[White]) -
+                                       static_cast<Score>(material.hasBishopPair[Black]));
+    entry.phase = static_cast<std::int16_t>(material.phase);
+    // Two kings are the fewest that a known ending has; other numbers of kings look closer in vain.
+    entry.isSpecial = position.MenCount() - kings <= MostMenOfKnownEnding - 2 ||
+                      (CannotMate(position, White) && CannotMate(position, Black));
+}
+
+}  // namespace brenquil

@@ -1,0 +1,59 @@
+// What an evaluation wants to know of the material, by the key that the position keeps: summed once
+// for each set of men instead of at every leaf.
+//
+// One small table for each thread, a thousand entries of 16 KiB together: a search meets few sets
+// of men at a time. A change of the piece values empties it at the next look.
+#pragma once
+
+#include "board/position.h"
+#include "eval/evaluation_options.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace brenquil {
+
+/// The material of both sides in sum.
+struct MaterialEntry {
+    MenKey key = ~MenKey{0};  ///< no set of men has this one
+    Score balance = 0;        ///< White's material less Black's, bishop pairs included
+    std::int16_t phase = 0;   ///< as `Material::phase`
+    /// So few men, or men of such kinds, that the position may be drawn or a known ending: the
+    /// evaluation looks closer. False for nearly all positions.
+    bool isSpecial = false;
+};
+
+static_assert(sizeof(MaterialEntry) == 16);
+
+class CMaterialTable {
+public:
+    /// The entry of the position's men, for the piece values as they are now. Valid until the next
+    /// call.
+    [[nodiscard]] const MaterialEntry& Find(const CPosition& position,
+                                            const CEvaluationOptions& options) noexcept {
+        const std::uint32_t version = options.pieceValuesVersion.load(std::memory_order_acquire);
+        if (version != version_) [[unlikely]] {
+            Empty(version);
+        }
+        const MenKey key = position.menKey;
+        MaterialEntry& entry = entries_[key * Spread >> (64 - IndexBits)];
+        if (entry.key != key || !position.HasExactMenKey()) [[unlikely]] {
+            Fill(entry, position, options);
+        }
+        return entry;
+    }
+
+private:
+    static constexpr unsigned IndexBits = 10;
+    static constexpr std::uint64_t Spread = 0x9E3779B97F4A7C15;  ///< 2^64 by the golden ratio
+
+    void Empty(std::uint32_t version) noexcept;
+    static void Fill(MaterialEntry& entry, const CPosition& position,
+                     const CEvaluationOptions& options) noexcept;
+
+    std::array<MaterialEntry, std::size_t{1} << IndexBits> entries_{};
+    std::uint32_t version_ = 0;
+};
+
+}  // namespace brenquil
