@@ -61,4 +61,56 @@ Score StaticExchange(const CPosition& position, Move move) noexcept {
     return gain[0];
 }
 
+bool LosesExchange(const CPosition& position, Move move) noexcept {
+    const Square to = move.To();
+    const Piece moved = position.board[move.From()];
+    const Piece target = position.board[to];
+    const Colour us = ColourOf(moved);
+    Score balance = target == PieceNone ? 0 : SeeValues[TypeOf(target)];  // in the mover's view
+    Score next = SeeValues[TypeOf(moved)];                                // what stands on `to`
+    if (balance >= next) {
+        return false;  // even if the mover is lost
+    }
+    if (balance + SeeValues[Pawn] < next &&
+        (PawnAttacks[us][to] & position.PiecesOf(Pawn, ~us)) != 0) {
+        return true;  // even if the pawn that takes the mover is taken in turn
+    }
+
+    Bitboard rest = position.Occupied() & ~BitOf(move.From());
+    const Bitboard queens = Both(position, Queen);
+    const Bitboard diagonal = Both(position, Bishop) | queens;
+    const Bitboard straight = Both(position, Rook) | queens;
+    Bitboard attackers =
+        ((BishopAttacksFrom(to, rest) & diagonal) | (RookAttacksFrom(to, rest) & straight) |
+         (KnightAttacks[to] & Both(position, Knight)) | (KingAttacks[to] & Both(position, King)) |
+         (PawnAttacks[Black][to] & position.PiecesOf(Pawn, White)) |
+         (PawnAttacks[White][to] & position.PiecesOf(Pawn, Black))) &
+        rest;
+
+    // The side whose turn it is stands badly as the balance is, or it would stop; so it has to take
+    // on, and fails if it cannot or if taking does not turn the balance.
+    for (Colour side = ~us;; side = ~side) {
+        if ((attackers & position.colours[side]) == 0) {
+            return side == us;
+        }
+        balance += side == us ? next : -next;
+        if ((side == us) == (balance < 0)) {
+            return side == us;
+        }
+        PieceType type = Pawn;
+        while ((attackers & position.PiecesOf(type, side)) == 0) {
+            type = static_cast<PieceType>(type + 1);
+        }
+        next = SeeValues[type];
+        const Bitboard cheapest = attackers & position.PiecesOf(type, side);
+        rest &= ~(cheapest & (~cheapest + 1));
+        // Only a man that moves along a line can have stood before a slider, and a king.
+        if (type != Knight) {
+            attackers |=
+                (BishopAttacksFrom(to, rest) & diagonal) | (RookAttacksFrom(to, rest) & straight);
+        }
+        attackers &= rest;
+    }
+}
+
 }  // namespace brenquil

@@ -31,7 +31,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
             if (SameMove(move, picker.hashMove)) {
                 continue;
             }
-            if (!NeedsExchangeTest(move, position_) || StaticExchange(position_, move) >= 0) {
+            if (!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) {
                 return move;
             }
             picker.badList.list.Append(move);

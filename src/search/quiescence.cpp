@@ -40,7 +40,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
     std::int32_t legalMoves = 0;
     while (!moves.IsAtEnd()) {
         const Move move = moves.Take();
-        if (!inCheck && NeedsExchangeTest(move, position_) && StaticExchange(position_, move) < 0) {
+        if (!inCheck && NeedsExchangeTest(move, position_) && LosesExchange(position_, move)) {
             continue;
         }
         if (!position_.MakeMove(move)) {

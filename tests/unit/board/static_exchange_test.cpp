@@ -138,6 +138,35 @@ TEST(StaticExchange, EqualsTheSlowExchangeInCrowds) {
     }
 }
 
+TEST(LosesExchange, IsTheSignOfTheValueForEveryMoveOfRandomPositions) {
+    int losses = 0;
+    for (const CPosition& position : RandomPositions(std::max(500, 40000 / WorkDivisor()), 64)) {
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
+            const bool loses = StaticExchange(position, Move{word}) < 0;
+            ASSERT_EQ(LosesExchange(position, Move{word}), loses) << FenOf(position) << ' ' << word;
+            losses += loses ? 1 : 0;
+        }
+    }
+    EXPECT_GT(losses, 1000);
+}
+
+TEST(LosesExchange, IsTheSignOfTheValueInCrowds) {
+    CRandom random(65);
+    for (int i = 0; i < std::max(500, 20000 / WorkDivisor()); ++i) {
+        const CPosition position = FromFen(LawlessFen(random));
+        for (const std::uint32_t word : GeneratedWords(position, MoveKinds::All)) {
+            ASSERT_EQ(LosesExchange(position, Move{word}), StaticExchange(position, Move{word}) < 0)
+                << FenOf(position) << ' ' << word;
+        }
+    }
+}
+
+TEST(LosesExchange, SeesTheSliderBehindAKing) {
+    // The king that takes the queen opens the bishop's line, so he had better not.
+    EXPECT_FALSE(LosesExchange(FromFen("8/1B6/2k5/3p4/8/8/8/3QK3 w - - 0 1"), Move::Make(D1, D5)));
+    EXPECT_TRUE(LosesExchange(FromFen("8/8/2k5/3p4/8/8/8/3QK3 w - - 0 1"), Move::Make(D1, D5)));
+}
+
 TEST(StaticExchangeVectors, HaveTheListedValues) {
     const std::string path = SharedPath("BRENQUIL_VECTORS", "vectors", "see.tsv");
     if (path.empty()) {
