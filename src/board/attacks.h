@@ -169,6 +169,9 @@ inline constexpr auto BishopMasks =
 inline constexpr auto RookRays = tables::BySquare([](Square s) { return WalkRays(s, 0, false); });
 inline constexpr auto BishopRays = tables::BySquare([](Square s) { return WalkRays(s, 0, true); });
 
+inline constexpr auto QueenRays =
+    tables::BySquare([](Square s) { return RookRays[s] | BishopRays[s]; });
+
 /// [a][b]: squares strictly between two squares of a common rank, file or diagonal; empty for
 /// adjacent squares, for a square and itself and for squares that share no line.
 inline constexpr SquareTable<SquareTable<Bitboard>> Between = tables::MakeBetween();

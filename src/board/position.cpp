@@ -3,6 +3,8 @@
 #include "board/polyglot_keys.h"
 #include "platform/bits.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 namespace {
@@ -26,6 +28,11 @@ constexpr std::array<std::uint64_t, 16> CastlingKeys = [] {
 constexpr Square EnPassantVictimSquare(Square target, Colour victim) noexcept {
     return target + Forward(victim);
 }
+
+/// [piece][square]: from where that piece reaches the square on the empty board.
+constexpr std::array<SquareTable<Bitboard>, PieceCodes> ReachingSquares = {
+    {PawnAttacks[White], PawnAttacks[Black], KnightAttacks, KnightAttacks, BishopRays, BishopRays,
+     RookRays, RookRays, QueenRays, QueenRays, KingAttacks, KingAttacks}};
 
 constexpr bool IsPawnOrKing(Piece piece) noexcept {
     return TypeOf(piece) == Pawn || TypeOf(piece) == King;
@@ -71,6 +78,7 @@ void CPosition::Clear() noexcept {
     menKey = 0;
     rightsMask.Fill(AllRights);
     castling.fill(CastlingRecord{});
+    rightsSquares_ = 0;
     isRegular_ = false;
     bottom_ = ply;
 }
@@ -103,6 +111,9 @@ void CPosition::SetupDerived() noexcept {
     }
     inCheck = IsKingAttacked(sideToMove);
     isRegular_ = LooksRegular();
+    if (isRegular_ && inCheck) {
+        NoteCheck();
+    }
     bottom_ = ply;
 }
 
@@ -128,28 +139,30 @@ bool CPosition::LooksRegular() const noexcept {
            (enPassant == SquareNone || board[enPassant] == PieceNone);
 }
 
-void CPosition::ToggleMen(Piece piece, Bitboard squares) noexcept {
+inline void CPosition::ToggleMen(Piece piece, Bitboard squares) noexcept {
     pieces[piece] ^= squares;
     colours[ColourOf(piece)] ^= squares;
 }
 
-void CPosition::RemoveCaptured(Piece captured, Square square) noexcept {
-    ToggleMen(captured, BitOf(square));
-    key ^= PieceKey(captured, square);
-    if (TypeOf(captured) == Pawn) {
-        pawnKingKey ^= PieceKey(captured, square);
+/// Takes a man off, except from the mailbox, and returns its number of the key.
+inline std::uint64_t CPosition::RemoveMan(Piece piece, Square square) noexcept {
+    const std::uint64_t number = PieceKey(piece, square);
+    ToggleMen(piece, BitOf(square));
+    if (TypeOf(piece) == Pawn) {
+        pawnKingKey ^= number;
     }
-    --colourCount[ColourOf(captured)];
-    --pieceCount[captured];
-    menKey -= MenUnit(captured, square);
+    --colourCount[ColourOf(piece)];
+    --pieceCount[piece];
+    menKey -= MenUnit(piece, square);
+    return number;
 }
 
-void CPosition::RestoreCaptured(Piece captured, Square square) noexcept {
-    ToggleMen(captured, BitOf(square));
-    board[square] = captured;
-    ++colourCount[ColourOf(captured)];
-    ++pieceCount[captured];
-    menKey += MenUnit(captured, square);
+/// Puts a man back, except into the mailbox.
+inline void CPosition::RestoreMan(Piece piece, Square square) noexcept {
+    ToggleMen(piece, BitOf(square));
+    ++colourCount[ColourOf(piece)];
+    ++pieceCount[piece];
+    menKey += MenUnit(piece, square);
 }
 
 /// Toggling makes the case right in which the king has landed on the rook's square: that square is
@@ -201,46 +214,83 @@ void CPosition::UndoMove(Move move) noexcept {
 
 template <Colour Us>
 bool CPosition::Make(Move move) noexcept {
-    constexpr Colour Them = ~Us;
-    const Square from = move.From();
-    const Square to = move.To();
-    const MoveKind kind = move.Kind();
-    const Piece moved = board[from];
-    const PieceType type = TypeOf(moved);
+    if (!isRegular_) [[unlikely]] {
+        return MakeInAnyPosition<Us>(move);
+    }
+    if (LeavesKingAttacked<Us>(move)) {
+        // The record stays as if the move had been made and taken back: a position that is set up
+        // further on in the game walks over it.
+        SaveState(move, board[move.From()], CapturedBy(move));
+        return false;
+    }
+    Play<Us>(move);
+    inCheck = GivesCheck<Us>(move);
+    if (inCheck) [[unlikely]] {
+        NoteCheck();
+    }
+    return true;
+}
 
-    Piece captured = board[to];
-    if (kind == MoveKind::Castling) {
+template <Colour Us>
+[[gnu::noinline]] bool CPosition::MakeInAnyPosition(Move move) noexcept {
+    Play<Us>(move);
+    if (IsKingAttacked(Us)) {
+        Undo<Us>(move);
+        return false;
+    }
+    inCheck = IsKingAttacked(~Us);
+    return true;
+}
+
+/// The man on the target, unless that is the castling rook or the king itself.
+inline Piece CPosition::CapturedBy(Move move) const noexcept {
+    if (move.Kind() == MoveKind::Castling) [[unlikely]] {
         const CastlingRecord& castle = castling[move.Index()];
-        if (castle.kingTo == castle.rookFrom || from == to) {
-            captured = PieceNone;  // the man on the target is the castling rook or the king itself
+        if (castle.kingTo == castle.rookFrom || move.From() == move.To()) {
+            return PieceNone;
         }
     }
+    return board[move.To()];
+}
 
+inline UndoRecord& CPosition::SaveState(Move move, Piece moved, Piece captured) noexcept {
     UndoRecord& record = undo[ply];
     static_cast<ReversibleState&>(record) = static_cast<const ReversibleState&>(*this);
     record.move = move;
     record.movedPiece = moved;
     record.capturedPiece = captured;
-    ++ply;
+    return record;
+}
 
-    std::uint64_t newKey = key ^ SideKey;
+/// Makes the move without a look at the kings. Where the king castles onto his own square the two
+/// squares are one, and XOR leaves sets and keys alone.
+template <Colour Us>
+[[gnu::always_inline]] inline void CPosition::Play(Move move) noexcept {
+    constexpr Colour Them = ~Us;
+    const Square from = move.From();
+    const Square to = move.To();
+    const Piece moved = board[from];
+    const PieceType type = TypeOf(moved);
+    const Piece captured = CapturedBy(move);
+    UndoRecord& record = SaveState(move, moved, captured);
+    ++ply;
+    sideToMove = Them;
+
+    const std::uint64_t moveKeys = PieceKey(moved, from) ^ PieceKey(moved, to);
+    std::uint64_t newKey = key ^ SideKey ^ moveKeys;
+    const Bitboard changed = BitOf(from) ^ BitOf(to);
+    pieces[moved] ^= changed;
+    colours[Us] ^= changed;
     // A set-up clock may stand at the largest number: it wraps instead of overflowing.
     halfmoveClock = static_cast<std::int32_t>(static_cast<std::uint32_t>(halfmoveClock) + 1U);
-    sideToMove = Them;
-    const std::uint8_t rights = castlingRights & rightsMask[to] & rightsMask[from];
-    newKey ^= CastlingKeys[castlingRights ^ rights];
-    castlingRights = rights;
-    if (enPassant != SquareNone) {
+    if (enPassant != SquareNone) [[unlikely]] {
         newKey ^= EnPassantKey(enPassant);
         enPassant = SquareNone;
     }
-
-    const std::uint64_t moveKeys = PieceKey(moved, from) ^ PieceKey(moved, to);
-    if (from != to) [[likely]] {
-        const Bitboard both = BitOf(from) | BitOf(to);
-        pieces[moved] ^= both;
-        colours[Us] ^= both;
-        newKey ^= moveKeys;
+    if (((BitOf(from) | BitOf(to)) & rightsSquares_) != 0) [[unlikely]] {
+        const std::uint8_t rights = castlingRights & rightsMask[to] & rightsMask[from];
+        newKey ^= CastlingKeys[castlingRights ^ rights];
+        castlingRights = rights;
     }
     if (type == Pawn) {
         halfmoveClock = 0;
@@ -255,34 +305,19 @@ bool CPosition::Make(Move move) noexcept {
     } else if (type == King) {
         pawnKingKey ^= moveKeys;
     }
-    key = newKey;
     if (captured != PieceNone) {
         halfmoveClock = 0;
-        RemoveCaptured(captured, to);
+        newKey ^= RemoveMan(captured, to);
     }
+    key = newKey;
     board[from] = PieceNone;
     board[to] = moved;
-    if (kind != MoveKind::Normal) {
-        MakeSpecial(move, Us, record);
+    if (move.Kind() != MoveKind::Normal) [[unlikely]] {
+        PlaySpecial(move, Us, record);
     }
-
-    if (!isRegular_) [[unlikely]] {
-        if (IsKingAttacked(Us)) {
-            Undo<Us>(move);
-            return false;
-        }
-        inCheck = IsKingAttacked(Them);
-        return true;
-    }
-    if (LeavesKingAttacked<Us>(move, type)) {
-        Undo<Us>(move);
-        return false;
-    }
-    inCheck = GivesCheck<Us>(move);
-    return true;
 }
 
-void CPosition::MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept {
+[[gnu::noinline]] void CPosition::PlaySpecial(Move move, Colour us, UndoRecord& record) noexcept {
     if (move.Kind() == MoveKind::Castling) {
         MoveCastlingRook(castling[move.Index()], us);
     } else if (move.Kind() == MoveKind::Promotion) {
@@ -292,7 +327,7 @@ void CPosition::MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept {
         const Square square = EnPassantVictimSquare(move.To(), ~us);
         record.tookEnPassant = board[square] == victim;
         if (record.tookEnPassant) {
-            RemoveCaptured(victim, square);
+            key ^= RemoveMan(victim, square);
             board[square] = PieceNone;
         }
     }
@@ -303,27 +338,27 @@ void CPosition::Undo(Move move) noexcept {
     --ply;
     const UndoRecord& record = undo[ply];
     const Piece moved = record.movedPiece;
+    const Piece captured = record.capturedPiece;
     const Square from = move.From();
     const Square to = move.To();
     static_cast<ReversibleState&>(*this) = static_cast<const ReversibleState&>(record);
     sideToMove = Us;
 
+    const Bitboard changed = BitOf(from) ^ BitOf(to);
+    pieces[moved] ^= changed;
+    colours[Us] ^= changed;
+    board[to] = captured;
     board[from] = moved;
-    if (from != to) [[likely]] {
-        const Bitboard both = BitOf(from) | BitOf(to);
-        pieces[moved] ^= both;
-        colours[Us] ^= both;
-        board[to] = PieceNone;
+    if (captured != PieceNone) {
+        RestoreMan(captured, to);
     }
-    if (record.capturedPiece != PieceNone) {
-        RestoreCaptured(record.capturedPiece, to);
-    }
-    if (move.Kind() != MoveKind::Normal) {
+    if (move.Kind() != MoveKind::Normal) [[unlikely]] {
         UndoSpecial(move, Us, record);
     }
 }
 
-void CPosition::UndoSpecial(Move move, Colour us, const UndoRecord& record) noexcept {
+[[gnu::noinline]] void CPosition::UndoSpecial(Move move, Colour us,
+                                              const UndoRecord& record) noexcept {
     if (move.Kind() == MoveKind::Castling) {
         const CastlingRecord& castle = castling[move.Index()];
         if (castle.rookFrom != castle.rookTo) {
@@ -343,11 +378,15 @@ void CPosition::UndoSpecial(Move move, Colour us, const UndoRecord& record) noex
         --pieceCount[promoted];
         menKey += MenUnit(pawn, move.To()) - MenUnit(promoted, move.To());
     } else if (record.tookEnPassant) {
-        RestoreCaptured(MakePiece(Pawn, ~us), EnPassantVictimSquare(move.To(), ~us));
+        const Piece victim = MakePiece(Pawn, ~us);
+        const Square square = EnPassantVictimSquare(move.To(), ~us);
+        board[square] = victim;
+        RestoreMan(victim, square);
     }
 }
 
 void CPosition::MakeNullMove() noexcept {
+    assert(!inCheck && ply < UndoCapacity);
     UndoRecord& record = undo[ply];
     record.halfmoveClock = halfmoveClock;
     record.enPassant = enPassant;
@@ -377,11 +416,13 @@ void CPosition::UndoNullMove() noexcept {
     key ^= SideKey;
 }
 
-bool CPosition::IsSliderAttacking(Square square, Colour by) const noexcept {
-    const Bitboard occupied = Occupied();
+/// Does a slider of `sliders` see the square when the board is occupied as given.
+inline bool CPosition::IsSliderAttacking(Square square, Colour by, Bitboard occupied,
+                                         Bitboard sliders) const noexcept {
     const Bitboard queens = PiecesOf(Queen, by);
-    Bitboard aligned = (BishopRays[square] & (PiecesOf(Bishop, by) | queens)) |
-                       (RookRays[square] & (PiecesOf(Rook, by) | queens));
+    Bitboard aligned = ((BishopRays[square] & (PiecesOf(Bishop, by) | queens)) |
+                        (RookRays[square] & (PiecesOf(Rook, by) | queens))) &
+                       sliders;
     const SquareTable<Bitboard>& between = Between[square];
     while (aligned != 0) {
         if ((between[PopLowestBit(aligned)] & occupied) == 0) {
@@ -391,11 +432,14 @@ bool CPosition::IsSliderAttacking(Square square, Colour by) const noexcept {
     return false;
 }
 
+inline bool CPosition::IsLeaperAttacking(Square square, Colour by) const noexcept {
+    return ((PawnAttacks[~by][square] & PiecesOf(Pawn, by)) |
+            (KnightAttacks[square] & PiecesOf(Knight, by)) |
+            (KingAttacks[square] & PiecesOf(King, by))) != 0;
+}
+
 bool CPosition::IsSquareAttacked(Square square, Colour by) const noexcept {
-    const Bitboard leapers = (PawnAttacks[~by][square] & PiecesOf(Pawn, by)) |
-                             (KnightAttacks[square] & PiecesOf(Knight, by)) |
-                             (KingAttacks[square] & PiecesOf(King, by));
-    return leapers != 0 || IsSliderAttacking(square, by);
+    return IsLeaperAttacking(square, by) || IsSliderAttacking(square, by, Occupied(), AllSquares);
 }
 
 bool CPosition::IsKingAttacked(Colour colour) const noexcept {
@@ -408,33 +452,93 @@ bool CPosition::IsKingAttacked(Colour colour) const noexcept {
     return false;
 }
 
-/// For regular positions, after the men have moved; `inCheck` still tells of the position before.
-/// Unless the king itself moved, was in check or lost two men of a rank to an en passant capture,
-/// only the line that the mover left can have opened.
+/// Before the move, of a regular position. A king needs a target that is not attacked once he has
+/// left. Any other man has to answer a check, if there is one, and may not open a line.
 template <Colour Us>
-bool CPosition::LeavesKingAttacked(Move move, PieceType moved) const noexcept {
+[[gnu::always_inline]] inline bool CPosition::LeavesKingAttacked(Move move) const noexcept {
     const Square king = LowestBit(PiecesOf(King, Us));
-    if (inCheck || moved == King || move.Kind() == MoveKind::EnPassant) {
-        return IsSquareAttacked(king, ~Us);
+    const Bitboard from = BitOf(move.From());
+    const Bitboard to = BitOf(move.To());
+    if (move.Kind() == MoveKind::Castling || move.Kind() == MoveKind::EnPassant) [[unlikely]] {
+        return LeavesKingAttackedBySpecial(move, Us);
     }
-    return ((BishopRays[king] | RookRays[king]) & BitOf(move.From())) != 0 &&
-           IsSliderAttacking(king, ~Us);
+    if (move.From() == king) {
+        return IsAttackedWithout(from, move.To(), ~Us);
+    }
+    if (inCheck && (CheckMasksNow().legal & to) == 0) {
+        return true;
+    }
+    return (QueenRays[king] & from) != 0 &&
+           IsSliderAttacking(king, ~Us, (Occupied() ^ from) | to, ~to);
 }
 
-/// For regular positions, after the men have moved. The king was safe before, so a slider's check
-/// needs a line through the square that was left or reached; castling and en passant change more.
+/// Is the square attacked when the king whose bit is `king` has left his own.
+[[gnu::noinline]] bool CPosition::IsAttackedWithout(Bitboard king, Square square,
+                                                    Colour by) const noexcept {
+    return IsLeaperAttacking(square, by) ||
+           IsSliderAttacking(square, by, Occupied() ^ king, AllSquares);
+}
+
+/// The same for castling, whose rook may have shielded the king, and for en passant captures, which
+/// take two men off a rank. The board is looked at as it will be.
+[[gnu::noinline]] bool CPosition::LeavesKingAttackedBySpecial(Move move, Colour us) const noexcept {
+    if (move.Kind() == MoveKind::Castling) {
+        const CastlingRecord& castle = castling[move.Index()];
+        const Bitboard before = BitOf(castle.kingFrom) | BitOf(castle.rookFrom);
+        const Bitboard after = BitOf(castle.kingTo) | BitOf(castle.rookTo);
+        return AttackersTo(castle.kingTo, ~us, (Occupied() & ~before) | after) != 0;
+    }
+    const Square square = EnPassantVictimSquare(move.To(), ~us);
+    const Bitboard victim = board[square] == MakePiece(Pawn, ~us) ? BitOf(square) : 0;
+    const Bitboard occupied = (Occupied() & ~(BitOf(move.From()) | victim)) | BitOf(move.To());
+    return (AttackersTo(LowestBit(PiecesOf(King, us)), ~us, occupied) & ~victim) != 0;
+}
+
+/// After a move in a regular position. The king was safe before, so he is in check only from the
+/// man that moved or along the line that it left; castling and en passant change more.
 template <Colour Us>
-bool CPosition::GivesCheck(Move move) const noexcept {
-    constexpr Colour Them = ~Us;
-    const Square king = LowestBit(PiecesOf(King, Them));
-    if (move.Kind() == MoveKind::Castling || move.Kind() == MoveKind::EnPassant) {
+[[gnu::always_inline]] inline bool CPosition::GivesCheck(Move move) const noexcept {
+    const Square king = LowestBit(PiecesOf(King, ~Us));
+    if (move.Kind() == MoveKind::Castling || move.Kind() == MoveKind::EnPassant) [[unlikely]] {
         return IsSquareAttacked(king, Us);
     }
-    const Bitboard leapers = (PawnAttacks[Them][king] & PiecesOf(Pawn, Us)) |
-                             (KnightAttacks[king] & PiecesOf(Knight, Us));
-    const Bitboard changed = BitOf(move.From()) | BitOf(move.To());
-    return leapers != 0 ||
-           (((BishopRays[king] | RookRays[king]) & changed) != 0 && IsSliderAttacking(king, Us));
+    const Square to = move.To();
+    const Bitboard occupied = Occupied();
+    // Nothing lies between the king and a leaper that reaches him.
+    if ((ReachingSquares[board[to]][king] & BitOf(to)) != 0 &&
+        (Between[king][to] & occupied) == 0) {
+        return true;
+    }
+    return (QueenRays[king] & BitOf(move.From())) != 0 &&
+           IsSliderAttacking(king, Us, occupied, AllSquares);
+}
+
+/// Finds out how the check of a regular position can be answered.
+[[gnu::noinline]] void CPosition::NoteCheck() noexcept {
+    const Square king = LowestBit(PiecesOf(King, sideToMove));
+    const Bitboard checkers = AttackersTo(king, ~sideToMove, Occupied());
+    Bitboard helpful = checkers;
+    for (Bitboard rest = checkers; rest != 0;) {
+        helpful |= Between[PopLowestBit(rest)][king];
+    }
+    const bool isDouble = (checkers & (checkers - 1)) != 0;
+    checkMasks_[ply & CheckMaskIndexMask] = {helpful, isDouble ? 0 : helpful};
+}
+
+Bitboard CPosition::EvasionTargets() const noexcept {
+    if (isRegular_) [[likely]] {
+        return inCheck ? CheckMasksNow().helpful : 0;
+    }
+    Bitboard helpful = 0;
+    for (Bitboard kings = PiecesOf(King, sideToMove); kings != 0;) {
+        const Square king = PopLowestBit(kings);
+        Bitboard attackers = AttackersTo(king, ~sideToMove, Occupied());
+        helpful |= attackers;
+        while (attackers != 0) {
+            helpful |= Between[PopLowestBit(attackers)][king];
+        }
+    }
+    return helpful;
 }
 
 void CPosition::AddCastlingRook(Square rookSquare, char letter) noexcept {
@@ -469,6 +573,7 @@ void CPosition::AddCastlingRook(Square rookSquare, char letter) noexcept {
 
     rightsMask[king] = colour == White ? 12 : 3;
     rightsMask[rookSquare] = static_cast<std::uint8_t>(AllRights & ~(1U << index));
+    rightsSquares_ |= BitOf(king) | BitOf(rookSquare);
     castlingRights = static_cast<std::uint8_t>(castlingRights | 1U << index);
 }
 

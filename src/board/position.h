@@ -85,7 +85,7 @@ public:
     /// no move has been made since the position was set up.
     void UndoMove(Move move) noexcept;
 
-    /// Passes the turn. Needs room on the undo stack. The saved keys, `inCheck` and the move of the
+    /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The saved keys, `inCheck` and the move of the
     /// record it takes stay as they were; see `UndoNullMove` for what does not come back.
     void MakeNullMove() noexcept;
 
@@ -104,6 +104,10 @@ public:
                (BishopAttacksFrom(square, occupied) & (PiecesOf(Bishop, by) | queens)) |
                (RookAttacksFrom(square, occupied) & (PiecesOf(Rook, by) | queens));
     }
+
+    /// Where men other than the king can answer a check: a checking man's square or one between it
+    /// and the king. Empty if there is no check.
+    [[nodiscard]] Bitboard EvasionTargets() const noexcept;
 
     /// Is the square attacked by the men of that colour.
     [[nodiscard]] bool IsSquareAttacked(Square square, Colour by) const noexcept;
@@ -175,26 +179,56 @@ public:
     Table<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
 
 private:
+    /// How a man other than the king answers a check.
+    struct CheckMasks {
+        Bitboard helpful;  ///< the checking men and what lies between them and the king
+        Bitboard legal;    ///< the same for a single check; nothing answers a double one
+    };
+
     template <Colour Us>
     bool Make(Move move) noexcept;
     template <Colour Us>
+    bool MakeInAnyPosition(Move move) noexcept;
+    template <Colour Us>
     void Undo(Move move) noexcept;
     void ToggleMen(Piece piece, Bitboard squares) noexcept;
-    void RemoveCaptured(Piece captured, Square square) noexcept;
-    void RestoreCaptured(Piece captured, Square square) noexcept;
+    std::uint64_t RemoveMan(Piece piece, Square square) noexcept;
+    void RestoreMan(Piece piece, Square square) noexcept;
+    UndoRecord& SaveState(Move move, Piece moved, Piece captured) noexcept;
+    [[nodiscard]] Piece CapturedBy(Move move) const noexcept;
+    template <Colour Us>
+    void Play(Move move) noexcept;
     void MoveCastlingRook(const CastlingRecord& record, Colour colour) noexcept;
     void PromotePawn(Move move, Colour colour) noexcept;
-    void MakeSpecial(Move move, Colour us, UndoRecord& record) noexcept;
+    void PlaySpecial(Move move, Colour us, UndoRecord& record) noexcept;
     void UndoSpecial(Move move, Colour us, const UndoRecord& record) noexcept;
-    [[nodiscard]] bool IsSliderAttacking(Square square, Colour by) const noexcept;
+    [[nodiscard]] bool IsSliderAttacking(Square square, Colour by, Bitboard occupied,
+                                         Bitboard sliders) const noexcept;
+    [[nodiscard]] bool IsLeaperAttacking(Square square, Colour by) const noexcept;
     template <Colour Us>
-    [[nodiscard]] bool LeavesKingAttacked(Move move, PieceType moved) const noexcept;
+    [[nodiscard]] bool LeavesKingAttacked(Move move) const noexcept;
+    [[nodiscard]] bool IsAttackedWithout(Bitboard king, Square square, Colour by) const noexcept;
+    [[nodiscard]] bool LeavesKingAttackedBySpecial(Move move, Colour us) const noexcept;
     template <Colour Us>
     [[nodiscard]] bool GivesCheck(Move move) const noexcept;
+    void NoteCheck() noexcept;
+
+    [[nodiscard]] const CheckMasks& CheckMasksNow() const noexcept {
+        return checkMasks_[ply & CheckMaskIndexMask];
+    }
+
     [[nodiscard]] bool LooksRegular() const noexcept;
 
     /// `ply` as the position was set up: the records below were not written by moves made here.
     std::int32_t bottom_;
+    Bitboard rightsSquares_;  ///< where `rightsMask` takes a right away
+
+    /// By `ply`, filled while a regular position is in check, so that taking back restores nothing.
+    /// Moves can be made on fewer plies than there are elements; the index wraps because a set-up
+    /// `ply` can be any number.
+    static constexpr std::int32_t CheckMaskIndexMask = 511;
+    static_assert(CheckMaskIndexMask > UndoCapacity);
+    Table<CheckMasks, CheckMaskIndexMask + 1> checkMasks_;
 };
 
 }  // namespace brenquil

@@ -10,17 +10,18 @@
 
 namespace brenquil {
 
-/// An aggregate like `std::array`, without a constructor and without a test of the index.
+/// An aggregate like `std::array`, without a constructor and without a test of the index. The index
+/// is never negative, which spares the extension of its sign.
 template <class T, std::size_t Size>
 struct Table {
     T values[Size];
 
     [[nodiscard]] constexpr const T& operator[](int index) const noexcept {
-        return values[static_cast<std::size_t>(index)];
+        return values[static_cast<unsigned>(index)];
     }
 
     [[nodiscard]] constexpr T& operator[](int index) noexcept {
-        return values[static_cast<std::size_t>(index)];
+        return values[static_cast<unsigned>(index)];
     }
 
     [[nodiscard]] constexpr const T* begin() const noexcept { return values; }

@@ -473,6 +473,29 @@ TEST(NullMove, LosesTheEnPassantKeyUntilTheMoveBeforeIsTakenBack) {
     EXPECT_EQ(Differences(position, before), "");
 }
 
+TEST(MakeMove, LeavesItsRecordWhenItRefusesAMove) {
+    // The rook on e2 is pinned. Its record is stale, but a position that is set up further on in
+    // the game has its walk for repetitions go over it.
+    CPosition position = FromFen("4r2k/8/8/8/8/8/4R3/4K3 w - - 7 30");
+    const std::int32_t ply = position.ply;
+    ASSERT_FALSE(position.MakeMove(Move::Make(E2, D2)));
+    EXPECT_EQ(position.ply, ply);
+    EXPECT_EQ(position.undo[ply].key, position.key);
+    EXPECT_EQ(position.undo[ply].halfmoveClock, 7);
+    EXPECT_EQ(position.undo[ply].movedPiece, WhiteRook);
+}
+
+TEST(MakeMove, AnswersChecksWhateverTheFullMoveNumberIs) {
+    // What answers a check is noted by ply, and a set-up position can be at any ply.
+    for (const char* number : {"1", "128", "240", "250", "251", "257", "2000000000"}) {
+        CPosition position = FromFen("4r2k/8/8/8/8/8/3P1P2/3RKR2 w - - 7 " + std::string(number));
+        ASSERT_TRUE(position.inCheck);
+        EXPECT_EQ(position.EvasionTargets(), FileMasks[4] & ~BitOf(E1));
+        EXPECT_FALSE(position.MakeMove(Move::Make(D2, D3)));
+        EXPECT_FALSE(position.MakeMove(Move::Make(E1, E2)));
+    }
+}
+
 TEST(NullMove, WithoutAnEnPassantSquareComesBackWhole) {
     CPosition position = FromFen("4k3/8/8/8/8/8/8/R3K3 w Q - 17 9");
     const CPosition before = position;
