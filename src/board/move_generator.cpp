@@ -1,15 +1,22 @@
 #include "board/move_generator.h"
 
 #include "board/attacks.h"
+#include "board/capture_order.h"
 #include "platform/bits.h"
 
 #include <array>
+#include <cassert>
+#include <utility>
 
 namespace brenquil {
 
 namespace {
 
 constexpr int MostTargetsOfOneMan = 27;  // a queen in the centre
+
+/// With so few men there are at most 162 captures: eight pawns that promote in three ways each, two
+/// en passant captures and eight queens with eight captures each.
+constexpr int MostMenOfASide = 16;
 
 constexpr bool Includes(MoveKinds wanted, MoveKinds kind) noexcept {
     return (static_cast<unsigned>(wanted) & static_cast<unsigned>(kind)) != 0;
@@ -99,7 +106,143 @@ inline void AppendPawnSteps(const CPosition& position, MoveList& list, Bitboard 
     AppendPawnMoves<2 * Geometry::Up>(list, twice & toMask);
 }
 
+/// Takes captures as they are generated. Each selection of the search walks through the list and
+/// exchanges the entry at its place with every later one of a strictly higher key; this does so for
+/// the first place while the moves are written, and holds that place in a register.
+class CCaptureWriter {
+public:
+    CCaptureWriter(MoveList& list, const CPosition& position) noexcept
+        : list_(list), board_(position.board), next_(&list[0]) {}
+
+    template <class Keys>
+    void Add(Square from, Square to, const Keys& keys, std::uint32_t form = 0) noexcept {
+        const std::uint32_t key = keys[board_[to]];
+        const std::uint32_t word = Move::Make(from, to).word | form | key << 16U;
+        // The keys are the signed upper halves: setting the lower half makes "greater" strict.
+        const bool isBetter =
+            static_cast<std::int32_t>(word) > static_cast<std::int32_t>(best_ | 0xFFFFU);
+        next_->word = isBetter ? best_ : word;
+        best_ = isBetter ? word : best_;
+        ++next_;
+    }
+
+    template <class Keys>
+    void AddAll(Square from, Bitboard targets, const Keys& keys) noexcept {
+        while (targets != 0) {
+            Add(from, PopLowestBit(targets), keys);
+        }
+    }
+
+    template <int Step>
+    void AddPawnCaptures(Bitboard targets) noexcept {
+        while (targets != 0) {
+            const Square to = PopLowestBit(targets);
+            Add(to - Step, to, CaptureKeys[Pawn]);
+        }
+    }
+
+    template <int Step>
+    void AddPromotions(Bitboard targets) noexcept {
+        while (targets != 0) {
+            const Square to = PopLowestBit(targets);
+            for (const PromotionIndex index :
+                 {PromoteQueen, PromoteKnight, PromoteBishop, PromoteRook}) {
+                Add(to - Step, to, PromotionKeys[index],
+                    Move::Make(A1, A1, MoveKind::Promotion, index).word);
+            }
+        }
+    }
+
+    void AddEnPassant(Square from, Square to) noexcept {
+        Add(from, to, EnPassantKeys, Move::Make(A1, A1, MoveKind::EnPassant).word);
+    }
+
+    void Finish() noexcept {
+        list_.count = static_cast<std::int32_t>(next_ - list_.begin());
+        if (list_.count != 0) {
+            list_[0].word = best_;
+        }
+    }
+
+private:
+    MoveList& list_;
+    const SquareTable<Piece>& board_;
+    Move* next_;
+    std::uint32_t best_ = 0x80000000;  ///< at first the lowest key, which every move exceeds
+};
+
+template <Colour Us>
+void WriteCaptures(MoveList& list, const CPosition& position) noexcept {
+    using Geometry = PawnGeometry<Us>;
+    const Bitboard enemy = position.colours[~Us];
+    const Bitboard occupied = enemy | position.colours[Us];
+    CCaptureWriter writer(list, position);
+
+    const Bitboard pawns = position.PiecesOf(Pawn, Us);
+    const Bitboard ordinary = pawns & ~Geometry::SeventhRank;
+    writer.AddPawnCaptures<Geometry::TowardsA>(Shift<Geometry::TowardsA>(ordinary) & enemy);
+    writer.AddPawnCaptures<Geometry::TowardsH>(Shift<Geometry::TowardsH>(ordinary) & enemy);
+    if (const Bitboard promoting = pawns & Geometry::SeventhRank; promoting != 0) [[unlikely]] {
+        writer.AddPromotions<Geometry::TowardsA>(Shift<Geometry::TowardsA>(promoting) & enemy);
+        writer.AddPromotions<Geometry::TowardsH>(Shift<Geometry::TowardsH>(promoting) & enemy);
+        writer.AddPromotions<Geometry::Up>(Shift<Geometry::Up>(promoting) & ~occupied);
+    }
+    if (position.enPassant != SquareNone) [[unlikely]] {
+        const Bitboard target = BitOf(position.enPassant);
+        for (const Bitboard origin :
+             {Shift<-Geometry::TowardsA>(target), Shift<-Geometry::TowardsH>(target)}) {
+            if ((origin & pawns) != 0) {
+                writer.AddEnPassant(LowestBit(origin), position.enPassant);
+            }
+        }
+    }
+    for (Bitboard men = position.PiecesOf(Knight, Us); men != 0;) {
+        const Square from = PopLowestBit(men);
+        writer.AddAll(from, KnightAttacks[from] & enemy, CaptureKeys[Knight]);
+    }
+    for (Bitboard men = position.PiecesOf(Bishop, Us); men != 0;) {
+        const Square from = PopLowestBit(men);
+        writer.AddAll(from, BishopAttacksFrom(from, occupied) & enemy, CaptureKeys[Bishop]);
+    }
+    for (Bitboard men = position.PiecesOf(Rook, Us); men != 0;) {
+        const Square from = PopLowestBit(men);
+        writer.AddAll(from, RookAttacksFrom(from, occupied) & enemy, CaptureKeys[Rook]);
+    }
+    for (Bitboard men = position.PiecesOf(Queen, Us); men != 0;) {
+        const Square from = PopLowestBit(men);
+        writer.AddAll(from, QueenAttacksFrom(from, occupied) & enemy, CaptureKeys[Queen]);
+    }
+    for (Bitboard men = position.PiecesOf(King, Us); men != 0;) {
+        const Square from = PopLowestBit(men);
+        writer.AddAll(from, KingAttacks[from] & enemy, CaptureKeys[King]);
+    }
+    writer.Finish();
+}
+
+/// The same on a position with so many men that the list may be too short.
+[[gnu::noinline]] void WriteCapturesOfACrowd(MoveList& list, const CPosition& position) noexcept {
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
+    ScoreCaptures(list, position);
+    for (std::int32_t i = 1; i < list.count; ++i) {
+        if (list[i].Order() > list[0].Order()) {
+            std::swap(list[i], list[0]);
+        }
+    }
+}
+
 }  // namespace
+
+void CMoveGenerator::GenerateCaptures(MoveList& list) const noexcept {
+    assert(list.count == 0);
+    const CPosition& position = *position_;
+    if (position.colourCount[position.sideToMove] > MostMenOfASide) [[unlikely]] {
+        WriteCapturesOfACrowd(list, position);
+    } else if (position.sideToMove == White) {
+        WriteCaptures<White>(list, position);
+    } else {
+        WriteCaptures<Black>(list, position);
+    }
+}
 
 void CMoveGenerator::GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fromMask,
                                    Bitboard toMask) const noexcept {
@@ -155,19 +298,7 @@ void CMoveGenerator::GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fr
 }
 
 void CMoveGenerator::GenerateEvasions(MoveList& list) const noexcept {
-    const CPosition& position = *position_;
-    const Colour us = position.sideToMove;
-    const Bitboard occupied = position.Occupied();
-    Bitboard helpful = 0;
-    for (Bitboard kings = position.PiecesOf(King, us); kings != 0;) {
-        const Square king = PopLowestBit(kings);
-        Bitboard attackers = position.AttackersTo(king, ~us, occupied);
-        helpful |= attackers;
-        while (attackers != 0) {
-            helpful |= Between[PopLowestBit(attackers)][king];
-        }
-    }
-    GenerateMoves(list, MoveKinds::All, AllSquares, helpful);
+    GenerateMoves(list, MoveKinds::All, AllSquares, position_->EvasionTargets());
 }
 
 bool CMoveGenerator::CanCastle(Square kingSquare, CastlingIndex index) const noexcept {

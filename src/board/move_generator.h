@@ -40,6 +40,11 @@ public:
     void GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fromMask = AllSquares,
                        Bitboard toMask = AllSquares) const noexcept;
 
+    /// Fills an empty list with the moves of `GenerateMoves(list, MoveKinds::Captures)`, with the
+    /// keys of `ScoreCaptures`, and makes the first selection on the way: the best move stands
+    /// first, and the others stand as `CSelectionList::Take` would have left them.
+    void GenerateCaptures(MoveList& list) const noexcept;
+
     /// Appends the moves that may answer a check: king moves, and moves that take a checking man
     /// or step between. Double checks are not told apart; `MakeMove` sorts them out.
     void GenerateEvasions(MoveList& list) const noexcept;

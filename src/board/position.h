@@ -85,8 +85,9 @@ public:
     /// no move has been made since the position was set up.
     void UndoMove(Move move) noexcept;
 
-    /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The saved keys, `inCheck` and the move of the
-    /// record it takes stay as they were; see `UndoNullMove` for what does not come back.
+    /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The
+    /// saved keys, `inCheck` and the move of the record it takes stay as they were; see
+    /// `UndoNullMove` for what does not come back.
     void MakeNullMove() noexcept;
 
     /// Takes a null move back, except for the en passant file in `key`: after a null move tried in

@@ -42,6 +42,13 @@ public:
     void Restart(std::int32_t raised) noexcept {
         next_ = 0;
         raised_ = raised;
+        settled_ = 0;
+    }
+
+    /// The same for a list whose best entry stands first already, by the exchanges of a `Take`.
+    void RestartWithBestFirst() noexcept {
+        Restart(list.count);
+        settled_ = 1;
     }
 
     /// What the next `Take` will return if the rest stands in its final order, and a guess if not.
@@ -55,7 +62,7 @@ public:
     [[nodiscard]] Move Take() noexcept {
         Move& place = list[next_];
         ++next_;
-        if (next_ > raised_) {
+        if (next_ > raised_ || next_ <= settled_) {
             return place;
         }
         Move best = place;
@@ -75,6 +82,7 @@ public:
 private:
     std::int32_t next_ = 0;
     std::int32_t raised_ = 0;
+    std::int32_t settled_ = 0;  ///< entries that stand in their final order from the start
 };
 
 /// State of one node; there is one record a ply, used anew by every node of that ply.
@@ -100,10 +108,6 @@ struct CMovePicker {
         badList.Reset();
     }
 };
-
-/// Sets the sort keys of captures and promotions by the victim first and the cheapest attacker
-/// second. Moves that win nothing keep the key that they have. Returns how many keys were set.
-std::int32_t ScoreCaptures(MoveList& list, const CPosition& position) noexcept;
 
 /// Whether a capture needs an exchange evaluation before it can count as good: a man takes a lesser
 /// one. Promotions, en passant and moves to an empty square never need it.

@@ -20,8 +20,8 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         [[fallthrough]];
 
     case PickStage::GenerateCaptures:
-        generator_.GenerateMoves(picker.goodList.list, MoveKinds::Captures);
-        picker.goodList.Restart(ScoreCaptures(picker.goodList.list, position_));
+        generator_.GenerateCaptures(picker.goodList.list);
+        picker.goodList.RestartWithBestFirst();
         picker.stage = PickStage::GoodCaptures;
         [[fallthrough]];
 

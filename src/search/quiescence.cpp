@@ -1,3 +1,4 @@
+#include "board/capture_order.h"
 #include "board/score.h"
 #include "board/static_exchange.h"
 #include "search/search.h"
@@ -27,15 +28,15 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
         }
     }
 
-    // The record of this ply is free: the node that owned it has handed over to this call.
-    CSelectionList& moves = pickers_[ply].goodList;
-    moves.Reset();
+    // On the stack the lists of a line lie close together, and only their used part is touched.
+    CSelectionList moves;
     if (inCheck) {
         generator_.GenerateEvasions(moves.list);
+        moves.Restart(ScoreCaptures(moves.list, position_));
     } else {
-        generator_.GenerateMoves(moves.list, MoveKinds::Captures);
+        generator_.GenerateCaptures(moves.list);
+        moves.RestartWithBestFirst();
     }
-    moves.Restart(ScoreCaptures(moves.list, position_));
 
     std::int32_t legalMoves = 0;
     while (!moves.IsAtEnd()) {

@@ -1,5 +1,6 @@
 // What the generator writes, in which order.
 
+#include "board/capture_order.h"
 #include "board_checks.h"
 
 #include <algorithm>
@@ -142,6 +143,59 @@ TEST(GenerateMoves, EqualsTheSlowGeneratorOnLawlessPositions) {
                   SlowPosition(position).Moves(true, true, fromMask, toMask))
             << FenOf(position);
     }
+}
+
+/// The captures in the order of generation, with their keys, after the first selection.
+std::vector<std::uint32_t> SelectedCaptures(const CPosition& position) {
+    MoveList list;
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
+    ScoreCaptures(list, position);
+    std::vector<std::uint32_t> words = Words(list);
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        if (words[i] >> 16U > words[0] >> 16U) {
+            std::swap(words[0], words[i]);
+        }
+    }
+    return words;
+}
+
+std::vector<std::uint32_t> CaptureWords(const CPosition& position) {
+    MoveList list;
+    CMoveGenerator(position).GenerateCaptures(list);
+    return Words(list);
+}
+
+TEST(GenerateCaptures, EqualsGenerationScoringAndTheFirstSelection) {
+    std::size_t captures = 0;
+    for (const CPosition& position : RandomPositions(std::max(500, 20000 / WorkDivisor()), 45)) {
+        const std::vector<std::uint32_t> words = CaptureWords(position);
+        ASSERT_EQ(words, SelectedCaptures(position)) << FenOf(position);
+        captures += words.size();
+    }
+    EXPECT_GT(captures, 500U);
+}
+
+TEST(GenerateCaptures, EqualsGenerationScoringAndTheFirstSelectionOnLawlessPositions) {
+    CRandom random(46);
+    for (int i = 0; i < std::max(500, 10000 / WorkDivisor()); ++i) {
+        const CPosition position = FromFen(LawlessFen(random));
+        ASSERT_EQ(CaptureWords(position), SelectedCaptures(position)) << FenOf(position);
+    }
+}
+
+TEST(GenerateCaptures, FindsRoomForTheManyThatSixteenMenCanHave) {
+    const CPosition position =
+        FromFen("nnnnnnnn/PPPPPPPP/n1n1n1n1/1Q1Q1Q1Q/n1n1n1n1/1Q1Q1Q1K/nnnnnnnk/8 w - - 0 1");
+    ASSERT_EQ(position.colourCount[White], 16);
+    EXPECT_EQ(CaptureWords(position), SelectedCaptures(position));
+}
+
+TEST(GenerateCaptures, PutsTheCaptureOfAKingAfterAllOthers) {
+    const CPosition position = FromFen("4k3/8/8/8/4R1p1/8/8/4K3 w - - 0 1");
+    const std::vector<std::uint32_t> words = CaptureWords(position);
+    ASSERT_EQ(words.size(), 2U);
+    EXPECT_EQ(Move{words[0]}.To(), G4);
+    EXPECT_EQ(words[1], Move::Make(E4, E8).word);
 }
 
 TEST(GenerateMoves, CutsTheListAtTwoHundredAndTwentyMoves) {

@@ -1,0 +1,30 @@
+#include "board/capture_order.h"
+
+namespace brenquil {
+
+namespace {
+
+/// 0 for a move that wins nothing.
+int KeyOf(Move move, const CPosition& position) noexcept {
+    const Piece victim = position.board[move.To()];
+    switch (move.Kind()) {
+    case MoveKind::Promotion: return PromotionKeys[move.Index()][victim];
+    case MoveKind::EnPassant: return EnPassantKeys[victim];
+    default: return CaptureKeys[TypeOf(position.board[move.From()])][victim];
+    }
+}
+
+}  // namespace
+
+std::int32_t ScoreCaptures(MoveList& list, const CPosition& position) noexcept {
+    std::int32_t count = 0;
+    for (std::int32_t i = 0; i < list.count; ++i) {
+        if (const int key = KeyOf(list[i], position); key != 0) {
+            list[i].SetOrder(key);
+            ++count;
+        }
+    }
+    return count;
+}
+
+}  // namespace brenquil
