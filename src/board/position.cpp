@@ -145,7 +145,8 @@ inline void CPosition::ToggleMen(Piece piece, Bitboard squares) noexcept {
 }
 
 /// Takes a man off, except from the mailbox, and returns its number of the key.
-inline std::uint64_t CPosition::RemoveMan(Piece piece, Square square) noexcept {
+[[gnu::always_inline]] inline std::uint64_t CPosition::RemoveMan(Piece piece,
+                                                                 Square square) noexcept {
     const std::uint64_t number = PieceKey(piece, square);
     ToggleMen(piece, BitOf(square));
     if (TypeOf(piece) == Pawn) {
@@ -383,6 +384,44 @@ void CPosition::Undo(Move move) noexcept {
         board[square] = victim;
         RestoreMan(victim, square);
     }
+}
+
+inline void CPosition::ToggleLeaf(Move move, Piece moved, Piece captured) noexcept {
+    ToggleMen(moved, BitOf(move.From()) | BitOf(move.To()));
+    if (captured != PieceNone) {
+        ToggleMen(captured, BitOf(move.To()));
+    }
+}
+
+bool CPosition::MakeLeaf(Move move) noexcept {
+    if (IsMadeWhole(move)) [[unlikely]] {
+        return MakeMove(move);
+    }
+    if (ply >= UndoCapacity) [[unlikely]] {
+        return false;
+    }
+    if (sideToMove == White ? LeavesKingAttacked<White>(move) : LeavesKingAttacked<Black>(move)) {
+        return false;
+    }
+    const Piece moved = board[move.From()];
+    const Piece captured = board[move.To()];
+    undo[ply].capturedPiece = captured;
+    ToggleLeaf(move, moved, captured);
+    board[move.From()] = PieceNone;
+    board[move.To()] = moved;
+    return true;
+}
+
+void CPosition::UndoLeaf(Move move) noexcept {
+    if (IsMadeWhole(move)) [[unlikely]] {
+        UndoMove(move);
+        return;
+    }
+    const Piece moved = board[move.To()];
+    const Piece captured = undo[ply].capturedPiece;
+    ToggleLeaf(move, moved, captured);
+    board[move.To()] = captured;
+    board[move.From()] = moved;
 }
 
 void CPosition::MakeNullMove() noexcept {

@@ -85,6 +85,12 @@ public:
     /// no move has been made since the position was set up.
     void UndoMove(Move move) noexcept;
 
+    /// `MakeMove` for the leaves of a count of moves, where nothing asks for keys, counts, rights,
+    /// clock and check: of a normal move only bitboards and mailbox follow. An accepted move is
+    /// taken back by `UndoLeaf` before anything else happens.
+    [[nodiscard]] bool MakeLeaf(Move move) noexcept;
+    void UndoLeaf(Move move) noexcept;
+
     /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The
     /// saved keys, `inCheck` and the move of the record it takes stay as they were; see
     /// `UndoNullMove` for what does not come back.
@@ -195,6 +201,12 @@ private:
     void ToggleMen(Piece piece, Bitboard squares) noexcept;
     std::uint64_t RemoveMan(Piece piece, Square square) noexcept;
     void RestoreMan(Piece piece, Square square) noexcept;
+
+    [[nodiscard]] bool IsMadeWhole(Move move) const noexcept {
+        return !isRegular_ || move.Kind() != MoveKind::Normal;
+    }
+
+    void ToggleLeaf(Move move, Piece moved, Piece captured) noexcept;
     UndoRecord& SaveState(Move move, Piece moved, Piece captured) noexcept;
     [[nodiscard]] Piece CapturedBy(Move move) const noexcept;
     template <Colour Us>

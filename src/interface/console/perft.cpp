@@ -39,12 +39,21 @@ std::uint64_t CPerft::CountNodes(std::int32_t depth) {
 }
 
 /// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and unmade like any
-/// other node; only the call that would return 1 is spared.
+/// other node, but for the parts of a made move that only a further move would read.
 std::uint64_t CPerft::Count(std::int32_t depth) {
     std::uint64_t count = 0;
+    if (depth == 1) {
+        for (const Move move : MoveListFor(depth)) {
+            if (position.MakeLeaf(move)) {
+                ++count;
+                position.UndoLeaf(move);
+            }
+        }
+        return count;
+    }
     for (const Move move : MoveListFor(depth)) {
         if (position.MakeMove(move)) {
-            count += depth == 1 ? 1 : Count(depth - 1);
+            count += Count(depth - 1);
             position.UndoMove(move);
         }
     }

@@ -1,9 +1,9 @@
 // Node counts of the move generator, the instrument that proves the board.
 //
 // An object has a position of its own, at first the start position, and one move list for each
-// remaining depth, so that counting allocates nothing. Every leaf is made and unmade, by the plain
-// generator and the plain MakeMove: no counting of lists, no table. The object is some 250 kB large
-// and belongs on the heap. Its lines go to the sink and never to the log.
+// remaining depth, so that counting allocates nothing. Every leaf is generated, made and
+// unmade: no counting of lists, no table. The object is some 250 kB large and belongs on the heap.
+// Its lines go to the sink and never to the log.
 #pragma once
 
 #include "board/move_list.h"

@@ -496,6 +496,39 @@ TEST(MakeMove, AnswersChecksWhateverTheFullMoveNumberIs) {
     }
 }
 
+/// Every move of the list is accepted as MakeMove accepts it, stands on the board, and comes back.
+void ExpectLeavesAsMoves(CPosition& position) {
+    MoveList list;
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
+    const PositionFields before(position);
+    for (const Move move : list) {
+        CPosition played = position;
+        const bool isLegal = played.MakeMove(move);
+        ASSERT_EQ(position.MakeLeaf(move), isLegal) << FenOf(played) << ' ' << move.word;
+        if (isLegal) {
+            ASSERT_EQ(position.board, played.board) << FenOf(played);
+            ASSERT_EQ(position.pieces, played.pieces) << FenOf(played);
+            ASSERT_EQ(position.colours, played.colours) << FenOf(played);
+            position.UndoLeaf(move);
+        }
+        ASSERT_EQ(Differences(PositionFields(position), before), "") << move.word;
+    }
+}
+
+TEST(MakeLeaf, AcceptsAndMovesTheMenAsMakeMoveDoes) {
+    for (CPosition& position : RandomPositions(std::max(100, 2000 / WorkDivisor()), 35)) {
+        ExpectLeavesAsMoves(position);
+    }
+}
+
+TEST(MakeLeaf, AcceptsAndMovesTheMenAsMakeMoveDoesOnLawlessPositions) {
+    CRandom random(36);
+    for (int i = 0; i < std::max(100, 1000 / WorkDivisor()); ++i) {
+        CPosition position = FromFen(LawlessFen(random));
+        ExpectLeavesAsMoves(position);
+    }
+}
+
 TEST(NullMove, WithoutAnEnPassantSquareComesBackWhole) {
     CPosition position = FromFen("4k3/8/8/8/8/8/8/R3K3 w Q - 17 9");
     const CPosition before = position;
