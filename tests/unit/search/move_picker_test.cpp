@@ -1,6 +1,7 @@
 // The order in which a node gets its moves. With history and killers it is tested against the
 // literal search; here are its parts.
 
+#include "board/capture_order.h"
 #include "search/move_picker.h"
 #include "search_setup.h"
 

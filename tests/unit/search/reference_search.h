@@ -7,6 +7,7 @@
 #pragma once
 
 #include "bases/base.h"
+#include "board/move_generator.h"
 #include "board/position.h"
 #include "eval/evaluation.h"
 #include "search/search_limits.h"
