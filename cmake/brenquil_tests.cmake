@@ -1,7 +1,11 @@
 # How tests are registered with ctest.
 #
-# Labels: every test has "unit" or "system"; "slow" keeps it out of ./test quick; "release-only" keeps it out of the
-# builds that are many times slower (debug, sanitizers).
+# Labels: every test has "unit" or "system". Of the others,
+#
+#   slow           keeps it out of ./test quick and of all builds but release
+#   release-only   keeps it out of the builds that are many times slower (debug, sanitizers)
+#   once           keeps it out of all builds but release: what it checks does not depend on the build
+#   proof          keeps it out of all stages but ./test proofs: long, exhaustive, with a short form elsewhere
 #
 # Environment: BRENQUIL_ENGINE is the program under test, BRENQUIL_SYSTEM the system that it is built for (Linux or
 # Windows), BRENQUIL_DATA the folder of shared test data when there is one beside the repository,
@@ -22,10 +26,20 @@ function(brenquil_timeout variable seconds)
     set(${variable} ${scaled} PARENT_SCOPE)
 endfunction()
 
-# brenquil_unit_tests(<folder>): one program unit_<room> from the sources in tests/unit/<folder>, with every case of it
-# a test of its own. The macro BRENQUIL_TEST_FOLDER is the path of that folder, for files that lie beside the tests.
-# The name of a suite carries what ctest has to know: one that ends in Slow is labelled slow, one that ends in
-# ReleaseOnly slow and release-only; nothing runs beside the cases of one that ends in Serial.
+# brenquil_unit_tests(<folder>): one program unit_<room> from the sources in tests/unit/<folder>. The macro
+# BRENQUIL_TEST_FOLDER is the path of that folder, for files that lie beside the tests.
+#
+# A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised
+# and shares one precompiled header with all others. The sources beside it, where tests have their logic, are optimised
+# like the engine.
+#
+# The cases of a program share a process, and the names of their suites divide them among the tests of ctest:
+#
+#   <room>.proofs    suites that end in Proof; label proof
+#   <room>.slow      suites that end in Slow; label slow
+#   <room>.serial    suites that end in Serial: nothing runs beside them
+#   <room>.threads   where Thread, Cache, PawnHash or WholePath stands in the name: what ./test tsan wants of each room
+#   <room>.unit      all others
 function(brenquil_unit_tests folder)
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp")
     get_filename_component(room "${folder}" NAME)
@@ -33,32 +47,37 @@ function(brenquil_unit_tests folder)
         return()
     endif()
     set(program unit_${room})
+    set(helpers ${sources})
+    list(FILTER sources INCLUDE REGEX "_test\\.cpp$")
+    list(FILTER helpers EXCLUDE REGEX "_test\\.cpp$")
     add_executable(${program} ${sources})
     target_link_libraries(${program} PRIVATE brenquil_${room} GTest::gtest_main)
     target_compile_definitions(${program} PRIVATE BRENQUIL_TEST_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
+    target_compile_options(${program} PRIVATE -O0)
+    target_precompile_headers(${program} REUSE_FROM brenquil_test_headers)
+    if(helpers)
+        add_library(${program}_helpers OBJECT ${helpers})
+        target_link_libraries(${program}_helpers PRIVATE brenquil_${room} GTest::gtest)
+        target_compile_definitions(${program}_helpers PRIVATE
+            BRENQUIL_TEST_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
+        target_link_libraries(${program} PRIVATE ${program}_helpers)
+    endif()
 
-    brenquil_timeout(timeout 60)
-    brenquil_timeout(slowTimeout 600)
+    brenquil_timeout(timeout 300)
+    brenquil_timeout(slowTimeout 1200)
     if(CMAKE_CROSSCOMPILING)
-        # Starting the emulator for each case would take longer than the cases.
-        add_test(NAME ${room}.all COMMAND ${program} "--gtest_filter=-*Slow*:*ReleaseOnly*" --gtest_brief=1)
-        set_tests_properties(${room}.all PROPERTIES LABELS unit TIMEOUT ${slowTimeout}
+        # Asking the program in the emulator takes longer than the cases.
+        add_test(NAME ${room}.unit COMMAND ${program} "--gtest_filter=-*Slow.*:*Proof.*" --gtest_brief=1)
+        set_tests_properties(${room}.unit PROPERTIES LABELS unit TIMEOUT ${slowTimeout}
             WORKING_DIRECTORY "${PROJECT_BINARY_DIR}" ENVIRONMENT "${brenquilTestEnvironment}"
             FIXTURES_REQUIRED emulator)
         return()
     endif()
-    gtest_discover_tests(${program}
-        DISCOVERY_MODE PRE_TEST
-        DISCOVERY_TIMEOUT ${timeout}
-        TEST_PREFIX "${room}."
-        TEST_LIST ${program}_list
-        WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
 
-    # The cases are known only when ctest has asked the program for them. This script, which ctest reads next, gives
-    # them their properties.
-    set(propertiesFile "${CMAKE_CURRENT_BINARY_DIR}/${program}_properties.cmake")
-    configure_file("${PROJECT_SOURCE_DIR}/cmake/unit_test_properties.cmake.in" "${propertiesFile}" @ONLY)
-    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${propertiesFile}")
+    # Which of them have cases is known only when the program has been built, so ctest asks it by this script.
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${program}_tests.cmake")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/unit_tests.cmake.in" "${script}" @ONLY)
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
 endfunction()
 
 # brenquil_system_test(<file>): a Python program that drives the engine over pipes. A comment line near its top,
@@ -79,7 +98,7 @@ function(brenquil_system_test file)
             set(seconds ${CMAKE_MATCH_1})
         elseif(word STREQUAL "serial")
             set(serial ON)
-        elseif(word STREQUAL "slow" OR word STREQUAL "release-only")
+        elseif(word MATCHES "^(slow|release-only|once|proof)$")
             list(APPEND labels ${word})
         else()
             message(FATAL_ERROR "${file}: unknown word '${word}' in the line '# ctest:'")

@@ -48,13 +48,20 @@ first_of() {
     done
 }
 
+# Where ccache is installed, what was compiled before is not compiled again. It has to be told that a precompiled header
+# is fine.
+if command -v ccache >/dev/null 2>&1; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
+fi
+
 # configure PRESET [OPTION...]: runs cmake for it. Systems whose g++ or clang++ is too old or missing have the compiler
 # under a name with its version, which overrules the one in the preset.
 configure() {
     local preset=$1 compiler=()
     shift
     case $preset in
-    release-clang | fuzz)
+    release-clang | asan | fuzz)
         if ! command -v clang++ >/dev/null 2>&1; then compiler=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
         ;;
     windows | package-windows | arm64) ;;

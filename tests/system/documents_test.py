@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only timeout=180
+# ctest: once release-only timeout=180
 """What the documents tell people to type is there and works.
 
 Each command of README.md, CONTRIBUTING.md, CHANGELOG.md and docs/ is run, or, where it would take

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only timeout=300
+# ctest: once release-only timeout=300
 """The tools that judge games and solutions: they know the rules and see every fault."""
 import concurrent.futures
 import os

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: slow timeout=600
+# ctest: slow timeout=900
 """The tests of `quit`, many times over."""
 from engine_process import main
 from quit_test import Quit

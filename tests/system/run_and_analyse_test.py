@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only timeout=180
+# ctest: once release-only timeout=180
 """./run and tools/analyse.py: what they pass on to the engine, and how they fail."""
 import os
 import subprocess

@@ -107,13 +107,13 @@ TEST(PerftCounts, OfChess960PositionsAreThePublishedOnes) {
 
 class CDeepPerft : public testing::TestWithParam<Row> {};
 
-using DeepPerftReleaseOnly = CDeepPerft;
+using DeepPerftProof = CDeepPerft;
 
-TEST_P(DeepPerftReleaseOnly, CountIsThePublishedOne) {
+TEST_P(DeepPerftProof, CountIsThePublishedOne) {
     ExpectCounts(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, DeepPerftReleaseOnly, testing::ValuesIn(DeepRows),
+INSTANTIATE_TEST_SUITE_P(Rows, DeepPerftProof, testing::ValuesIn(DeepRows),
                          [](const testing::TestParamInfo<Row>& row) {
                              return "Position" + std::to_string(row.index + 1);
                          });

@@ -143,9 +143,9 @@ TEST_F(ConsoleTools, TestLeavesTheGameAloneAndStaysOutOfTheLog) {
     EXPECT_EQ(log, (Strings{"> e2e4", "> test -h -b -e"}));
 }
 
-using ConsoleToolsReleaseOnly = CEngineFixture;
+using ConsoleToolsProof = CEngineFixture;
 
-TEST_F(ConsoleToolsReleaseOnly, TestMRunsOnlyMoveGeneration) {
+TEST_F(ConsoleToolsProof, TestMRunsOnlyMoveGeneration) {
     const Strings lines = Obey("test -m");
     EXPECT_EQ(CountOf(lines, "test ok!"), 6);
     EXPECT_EQ(CountOf(lines, "test complete!"), 1);

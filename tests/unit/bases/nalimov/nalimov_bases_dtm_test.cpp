@@ -145,7 +145,7 @@ protected:
 };
 
 using NalimovWholePath = CNalimovWholePath;
-using NalimovWholePathSlowReleaseOnly = CNalimovWholePath;
+using NalimovWholePathProof = CNalimovWholePath;
 
 TEST_F(NalimovWholePath, ThreeMenAnswerEveryPositionCorrectly) {
     Load();
@@ -159,7 +159,7 @@ TEST_F(NalimovWholePath, ThreeMenAnswerEveryPositionCorrectly) {
 
 /// Queen against pawn with all that it can turn into, and one of some hundred positions. With
 /// BRENQUIL_NALIMOV_MEN=4 all endings and every position, which takes minutes.
-TEST_F(NalimovWholePathSlowReleaseOnly, FourMenAnswerCorrectly) {
+TEST_F(NalimovWholePathProof, FourMenAnswerCorrectly) {
     const char* const men = std::getenv("BRENQUIL_NALIMOV_MEN");
     const bool all = men != nullptr && std::string(men) == "4";
     const std::set<std::string_view> sample = {"kpk",  "knk",  "kbk",  "krk",  "kqk",

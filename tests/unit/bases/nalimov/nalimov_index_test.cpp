@@ -581,7 +581,7 @@ TEST(NalimovIndex, PositionsOfThreeMenHaveEachAnIndexOfItsOwnAndImagesShareIt) {
     }
 }
 
-TEST(NalimovIndexSlowReleaseOnly, PositionsOfFourMenHaveEachAnIndexOfItsOwnAndImagesShareIt) {
+TEST(NalimovIndexProof, PositionsOfFourMenHaveEachAnIndexOfItsOwnAndImagesShareIt) {
     for (const std::string_view name : {"kpkp", "knkp", "knkn", "krkb", "kppk", "knpk", "kqqk"}) {
         ExpectProven(TableNumber(name), 0, 1);
         ExpectProven(TableNumber(name), 1, 1);
@@ -590,7 +590,7 @@ TEST(NalimovIndexSlowReleaseOnly, PositionsOfFourMenHaveEachAnIndexOfItsOwnAndIm
 
 /// With BRENQUIL_NALIMOV_MEN=4 all tables of four men (minutes), with 5 those of five (an hour);
 /// otherwise one of five men.
-TEST(NalimovIndexSlowReleaseOnly, PositionsOfChosenTablesHaveEachAnIndexOfItsOwn) {
+TEST(NalimovIndexProof, PositionsOfChosenTablesHaveEachAnIndexOfItsOwn) {
     const int men = ChosenMen();
     const int first = men == 5 ? NalimovFirstFiveMen
                     : men == 4 ? NalimovFirstFourMen
@@ -618,7 +618,7 @@ TEST(NalimovIndex, LargestIndexOfTablesUpToFourMenIsOneLessThanTheirPositions) {
 }
 
 /// With BRENQUIL_NALIMOV_MEN=6 those of six men, which takes minutes; otherwise those of five.
-TEST(NalimovIndexSlowReleaseOnly, LargestIndexOfEveryTableIsOneLessThanItsPositions) {
+TEST(NalimovIndexProof, LargestIndexOfEveryTableIsOneLessThanItsPositions) {
     if (ChosenMen() == 6) {
         ExpectLargestIndexIsLast(NalimovFirstSixMen, NalimovTableCount + 1);
     } else {

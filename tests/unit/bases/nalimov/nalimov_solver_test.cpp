@@ -20,7 +20,7 @@ TEST(NalimovSolver, LongestMatesOfThreeMenAreTheKnownOnes) {
     EXPECT_EQ(LongestMate(solver, "knk"), 0);
 }
 
-TEST(NalimovSolverSlowReleaseOnly, LongestMatesOfFourMenAreTheKnownOnes) {
+TEST(NalimovSolverProof, LongestMatesOfFourMenAreTheKnownOnes) {
     CEndgameSolver solver;
     EXPECT_EQ(LongestMate(solver, "kbbk"), 19);
     EXPECT_EQ(LongestMate(solver, "kbnk"), 33);

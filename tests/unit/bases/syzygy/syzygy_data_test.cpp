@@ -130,11 +130,11 @@ TEST_F(SyzygyData, EndingsOfThreeMenAreAllTrue) {
     }
 }
 
-using SyzygyDataReleaseOnly = SyzygyData;
+using SyzygyDataSlow = SyzygyData;
 
 /// A seeded sample of an ending of four men against the solver. Every position is compared by
 /// tools/syzygy_compare.
-TEST_F(SyzygyDataReleaseOnly, ASampleOfFourMenIsTrue) {
+TEST_F(SyzygyDataSlow, ASampleOfFourMenIsTrue) {
     std::mt19937_64 random(27182);
     const support::SolvedEnding& ending = solver.Solve("KRvKN");
     int compared = 0;

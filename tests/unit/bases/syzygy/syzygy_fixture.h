@@ -13,10 +13,14 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <initializer_list>
+#include <iterator>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace brenquil {
@@ -40,11 +44,22 @@ protected:
 
     void TearDown() override { std::filesystem::remove_all(folder); }
 
-    /// Writes the true tables of the endings.
+    /// Writes the true tables of the endings; what an earlier test has made is copied.
     void Make(std::initializer_list<const char*> names) {
-        for (const char* const name : names) {
-            support::WriteSolvedTables(solver, folder, name);
+        for (const std::string name : names) {
+            if (made.count(name) == 0) {
+                support::WriteSolvedTables(solver, folder, name);
+                made[name] = {BytesOf(name + ".rtbw"), BytesOf(name + ".rtbz")};
+                continue;
+            }
+            support::WriteBytes(folder / (name + ".rtbw"), made[name].first);
+            support::WriteBytes(folder / (name + ".rtbz"), made[name].second);
         }
+    }
+
+    [[nodiscard]] support::Bytes BytesOf(const std::string& file) const {
+        std::ifstream stream(folder / file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
     }
 
     /// Writes tables of one value for both sides: a class, and the smallest distance for the side.
@@ -86,7 +101,9 @@ protected:
     TbResult ProbeRoot(std::string_view fen) const { return probe.SyzygyProbeRoot(Position(fen)); }
 
     std::filesystem::path folder;
-    support::CSyzygySolver solver;
+    /// Keeps what it has solved for the tests that follow in the same process.
+    static inline support::CSyzygySolver solver;
+    static inline std::map<std::string, std::pair<support::Bytes, support::Bytes>> made;
     test::CRecordingHost host;
     const std::vector<std::string>& found = host.bareLines;  ///< lines about found tables
     CSyzygyTables tables{host};

@@ -1,0 +1,1 @@
+// Has nothing of its own: it is the target that precompiled.h belongs to.
