@@ -8,9 +8,11 @@
 // allocated.
 #pragma once
 
+#include "board/attacks.h"
 #include "board/move_list.h"
 #include "board/position.h"
 #include "board/types.h"
+#include "platform/bits.h"
 
 #include <cstdint>
 
@@ -42,8 +44,24 @@ public:
 
     /// Fills an empty list with the moves of `GenerateMoves(list, MoveKinds::Captures)`, with the
     /// keys of `ScoreCaptures`, and makes the first selection on the way: the best move stands
-    /// first, and the others stand as `CSelectionList::Take` would have left them.
+    /// first, and the others stand as `TakeBest` would have left them.
     void GenerateCaptures(MoveList& list) const noexcept;
+
+    /// Hands the moves of `GenerateMoves` in its order to a sink instead, which can put them into
+    /// an order of its own on the way:
+    ///
+    ///     sink.Man(type, from, targets);   // each target of a man that is no pawn
+    ///     sink.Pawn(from, to);             // a pawn's move that does not promote
+    ///     sink.Special(move);              // a promotion, en passant or castling
+    template <MoveKinds Wanted, class Sink>
+    void Visit(Sink& sink, Bitboard fromMask = AllSquares,
+               Bitboard toMask = AllSquares) const noexcept {
+        if (position_->sideToMove == White) {
+            VisitColour<White, Wanted>(sink, fromMask, toMask);
+        } else {
+            VisitColour<Black, Wanted>(sink, fromMask, toMask);
+        }
+    }
 
     /// Appends the moves that may answer a check: king moves, and moves that take a checking man
     /// or step between. Double checks are not told apart; `MakeMove` sorts them out.
@@ -63,10 +81,146 @@ public:
     [[nodiscard]] bool IsPseudoLegal(Move move) const noexcept;
 
 private:
+    static constexpr bool Includes(MoveKinds wanted, MoveKinds kind) noexcept {
+        return (static_cast<unsigned>(wanted) & static_cast<unsigned>(kind)) != 0;
+    }
+
+    template <Colour Us, MoveKinds Wanted, class Sink>
+    void VisitColour(Sink& sink, Bitboard fromMask, Bitboard toMask) const noexcept;
+    template <Colour Us, class Sink>
+    void VisitPawnCaptures(Sink& sink, Bitboard pawns, Bitboard toMask) const noexcept;
+    template <Colour Us, class Sink>
+    void VisitPawnSteps(Sink& sink, Bitboard pawns, Bitboard toMask) const noexcept;
     [[nodiscard]] bool IsCastlingPossible(Move move) const noexcept;
     [[nodiscard]] bool CanCastle(Square kingSquare, CastlingIndex index) const noexcept;
 
     const CPosition* position_;
 };
+
+namespace move_generator_detail {
+
+/// Everything about pawns that depends on their colour.
+template <Colour Us>
+struct PawnGeometry {
+    static constexpr int Up = Forward(Us);
+    static constexpr int TowardsA = Up - 1;
+    static constexpr int TowardsH = Up + 1;
+    static constexpr Bitboard SecondRank = RelativeRankMask(1, Us);
+    static constexpr Bitboard SeventhRank = RelativeRankMask(6, Us);
+};
+
+/// The pawns that all take the same step, by their targets.
+template <int Step, class Sink>
+inline void VisitPawns(Sink& sink, Bitboard targets) noexcept {
+    while (targets != 0) {
+        const Square to = PopLowestBit(targets);
+        sink.Pawn(to - Step, to);
+    }
+}
+
+template <int Step, class Sink>
+inline void VisitPromotions(Sink& sink, Bitboard targets) noexcept {
+    while (targets != 0) {
+        const Square to = PopLowestBit(targets);
+        for (const PromotionIndex index :
+             {PromoteQueen, PromoteKnight, PromoteBishop, PromoteRook}) {
+            sink.Special(Move::Make(to - Step, to, MoveKind::Promotion, index));
+        }
+    }
+}
+
+}  // namespace move_generator_detail
+
+template <Colour Us, class Sink>
+inline void CMoveGenerator::VisitPawnCaptures(Sink& sink, Bitboard pawns,
+                                              Bitboard toMask) const noexcept {
+    using namespace move_generator_detail;
+    using Geometry = PawnGeometry<Us>;
+    const Bitboard enemy = position_->colours[~Us] & toMask;
+    const Bitboard ordinary = pawns & ~Geometry::SeventhRank;
+    const Bitboard promoting = pawns & Geometry::SeventhRank;
+
+    VisitPawns<Geometry::TowardsA>(sink, Shift<Geometry::TowardsA>(ordinary) & enemy);
+    VisitPawns<Geometry::TowardsH>(sink, Shift<Geometry::TowardsH>(ordinary) & enemy);
+    if (promoting != 0) {
+        const Bitboard empty = ~position_->Occupied() & toMask;
+        VisitPromotions<Geometry::TowardsA>(sink, Shift<Geometry::TowardsA>(promoting) & enemy);
+        VisitPromotions<Geometry::TowardsH>(sink, Shift<Geometry::TowardsH>(promoting) & enemy);
+        VisitPromotions<Geometry::Up>(sink, Shift<Geometry::Up>(promoting) & empty);
+    }
+    if (position_->enPassant != SquareNone) {
+        const Bitboard target = BitOf(position_->enPassant);
+        for (const Bitboard origin :
+             {Shift<-Geometry::TowardsA>(target), Shift<-Geometry::TowardsH>(target)}) {
+            if ((origin & pawns) != 0) {
+                sink.Special(
+                    Move::Make(LowestBit(origin), position_->enPassant, MoveKind::EnPassant));
+            }
+        }
+    }
+}
+
+template <Colour Us, class Sink>
+inline void CMoveGenerator::VisitPawnSteps(Sink& sink, Bitboard pawns,
+                                           Bitboard toMask) const noexcept {
+    using namespace move_generator_detail;
+    using Geometry = PawnGeometry<Us>;
+    const Bitboard empty = ~position_->Occupied();
+    const Bitboard single = Shift<Geometry::Up>(pawns & ~Geometry::SeventhRank) & empty;
+    const Bitboard first = Shift<Geometry::Up>(pawns & Geometry::SecondRank) & empty;
+    const Bitboard twice = Shift<Geometry::Up>(first) & empty;
+    VisitPawns<Geometry::Up>(sink, single & toMask);
+    VisitPawns<2 * Geometry::Up>(sink, twice & toMask);
+}
+
+template <Colour Us, MoveKinds Wanted, class Sink>
+inline void CMoveGenerator::VisitColour(Sink& sink, Bitboard fromMask,
+                                        Bitboard toMask) const noexcept {
+    constexpr bool Captures = Includes(Wanted, MoveKinds::Captures);
+    constexpr bool Quiets = Includes(Wanted, MoveKinds::Quiets);
+    const CPosition& position = *position_;
+    const Bitboard occupied = position.Occupied();
+    const Bitboard targets =
+        (Captures ? position.colours[~Us] : 0) | (Quiets ? ~occupied : Bitboard{0});
+    const Bitboard pieceTargets = targets & toMask;
+
+    if (const Bitboard pawns = position.PiecesOf(Pawn, Us) & fromMask; pawns != 0) {
+        if constexpr (Captures) {
+            VisitPawnCaptures<Us>(sink, pawns, toMask);
+        }
+        if constexpr (Quiets) {
+            VisitPawnSteps<Us>(sink, pawns, toMask);
+        }
+    }
+    for (Bitboard men = position.PiecesOf(Knight, Us) & fromMask; men != 0;) {
+        const Square from = PopLowestBit(men);
+        sink.Man(Knight, from, KnightAttacks[from] & pieceTargets);
+    }
+    for (Bitboard men = position.PiecesOf(Bishop, Us) & fromMask; men != 0;) {
+        const Square from = PopLowestBit(men);
+        sink.Man(Bishop, from, BishopAttacksFrom(from, occupied) & pieceTargets);
+    }
+    for (Bitboard men = position.PiecesOf(Rook, Us) & fromMask; men != 0;) {
+        const Square from = PopLowestBit(men);
+        sink.Man(Rook, from, RookAttacksFrom(from, occupied) & pieceTargets);
+    }
+    for (Bitboard men = position.PiecesOf(Queen, Us) & fromMask; men != 0;) {
+        const Square from = PopLowestBit(men);
+        sink.Man(Queen, from, QueenAttacksFrom(from, occupied) & pieceTargets);
+    }
+    for (Bitboard men = position.PiecesOf(King, Us) & fromMask; men != 0;) {
+        const Square from = PopLowestBit(men);
+        sink.Man(King, from, KingAttacks[from] & targets);
+        if (Quiets && !position.inCheck && position.castlingRights != 0) {
+            for (const CastlingIndex index : {Us == White ? WhiteKingSide : BlackKingSide,
+                                              Us == White ? WhiteQueenSide : BlackQueenSide}) {
+                if (CanCastle(from, index)) {
+                    sink.Special(Move::Make(from, position.castling[index].kingTo,
+                                            MoveKind::Castling, index));
+                }
+            }
+        }
+    }
+}
 
 }  // namespace brenquil

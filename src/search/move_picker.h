@@ -8,10 +8,18 @@
 
 #include "board/move_list.h"
 #include "board/position.h"
+#include "platform/bits.h"
+#include "search/history.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace brenquil {
+
+/// The keys are the signed upper halves: setting the lower half makes "higher" strict.
+[[nodiscard]] constexpr bool HasHigherKey(Move move, Move than) noexcept {
+    return static_cast<std::int32_t>(move.word) > static_cast<std::int32_t>(than.word | 0xFFFFU);
+}
 
 /// Where a node goes on when it is asked for its next move; the order of the enumerators is the
 /// order of work. Between the good captures and the second killer comes the first, between the
@@ -26,88 +34,108 @@ enum class PickStage : std::uint32_t {
     BadCaptures
 };
 
-/// A list and how far it has been handed out.
-class CSelectionList {
+/// Takes the best of a list from `index` on: walks to the end and exchanges the entry at `index`
+/// with every later one of a strictly higher key. There is an entry at `index`.
+[[nodiscard]] inline Move TakeBest(MoveList& list, std::int32_t index) noexcept {
+    Move best = list[index];
+    for (std::int32_t later = index + 1; later < list.count; ++later) {
+        if (HasHigherKey(list[later], best)) {
+            std::swap(list[later], best);
+        }
+    }
+    list[index] = best;
+    return best;
+}
+
+/// Quiet moves with their keys, handed out as `TakeBest` would.
+///
+/// Most quiet moves were never successful and share the lowest key of all, and so no exchange ever
+/// takes one of them forward. A mask tells where the others stand, and a take visits only those.
+class CQuietList {
 public:
     MoveList list;
 
     /// Empties the list.
     void Reset() noexcept {
         list.count = 0;
-        Restart(0);
-    }
-
-    /// Begins to hand out. `raised` is how many entries have a key above all the others' common
-    /// key: once they are taken the rest stands in its final order and need not be searched.
-    void Restart(std::int32_t raised) noexcept {
         next_ = 0;
-        raised_ = raised;
-        settled_ = 0;
+        raised_ = 0;
     }
 
-    /// The same for a list whose best entry stands first already, by the exchanges of a `Take`.
-    void RestartWithBestFirst() noexcept {
-        Restart(list.count);
-        settled_ = 1;
+    /// Adds a move whose key is above the lowest, or not.
+    void Append(Move move, bool isRaised) noexcept {
+        if (list.count < MaskedEntries) [[likely]] {
+            raised_ |= std::uint64_t{isRaised} << list.count;
+        }
+        list.Append(move);
     }
-
-    /// What the next `Take` will return if the rest stands in its final order, and a guess if not.
-    /// `NoMove` at the end.
-    [[nodiscard]] Move Peek() const noexcept { return IsAtEnd() ? NoMove : list[next_]; }
 
     [[nodiscard]] bool IsAtEnd() const noexcept { return next_ >= list.count; }
 
-    /// Takes the best of the rest: walks from the next place to the end and exchanges the entry at
-    /// the next place with every later one of a strictly higher key. Not at the end.
+    /// What the next `Take` will return if only lowest keys are left, and a guess if not. `NoMove`
+    /// at the end.
+    [[nodiscard]] Move Peek() const noexcept { return IsAtEnd() ? NoMove : list[next_]; }
+
+    /// Not at the end.
     [[nodiscard]] Move Take() noexcept {
-        Move& place = list[next_];
-        ++next_;
-        if (next_ > raised_ || next_ <= settled_) {
-            return place;
+        const std::int32_t index = next_++;
+        if (list.count > MaskedEntries) [[unlikely]] {
+            return TakeBest(list, index);
         }
-        Move best = place;
-        for (Move* other = &place + 1; other != list.end(); ++other) {
-            // The keys are the signed upper halves: setting the lower half makes "greater" strict.
-            if (static_cast<std::int32_t>(other->word) >
-                static_cast<std::int32_t>(best.word | 0xFFFFU)) {
-                const Move exchanged = *other;
-                *other = best;
-                best = exchanged;
+        std::uint64_t later = raised_ & ~std::uint64_t{1} << index;
+        Move best = list[index];
+        if (later == 0) {
+            return best;
+        }
+        if ((raised_ >> index & 1U) == 0) {
+            // The first of the others changes places with it: now a lowest key stands there.
+            raised_ ^= later & (~later + 1);
+            std::swap(list[PopLowestBit(later)], best);
+        }
+        while (later != 0) {
+            Move& other = list[PopLowestBit(later)];
+            if (HasHigherKey(other, best)) {
+                std::swap(other, best);
             }
         }
-        place = best;
+        list[index] = best;
         return best;
     }
 
 private:
+    static constexpr std::int32_t MaskedEntries = 64;
+
     std::int32_t next_ = 0;
-    std::int32_t raised_ = 0;
-    std::int32_t settled_ = 0;  ///< entries that stand in their final order from the start
+    std::uint64_t raised_ = 0;  ///< one bit an entry; of use while there are no more than bits
 };
 
 /// State of one node; there is one record a ply, used anew by every node of that ply.
 struct CMovePicker {
     std::int32_t ply = 0;  ///< index into the killers
     PickStage stage = PickStage::HashMove;
-    Move hashMove{0};     ///< what stage `HashMove` returned; `NoMove` if nothing
-    Move killerMove1{0};  ///< the same for the first killer
-    Move killerMove2{0};  ///< the same for the second killer
-    CSelectionList goodList;
-    CSelectionList quietList;
-    CSelectionList badList;
+    std::int32_t index = 0;  ///< next place in the list of captures that is being handed out
+    Move hashMove{0};        ///< what stage `HashMove` returned; `NoMove` if nothing
+    Move killerMove1{0};     ///< the same for the first killer
+    Move killerMove2{0};     ///< the same for the second killer
+    MoveList goodList;
+    CQuietList quietList;
+    MoveList badList;
 
     /// Prepares the record for a node.
     void Reset(std::int32_t nodePly) noexcept {
         ply = nodePly;
         stage = PickStage::HashMove;
+        index = 0;
         hashMove = NoMove;
         killerMove1 = NoMove;
         killerMove2 = NoMove;
-        goodList.Reset();
-        quietList.Reset();
-        badList.Reset();
+        badList.count = 0;
     }
 };
+
+/// Fills the list with quiet moves and, as their keys, the low halves of their history.
+void GenerateQuiets(CQuietList& list, const CPosition& position,
+                    const HistoryTable& history) noexcept;
 
 /// Whether a capture needs an exchange evaluation before it can count as good: a man takes a lesser
 /// one. Promotions, en passant and moves to an empty square never need it.

@@ -4,8 +4,6 @@
 #include "search/move_picker.h"
 #include "search/search.h"
 
-#include <limits>
-
 namespace brenquil {
 
 Move CSearch::NextMove(CMovePicker& picker) noexcept {
@@ -20,21 +18,24 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         [[fallthrough]];
 
     case PickStage::GenerateCaptures:
-        generator_.GenerateCaptures(picker.goodList.list);
-        picker.goodList.RestartWithBestFirst();
+        picker.goodList.count = 0;
+        generator_.GenerateCaptures(picker.goodList);
         picker.stage = PickStage::GoodCaptures;
         [[fallthrough]];
 
     case PickStage::GoodCaptures:
-        while (!picker.goodList.IsAtEnd()) {
-            const Move move = picker.goodList.Take();
+        while (picker.index < picker.goodList.count) {
+            // The first has been taken on the way.
+            const Move move =
+                picker.index == 0 ? picker.goodList[0] : TakeBest(picker.goodList, picker.index);
+            ++picker.index;
             if (SameMove(move, picker.hashMove)) {
                 continue;
             }
             if (!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) {
                 return move;
             }
-            picker.badList.list.Append(move);
+            picker.badList.Append(move);
         }
         picker.stage = PickStage::SecondKiller;
         if (const Move killer = killers_[picker.ply].first; IsKillerUsable(killer, picker)) {
@@ -52,8 +53,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         [[fallthrough]];
 
     case PickStage::GenerateQuiets:
-        generator_.GenerateMoves(picker.quietList.list, MoveKinds::Quiets);
-        picker.quietList.Restart(ScoreQuiets(picker.quietList.list));
+        GenerateQuiets(picker.quietList, position_, history_);
         picker.stage = PickStage::Quiets;
         [[fallthrough]];
 
@@ -67,13 +67,13 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
                 return move;
             }
         }
-        picker.badList.Restart(picker.badList.list.count);
+        picker.index = 0;
         picker.stage = PickStage::BadCaptures;
         [[fallthrough]];
 
     case PickStage::BadCaptures:
-        if (!picker.badList.IsAtEnd()) {
-            return picker.badList.Take();
+        if (picker.index < picker.badList.count) {
+            return TakeBest(picker.badList, picker.index++);
         }
     }
     return NoMove;
@@ -84,25 +84,6 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
 bool CSearch::IsKillerUsable(Move killer, const CMovePicker& picker) const noexcept {
     return !killer.IsNone() && !SameMove(killer, picker.hashMove) &&
            generator_.IsStoredMoveValid(killer);
-}
-
-/// Returns how many entries have a key above the lowest of all: nearly always that is the key of a
-/// move that was never successful, which most moves share.
-std::int32_t CSearch::ScoreQuiets(MoveList& list) const noexcept {
-    std::int32_t raised = 0;
-    std::int32_t lowest = std::numeric_limits<std::int16_t>::max();
-    for (std::int32_t i = 0; i < list.count; ++i) {
-        Move& move = list[i];
-        move.SetOrder(HistoryOf(position_.board[move.From()], move.To()).ordering);
-        const std::int32_t key = move.Order();
-        if (key < lowest) {
-            lowest = key;
-            raised = i;
-        } else if (key > lowest) {
-            ++raised;
-        }
-    }
-    return raised;
 }
 
 }  // namespace brenquil

@@ -29,18 +29,18 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
     }
 
     // On the stack the lists of a line lie close together, and only their used part is touched.
-    CSelectionList moves;
+    MoveList moves;
     if (inCheck) {
-        generator_.GenerateEvasions(moves.list);
-        moves.Restart(ScoreCaptures(moves.list, position_));
+        generator_.GenerateEvasions(moves);
+        static_cast<void>(ScoreCaptures(moves, position_));
     } else {
-        generator_.GenerateCaptures(moves.list);
-        moves.RestartWithBestFirst();
+        generator_.GenerateCaptures(moves);
     }
 
     std::int32_t legalMoves = 0;
-    while (!moves.IsAtEnd()) {
-        const Move move = moves.Take();
+    for (std::int32_t index = 0; index < moves.count; ++index) {
+        // Of the captures the first has been taken on the way.
+        const Move move = index == 0 && !inCheck ? moves[0] : TakeBest(moves, index);
         if (!inCheck && NeedsExchangeTest(move, position_) && LosesExchange(position_, move)) {
             continue;
         }

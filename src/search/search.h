@@ -155,7 +155,6 @@ private:
 
     // next_move.cpp
     [[nodiscard]] bool IsKillerUsable(Move killer, const CMovePicker& picker) const noexcept;
-    [[nodiscard]] std::int32_t ScoreQuiets(MoveList& list) const noexcept;
 
     [[nodiscard]] HistoryEntry& HistoryOf(Piece piece, Square to) noexcept {
         return history_[piece][to];

@@ -6,6 +6,7 @@
 #include "search_setup.h"
 
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
@@ -98,51 +99,125 @@ std::vector<Move> SelectAll(std::vector<Move> list) {
     return list;
 }
 
-TEST(SelectionList, TakesWhatSelectionByExchangesTakes) {
+TEST(QuietList, TakesWhatSelectionByExchangesTakes) {
     std::mt19937 random(1);
-    for (int round = 0; round < 3000; ++round) {
-        const auto length = static_cast<int>(random() % 40);
-        const int lowest = round % 2 == 0 ? 0 : -32000;
-        CSelectionList selection;
-        selection.Reset();
+    for (int round = 0; round < 5000; ++round) {
+        // Up to 64 entries have a bit of the mask each; longer lists do without.
+        const auto length = static_cast<int>(random() % (round % 4 == 0 ? 130 : 64));
+        const unsigned spread = round % 3 == 0 ? 60'000 : 5;
+        CQuietList quiets;
+        quiets.Reset();
         std::vector<Move> list;
-        int raised = 0;
         for (int i = 0; i < length; ++i) {
             Move move{static_cast<std::uint32_t>(i + 1)};
-            const int key = random() % 2 == 0 ? lowest : lowest + static_cast<int>(random() % 5);
-            move.SetOrder(key);
-            raised += key > lowest ? 1 : 0;
-            selection.list.Append(move);
+            move.SetOrder(random() % 2 == 0 ? -32000
+                                            : -32000 + static_cast<int>(random() % spread));
+            quiets.Append(move, move.Order() != -32000);
             list.push_back(move);
         }
-        selection.Restart(raised);
         for (const Move expected : SelectAll(list)) {
-            ASSERT_FALSE(selection.IsAtEnd());
-            ASSERT_EQ(selection.Take().word, expected.word);
+            ASSERT_FALSE(quiets.IsAtEnd());
+            ASSERT_EQ(quiets.Take().word, expected.word);
         }
-        ASSERT_TRUE(selection.IsAtEnd());
-        ASSERT_TRUE(selection.Peek().IsNone());
+        ASSERT_TRUE(quiets.IsAtEnd());
+        ASSERT_TRUE(quiets.Peek().IsNone());
     }
 }
 
-TEST(SelectionList, EqualKeysKeepTheOrderThatExchangesLeave) {
-    CSelectionList selection;
-    selection.Reset();
-    const auto append = [&selection](std::uint32_t word, int key) {
-        Move move{word};
-        move.SetOrder(key);
-        selection.list.Append(move);
+TEST(TakeBest, TakesWhatSelectionByExchangesTakes) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 3000; ++round) {
+        MoveList list;
+        for (std::uint32_t i = 0; i < random() % 40; ++i) {
+            list.Append(Move{i + 1});
+            list[list.count - 1].SetOrder(static_cast<int>(random() % 7) - 3);
+        }
+        const std::vector<Move> expected = SelectAll({list.begin(), list.end()});
+        for (std::int32_t index = 0; index < list.count; ++index) {
+            ASSERT_EQ(TakeBest(list, index).word, expected[index].word);
+        }
+    }
+}
+
+TEST(TakeBest, EqualKeysKeepTheOrderThatExchangesLeave) {
+    MoveList list;
+    const auto append = [&list](std::uint32_t word, int key) {
+        list.Append(Move{word});
+        list[list.count - 1].SetOrder(key);
     };
     append(1, 0);
     append(2, 0);
     append(3, 5);
-    selection.Restart(1);
     // 3 changes places with 1, which then stands after 2.
     std::vector<int> order;
-    while (!selection.IsAtEnd()) {
-        order.push_back(selection.Take().Identity());
+    for (std::int32_t index = 0; index < list.count; ++index) {
+        order.push_back(TakeBest(list, index).Identity());
     }
     EXPECT_EQ(order, (std::vector<int>{3, 2, 1}));
+}
+
+/// Calls `check` on positions of games, and on set-up ones that no game reaches: several kings,
+/// pawns on the edge, more moves than a list holds.
+template <class Check>
+void OnManyPositions(Check check) {
+    std::mt19937_64 random(17);
+    for (int i = 0; i < 1500; ++i) {
+        CPosition position;
+        SetPosition(position, i % 2 == 0 ? RandomChess960Fen(random)
+                                         : std::string(VariedPositions()[random() % 64]));
+        PlayRandomly(position, static_cast<int>(random() % 80), random);
+        check(position);
+    }
+    constexpr std::string_view Men = "PNBRQKpnbrqk";
+    for (int i = 0; i < 1500; ++i) {
+        std::string fen;
+        for (int rank = 0; rank < 8; ++rank) {
+            for (int file = 0; file < 8; ++file) {
+                const bool isEmpty = random() % 8 < static_cast<unsigned>(i % 8);
+                const std::string_view men = i % 5 == 0 ? "QQQk" : Men;
+                fen += isEmpty ? '1' : men[random() % men.size()];
+            }
+            fen += rank < 7 ? "/" : (i % 2 == 0 ? " w - " : " b - ");
+        }
+        constexpr std::array<std::string_view, 4> EnPassant = {"-", "e3", "c6", "h6"};
+        CPosition position;
+        CPositionText(position).SetFen(fen + std::string(EnPassant[random() % 4]) + " 0 1");
+        check(position);
+    }
+}
+
+std::vector<std::uint32_t> Words(const MoveList& list) {
+    std::vector<std::uint32_t> words;
+    for (const Move move : list) {
+        words.push_back(move.word);
+    }
+    return words;
+}
+
+TEST(GenerateQuiets, IsGeneratorAndHistoryInOne) {
+    std::mt19937 random(3);
+    const auto history = std::make_unique<HistoryTable>();
+    for (SquareTable<HistoryEntry>& entries : *history) {
+        for (Square square = A1; square <= H8; ++square) {
+            if (random() % 3 == 0) {
+                entries[square].Reward(random() % 70'000);
+            }
+        }
+    }
+    const auto quiets = std::make_unique<CQuietList>();
+    OnManyPositions([&](CPosition& position) {
+        MoveList expected;
+        CMoveGenerator(position).GenerateMoves(expected, MoveKinds::Quiets);
+        for (std::int32_t i = 0; i < expected.count; ++i) {
+            const Move move = expected[i];
+            expected[i].SetOrder((*history)[position.board[move.From()]][move.To()].ordering);
+        }
+        GenerateQuiets(*quiets, position, *history);
+        ASSERT_EQ(Words(quiets->list), Words(expected)) << CPositionText(position).GetFen();
+        for (const Move move : SelectAll({expected.begin(), expected.end()})) {
+            ASSERT_EQ(quiets->Take().word, move.word);
+        }
+    });
 }
 
 class MovePicker : public testing::Test {
