@@ -45,6 +45,15 @@ constexpr std::array UciCommands{
 
 }  // namespace
 
+std::string CommandWord(std::string_view line) {
+    const std::vector<std::string> words = Split(line, ' ');
+    return words.empty() ? std::string() : ToLower(words.front());
+}
+
+bool IsLastCommand(std::string_view word) noexcept {
+    return word == "exit" || word == "quit";
+}
+
 void CCommandLoop::Run() {
     while (Pass()) {}
 }
@@ -81,14 +90,12 @@ std::optional<std::string> CCommandLoop::TakeInputLine() {
 }
 
 void CCommandLoop::Dispatch(std::string_view line) {
-    const std::vector<std::string> words = Split(line, ' ');
-    const std::string word = words.empty() ? std::string() : ToLower(words.front());
-
+    const std::string word = CommandWord(line);
     if (word == "console") {
         engine_.protocol.mode = CommandMode::Console;
     } else if (word == "uci") {
         HandleUci(engine_);
-    } else if (word == "exit" || word == "quit") {
+    } else if (IsLastCommand(word)) {
         engine_.Quit();
     }
     // These four do not end the dispatch: the mode that they leave behind sees the line as well.

@@ -15,6 +15,12 @@
 
 namespace brenquil {
 
+/// The command word of a line, in small letters; empty if it has none.
+[[nodiscard]] std::string CommandWord(std::string_view line);
+
+/// Whether the program ends with this command, in either mode.
+[[nodiscard]] bool IsLastCommand(std::string_view word) noexcept;
+
 /// Reads and obeys commands.
 class CCommandLoop {
 public:

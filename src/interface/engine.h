@@ -23,8 +23,10 @@
 #include "text/option.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace brenquil {
@@ -82,6 +84,10 @@ public:
 
     /// Stops the search under way and waits for its `bestmove`.
     void EndSearch() noexcept { parts_.master.EndSearch(); }
+
+    /// Sets what is called now and then by a thread that waits long for the end of a search; see
+    /// `CMasterThread::onLongWait`.
+    void SetLongWait(std::function<void()> action) { parts_.master.onLongWait = std::move(action); }
 
     /// Waits until the search under way ends by itself.
     void WaitForSearch() noexcept { parts_.master.WaitForSearch(); }

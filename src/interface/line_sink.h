@@ -1,7 +1,11 @@
 // Where finished output lines go: standard output in the program, a list in the tests.
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
+#include <functional>
+#include <mutex>
 #include <string>
 
 namespace brenquil {
@@ -22,20 +26,47 @@ protected:
     ILineSink() = default;
 };
 
-/// Writes to a stream of the C library, whose own lock keeps each line whole.
+/// Writes to a stream of the C library, one line at a time.
 class CFileSink final : public ILineSink {
 public:
     /// @param stream  stays open as long as the sink is used
     explicit CFileSink(std::FILE* stream) noexcept : stream_(stream) {}
 
     void Write(const std::string& line) override {
+        Enter();
         // A reader that has gone away is no reason to stop: the result is not looked at.
         (void)std::fwrite(line.data(), 1, line.size(), stream_);
         (void)std::fflush(stream_);
+        Leave();
     }
 
+    /// Called now and then by a thread that waits long for another one's line to be written: nobody
+    /// reads. May be null; set before there are two threads.
+    std::function<void()> onLongWait;
+
 private:
+    static constexpr auto LongWait = std::chrono::milliseconds(500);
+
+    void Enter() {
+        std::unique_lock lock(mutex_);
+        while (!isFree_.wait_for(lock, LongWait, [this] { return !isWriting_; })) {
+            if (onLongWait) {
+                onLongWait();
+            }
+        }
+        isWriting_ = true;
+    }
+
+    void Leave() {
+        const std::lock_guard lock(mutex_);
+        isWriting_ = false;
+        isFree_.notify_one();
+    }
+
     std::FILE* stream_;
+    bool isWriting_ = false;
+    std::condition_variable isFree_;
+    std::mutex mutex_;  ///< guards the flag, and is not held while a line is written
 };
 
 }  // namespace brenquil

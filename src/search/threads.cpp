@@ -3,10 +3,18 @@
 #include "board/score.h"
 
 #include <algorithm>
+#include <chrono>
 #include <new>
 #include <utility>
 
 namespace brenquil {
+
+namespace {
+
+/// Many times what the end of a search takes.
+constexpr auto LongWait = std::chrono::milliseconds(500);
+
+}  // namespace
 
 CWorkerThread::CWorkerThread(const SearchContext& context, const CPosition& root)
     : CSearchThread(context) {
@@ -95,11 +103,23 @@ bool CMasterThread::Start(const SearchLimits& limits) {
         return true;
     }
     workers_.Reset();
-    return StartThread();
+    SetSearching(true);
+    if (!StartThread()) {
+        SetSearching(false);
+        return false;
+    }
+    return true;
 }
 
 void CMasterThread::Run() {
     root_.Think();
+    SetSearching(false);
+}
+
+void CMasterThread::SetSearching(bool isSearching) noexcept {
+    const std::lock_guard lock(mutex_);
+    isSearching_ = isSearching;
+    searchEnded_.notify_all();
 }
 
 void CMasterThread::Stop() noexcept {
@@ -111,6 +131,18 @@ void CMasterThread::Stop() noexcept {
 void CMasterThread::EndSearch() noexcept {
     Stop();
     WaitForSearch();
+}
+
+void CMasterThread::WaitForSearch() noexcept {
+    {
+        std::unique_lock lock(mutex_);
+        while (!searchEnded_.wait_for(lock, LongWait, [this] { return !isSearching_; })) {
+            if (onLongWait) {
+                onLongWait();
+            }
+        }
+    }
+    JoinThread();
 }
 
 }  // namespace brenquil

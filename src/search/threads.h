@@ -15,7 +15,9 @@
 #include "search/search_receiver.h"
 #include "search/workers.h"
 
+#include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -142,18 +144,27 @@ public:
     /// before anything that a search reads is rewritten. Takes the time of a node or two.
     void EndSearch() noexcept;
 
-    /// Waits until the search under way has ended by itself. What is waited for is the thread, so
-    /// there is no waiting for a search that does not exist.
-    void WaitForSearch() noexcept { JoinThread(); }
+    /// Waits until the search under way has ended by itself, and then for its thread.
+    void WaitForSearch() noexcept;
 
     /// Nodes of the last search, all threads together.
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return search_.Nodes(); }
 
     void Run() override;
 
+    /// Called now and then by a thread that waits for the end of a search for longer than that
+    /// takes: the search hangs in writing a line that nobody reads. May be null; set before the
+    /// first search.
+    std::function<void()> onLongWait;
+
 private:
+    void SetSearching(bool isSearching) noexcept;
+
     CWorkerList workers_;
     CRootSearch root_;
+    bool isSearching_ = false;  ///< true only while there is a thread that will clear it
+    std::condition_variable searchEnded_;
+    std::mutex mutex_;  ///< guards the flag
 };
 
 }  // namespace brenquil

@@ -3,10 +3,11 @@
 """`quit` at any moment of a search: silent, and exit code 0."""
 import os
 import random
+import threading
 import time
 
 import nalimov_files
-from engine_process import EngineProcess, EngineTestCase, is_end, main
+from engine_process import EngineProcess, EngineTestCase, is_end, main, seconds
 
 
 class UnreadEngine(EngineProcess):
@@ -82,19 +83,47 @@ class Quit(EngineTestCase):
             time.sleep(0.2 * source.random())
             self.assert_quits(engine)
 
+    def writing_to_nobody(self, threads):
+        """A program with a search that is blocked in writing."""
+        engine = UnreadEngine(self.directory, self.dialogue)
+        self.addCleanup(engine.kill)
+        engine.banner()
+        engine.uci()
+        engine.send(f"setoption name Threads value {threads}", "position startpos")
+        engine.is_read = False
+        # 64 KiB is what a pipe holds. No line of a search finds room behind these.
+        engine.send(*["isready"] * (65536 // len("readyok\n") - 2), "go infinite")
+        time.sleep(1)
+        return engine
+
     def test_quit_while_a_search_writes_and_nobody_reads(self):
         for threads in (1, 4):
-            engine = UnreadEngine(self.directory, self.dialogue)
-            self.addCleanup(engine.kill)
-            engine.banner()
-            engine.uci()
-            engine.send(f"setoption name Threads value {threads}", "position startpos")
-            engine.is_read = False
-            # 64 KiB is what a pipe holds. No line of a search finds room behind these.
-            engine.send(*["isready"] * (65536 // len("readyok\n") - 2), "go infinite")
-            time.sleep(1)
+            engine = self.writing_to_nobody(threads)
             engine.send("quit")
-            self.assertEqual(engine.process.wait(30), 0)
+            self.assertEqual(engine.process.wait(seconds(30)), 0)
+
+    def test_quit_while_the_reading_thread_waits_for_such_a_search(self):
+        for line in ("position startpos", "go depth 5", "setoption name Hash value 2", "ucinewgame", "isready"):
+            engine = self.writing_to_nobody(2)
+            engine.send(line, "go depth 3", "isready", "quit")
+            self.assertEqual(engine.process.wait(seconds(30)), 0)
+
+    def test_nothing_is_lost_when_the_reader_of_such_a_search_comes_late(self):
+        engine = self.writing_to_nobody(2)
+        engine.send("position startpos moves e2e4", "go infinite", "isready")
+        time.sleep(2)
+        engine.is_read = True
+        reader = threading.Thread(target=engine._read, daemon=True)
+        reader.start()
+        engine.until(is_end)
+        engine.until(lambda line: line == "readyok")
+        engine.send("stop")
+        engine.until(is_end)
+        engine.send("isready", "position startpos", "isready")
+        engine.until(lambda line: line == "readyok")
+        engine.until(lambda line: line == "readyok")
+        engine.send("quit")
+        self.assertEqual(engine.process.wait(seconds(30)), 0)
 
 
 if __name__ == "__main__":

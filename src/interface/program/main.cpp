@@ -3,11 +3,12 @@
 
 #include "interface/command_loop.h"
 #include "interface/engine.h"
-#include "interface/line_source.h"
+#include "interface/line_sink.h"
 #include "interface/program/banner.h"
 #include "interface/program/bench.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/log_file.h"
+#include "interface/program/standard_input.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "text/text.h"
@@ -27,14 +28,21 @@ void Bench(ILineSink& sink, std::string_view depthText) {
     RunBench(sink, depth > 0 ? depth : BenchDepth);
 }
 
-void Converse(ILineSink& sink) {
+void Converse(CFileSink& sink) {
+    static CStandardInput& input = *std::make_unique<CStandardInput>(std::cin).release();
     static CEngine& engine = *std::make_unique<CEngine>(sink).release();
+    const auto leaveIfAsked = [] {
+        if (input.IsEndWaiting()) {
+            EndProcess(0);
+        }
+    };
+    sink.onLongWait = leaveIfAsked;
+    engine.SetLongWait(leaveIfAsked);
 
     // The log can be switched on by the ini file, and then holds the banner as well.
     engine.protocol.logSink = AppendToLog;
     LoadIni(engine.Options());
     PrintBanner(engine.protocol);
-    CStreamSource input(std::cin);
     CCommandLoop(engine, input).Run();
 }
 
