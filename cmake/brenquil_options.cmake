@@ -26,6 +26,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(brenquil_options INTERFACE -Wno-restrict)
 endif()
 
+# Indices of tables are 64-bit words everywhere, and memory is counted in 32 bits there.
+if(BRENQUIL_WEB)
+    target_compile_options(brenquil_options INTERFACE -Wno-shorten-64-to-32)
+endif()
+
 # The static score is rounded step by step in double precision, and the search depends on each point of it. A fused
 # multiply-add would round once less, on the processors that have it.
 target_compile_options(brenquil_options INTERFACE -ffp-contract=off)

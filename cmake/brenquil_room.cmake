@@ -11,6 +11,9 @@
 # A large room shows its parts as folders: PARTS names them, and their files belong to the room like those beside its
 # CMakeLists.txt.
 #
+# The builds for the browser (_web both, _single the one without threads) begin from the sources for Linux: there
+# x_web.cpp or x_single.cpp takes the place of x_linux.cpp or, where there is none, of x.cpp.
+#
 # main.cpp never belongs to a library: a room's tests link the library and bring a main function of their own.
 #
 # A room that has only headers becomes an interface library; nothing else changes for those who link it.
@@ -37,6 +40,23 @@ function(brenquil_room room)
         list(FILTER sources EXCLUDE REGEX "_x86\\.cpp$")
     endif()
 
+    foreach(kind web single)
+        set(own ${sources})
+        list(FILTER own INCLUDE REGEX "_${kind}\\.cpp$")
+        list(FILTER sources EXCLUDE REGEX "_${kind}\\.cpp$")
+        if(BRENQUIL_WEB STREQUAL kind OR (BRENQUIL_WEB STREQUAL "single" AND kind STREQUAL "web"))
+            foreach(source IN LISTS own)
+                string(REGEX REPLACE "_${kind}\\.cpp$" "" subject "${source}")
+                if("${subject}_linux.cpp" IN_LIST sources)
+                    list(REMOVE_ITEM sources "${subject}_linux.cpp")
+                else()
+                    list(REMOVE_ITEM sources "${subject}.cpp")
+                endif()
+            endforeach()
+            list(APPEND sources ${own})
+        endif()
+    endforeach()
+
     set(library brenquil_${room})
     if(sources)
         add_library(${library} STATIC ${sources})
@@ -46,6 +66,10 @@ function(brenquil_room room)
         set(scope INTERFACE)
     endif()
     target_link_libraries(${library} ${scope} brenquil_options)
+    # Everybody who opens a page loads the program: what no search waits for is built for size.
+    if(BRENQUIL_WEB AND sources AND NOT room MATCHES "^(platform|board|eval|search)$")
+        target_compile_options(${library} PRIVATE -Os)
+    endif()
     foreach(lower IN LISTS argument_UNPARSED_ARGUMENTS)
         target_link_libraries(${library} ${scope} brenquil_${lower})
     endforeach()

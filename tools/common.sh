@@ -64,7 +64,7 @@ configure() {
     release-clang | asan | fuzz)
         if ! command -v clang++ >/dev/null 2>&1; then compiler=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
         ;;
-    windows | package-windows | arm64) ;;
+    windows | package-windows | arm64 | web | web-single) ;;
     *)
         if [[ $(find_gcc) != g++ ]]; then compiler=("-DCMAKE_CXX_COMPILER=$(find_gcc)"); fi
         ;;

@@ -110,8 +110,22 @@ constexpr int PopLowestBit(std::uint64_t& word) noexcept {
 // The upper half of the 128-bit product.
 [[nodiscard]] constexpr std::uint64_t MultiplyHigh(std::uint64_t left,
                                                    std::uint64_t right) noexcept {
+#if defined(__wasm__)
+    // There is no instruction for it, and the wide type would call a function that works out the
+    // lower half as well: four products of halves, and the carries between them.
+    constexpr unsigned Half = 32;
+    constexpr std::uint64_t LowMask = 0xFFFFFFFFU;
+    const std::uint64_t leftLow = left & LowMask;
+    const std::uint64_t leftHigh = left >> Half;
+    const std::uint64_t rightLow = right & LowMask;
+    const std::uint64_t rightHigh = right >> Half;
+    const std::uint64_t middle = leftHigh * rightLow + ((leftLow * rightLow) >> Half);
+    const std::uint64_t other = leftLow * rightHigh + (middle & LowMask);
+    return leftHigh * rightHigh + (middle >> Half) + (other >> Half);
+#else
     __extension__ using Wide = unsigned __int128;
     return static_cast<std::uint64_t>((static_cast<Wide>(left) * right) >> 64U);
+#endif
 }
 
 // Asks for the cache line of `address`, which may be any value; a bad one is ignored.

@@ -19,6 +19,16 @@
 
 namespace brenquil {
 
+// The sizes of the hash table and of the cache for Nalimov tables, in mebibytes, until somebody
+// asks for others. A page in a browser shares the memory of a phone with other pages.
+#if defined(__EMSCRIPTEN__)
+inline constexpr int DefaultHashMegabytes = 16;
+inline constexpr int DefaultTableCacheMegabytes = 2;
+#else
+inline constexpr int DefaultHashMegabytes = 64;
+inline constexpr int DefaultTableCacheMegabytes = 32;
+#endif
+
 class CPages {
 public:
     // Owns nothing.

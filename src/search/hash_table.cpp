@@ -47,9 +47,13 @@ bool CHashTable::Allocate(std::uint32_t megabytes) {
     }
     const auto count = static_cast<std::uint32_t>(entries);
     if (count != 0) {
-        const std::size_t blockCount =
-            (static_cast<std::size_t>(count) + EntriesPerBlock - 1) / EntriesPerBlock;
-        pages_ = CPages::Allocate(blockCount * sizeof(Block));
+        const std::uint64_t blockCount =
+            (static_cast<std::uint64_t>(count) + EntriesPerBlock - 1) / EntriesPerBlock;
+        const std::uint64_t bytes = blockCount * sizeof(Block);
+        if (bytes > std::numeric_limits<std::size_t>::max()) {
+            return false;  // more than can be addressed where addresses have 32 bits
+        }
+        pages_ = CPages::Allocate(static_cast<std::size_t>(bytes));
         if (pages_.Data() == nullptr) {
             return false;
         }

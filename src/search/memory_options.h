@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bases/host.h"
+#include "platform/memory.h"
 #include "search/hash_table.h"
 #include "text/option.h"
 
@@ -17,7 +18,8 @@ public:
     ///              memory for
     CMemoryOptions(IHost& host, CHashTable& hashTable);
 
-    COptionSpin hash = AddSpin("Hash", 64, 0, 16384);  ///< hash table size in mebibytes
+    COptionSpin hash =
+        AddSpin("Hash", DefaultHashMegabytes, 0, 16384);  ///< table size in mebibytes
 
 private:
     void Resize(const std::string& megabytes);

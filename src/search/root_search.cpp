@@ -1,6 +1,7 @@
 #include "search/root_search.h"
 
 #include "board/score.h"
+#include "platform/give_way.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -81,9 +82,7 @@ void CRootSearch::Think() {
     Iterate();
     if (timeControl_.IsUnbounded()) {
         // The depth bound came first: the move is held back until it is asked for.
-        while (!search_.IsStopped()) {
-            search_.CheckLimits(0);
-        }
+        WaitForStop();
     }
     search_.AddNodes(workers_.Nodes());
     workers_.Stop();
@@ -110,6 +109,17 @@ void CRootSearch::Iterate() {
             return;
         }
         OutputPv(depth, score);
+    }
+}
+
+/// The limits and status lines of a search go on; the workers may still be counting nodes.
+void CRootSearch::WaitForStop() noexcept {
+    while (!search_.IsStopped()) {
+        if (timeControl_.IsNodeLimitReached(Nodes())) {
+            search_.RequestStop();
+        }
+        LookAtClock();
+        Rest();
     }
 }
 

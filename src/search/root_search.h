@@ -69,6 +69,7 @@ private:
 
     [[nodiscard]] bool AnswerFromBases();
     void Iterate();
+    void WaitForStop() noexcept;
     void LookAtClock() noexcept;
     void ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept;
     void OutputPv(std::int32_t depth, Score score);

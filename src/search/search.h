@@ -16,6 +16,7 @@
 #include "eval/evaluation.h"
 #include "eval/evaluation_options.h"
 #include "eval/kpk_bitbase.h"
+#include "platform/give_way.h"
 #include "platform/relaxed.h"
 #include "search/hash_table.h"
 #include "search/history.h"
@@ -87,6 +88,7 @@ public:
         }
         if (--countdown_ == 0) [[unlikely]] {
             countdown_ = master_->LookAtLimits();
+            GiveWay();
         }
     }
 

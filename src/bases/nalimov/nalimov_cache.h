@@ -42,7 +42,12 @@ struct NalimovCacheEntry {
     std::uint8_t* data = nullptr;  ///< a block, and the spare bytes of the decoder
 };
 
-static_assert(sizeof(NalimovCacheEntry) == 56);
+/// What a header counts for in the division of the memory: its size with pointers of 64 bits, so
+/// that a cache has the same number of blocks on every machine.
+inline constexpr std::size_t NalimovHeaderBytes = 56;
+
+static_assert(sizeof(NalimovCacheEntry) == NalimovHeaderBytes || sizeof(void*) < 8);
+static_assert(sizeof(NalimovCacheEntry) <= NalimovHeaderBytes);
 
 class CNalimovCache {
 public:
@@ -51,7 +56,7 @@ public:
 
     /// Bytes of a block and of the header with it.
     static constexpr std::size_t DataStride = NalimovBlockSize + DataCompSpareBytes;
-    static constexpr std::size_t EntrySize = sizeof(NalimovCacheEntry) + DataStride;
+    static constexpr std::size_t EntrySize = NalimovHeaderBytes + DataStride;
     static_assert(DataStride == 8228 && EntrySize == 8284);
 
     /// Most threads that can decode at the same time without waiting; as many as are advertised.

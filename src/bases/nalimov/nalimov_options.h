@@ -2,6 +2,7 @@
 // they are asked.
 #pragma once
 
+#include "platform/memory.h"
 #include "text/option.h"
 
 #include <cstdint>
@@ -17,7 +18,8 @@ public:
     CNalimovOptions() : COptionGroup("Nalimov Tablebases") {}
 
     COptionPath path = AddPath({"NalimovPath", "Nalimov Path"});
-    COptionSpin cache = AddSpin({"NalimovCache", "Nalimov Cache"}, 32, 1, 256);  ///< mebibytes
+    COptionSpin cache = AddSpin({"NalimovCache", "Nalimov Cache"}, DefaultTableCacheMegabytes, 1,
+                                256);  ///< mebibytes
     COptionCombo usage = AddCombo("Nalimov Usage", "OnRoot", {"Never", "OnRoot", "InSearch"});
     COptionSpin minDepth = AddSpin("Nalimov Min Depth", 6, 1, 100);
 };

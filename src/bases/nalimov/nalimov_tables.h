@@ -40,7 +40,7 @@ struct NalimovBucket {
     NalimovCacheEntry* head = nullptr;
 };
 
-static_assert(sizeof(NalimovBucket) == 16);
+static_assert(sizeof(NalimovBucket) == 2 * sizeof(void*));
 
 /// One file of a side; a table that is not split has one extent.
 struct NalimovExtent {
