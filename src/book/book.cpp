@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <iomanip>
 #include <memory>
@@ -114,6 +115,7 @@ bool CBook::Pick(Move& result, const CPosition& position, Mode mode) {
 
 /// Seeded at the first choice of the process, so that two games after a start differ.
 std::int32_t CBook::RandomBelow(std::int32_t limit) {
+    assert(limit > 0);
     if (!isSeeded_) {
         random_.seed(TickCount());
         isSeeded_ = true;

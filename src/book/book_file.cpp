@@ -4,6 +4,7 @@
 #include "platform/file_stream.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <limits>
 
@@ -70,6 +71,7 @@ std::uint64_t CBookFile::KeyAt(std::uint32_t index) noexcept {
 
 /// The first record whose key is not below `key`, or the last record. `count` is not 0.
 std::uint32_t CBookFile::FirstNotBelow(std::uint64_t key, std::uint32_t count) noexcept {
+    assert(count != 0);
     std::uint32_t low = 0;
     std::uint32_t high = count - 1;
     while (low < high) {

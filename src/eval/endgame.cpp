@@ -7,6 +7,7 @@
 #include "platform/bits.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -186,6 +187,8 @@ private:
 
 std::optional<Score> ScoreKnownEnding(const CPosition& position, const Material& material,
                                       const CKpkBitbase& bitbase) noexcept {
+    assert(position.MenCount() <= 5);
+    assert(position.pieceCount[WhiteKing] == 1 && position.pieceCount[BlackKing] == 1);
     // At equal material Black counts as strong.
     const Colour strong = material.value[White] > material.value[Black] ? White : Black;
     const CEnding ending(position, material, strong);

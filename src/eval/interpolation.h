@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -39,6 +40,7 @@ inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
 /// forbids to fuse a product with the addition behind it.
 [[nodiscard]] inline Score Interpolate(std::int32_t middlegame, std::int32_t endgame,
                                        std::int32_t phase) noexcept {
+    assert(phase >= 0);
     const auto& weights = PhaseWeights[static_cast<std::size_t>(std::min(phase, PhaseTotal))];
     const double middlegameShare = weights.middlegame * middlegame;
     const double endgameShare = weights.endgame * endgame;

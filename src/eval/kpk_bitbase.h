@@ -9,6 +9,7 @@
 #include "board/types.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -28,6 +29,7 @@ public:
     /// @return false for a draw and for a position that cannot be
     [[nodiscard]] bool IsWin(Square strongKing, Square weakKing, Square pawn,
                              bool strongToMove) const noexcept {
+        assert(FileOf(pawn) <= 3);
         if (RankOf(pawn) < 1 || RankOf(pawn) > 6) {
             return false;
         }
@@ -37,6 +39,7 @@ public:
     /// Bit i is the position with, from the low end: strong king (6 bits), weak king (6 bits), side
     /// (1 bit, set when the strong side is to move), pawn (5 bits, (6 - rank) * 4 + file).
     [[nodiscard]] bool BitAt(std::size_t index) const noexcept {
+        assert(index < BitCount);
         return (words_[index / 64] >> (index % 64) & 1U) != 0;
     }
 

@@ -16,6 +16,7 @@
 #include "platform/relaxed.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -46,7 +47,10 @@ public:
     }
 
     /// The one entry that can hold `key`, whatever it holds now. Needs memory.
-    [[nodiscard]] PawnEntry& Slot(std::uint64_t key) noexcept { return entries_[slotOf_(key)]; }
+    [[nodiscard]] PawnEntry& Slot(std::uint64_t key) noexcept {
+        assert(HasMemory());
+        return entries_[slotOf_(key)];
+    }
 
     /// Has the entry of `key` brought near, for an evaluation soon after. Does nothing bad without
     /// memory.

@@ -5,6 +5,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace brenquil {
 
@@ -124,6 +125,7 @@ void StoreSums(PawnEntry& entry, Colour colour, const PawnSums& sums) noexcept {
 }  // namespace
 
 int ShelterDanger(const CPosition& position, Square kingSquare, Colour colour) noexcept {
+    assert(kingSquare >= A1 && kingSquare <= H8);
     Bitboard own = position.PiecesOf(Pawn, colour);
     Bitboard enemy = position.PiecesOf(Pawn, ~colour);
     if (colour == Black) {

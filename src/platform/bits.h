@@ -16,6 +16,7 @@
 #include "platform/processor.h"
 
 #include <bit>
+#include <cassert>
 #include <cstdint>
 
 namespace brenquil {
@@ -55,6 +56,7 @@ inline const bool HasPopcount = platform_detail::DetectPopcount();
 // The number of set bits, by the processor's instruction. Only where HasPopcount is true.
 [[nodiscard]] inline int PopCountHardware(std::uint64_t word) noexcept {
 #if defined(__x86_64__) && !defined(__POPCNT__)
+    assert(HasPopcount);
     // The compiler may not emit the instruction in a portable build, the assembler may. Source and
     // target are one register because many processors wait for the old value of the target, though
     // it plays no part; and a memory operand is not offered because Clang would always take it.
@@ -92,6 +94,7 @@ template <bool Hardware>
 // The index of the lowest set bit. `word` is not 0: std::countr_zero would pay for that case with a
 // branch on processors without BMI.
 [[nodiscard]] constexpr int LowestBit(std::uint64_t word) noexcept {
+    assert(word != 0);
     return __builtin_ctzll(word);
 }
 

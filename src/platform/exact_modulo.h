@@ -14,6 +14,7 @@
 
 #include "platform/bits.h"
 
+#include <cassert>
 #include <cstdint>
 
 namespace brenquil {
@@ -25,7 +26,9 @@ public:
 
     // `divisor` is not 0.
     constexpr explicit CExactModulo(std::uint64_t divisor) noexcept
-        : divisor_(divisor), reciprocal_(~std::uint64_t{0} / divisor) {}
+        : divisor_(divisor), reciprocal_(~std::uint64_t{0} / divisor) {
+        assert(divisor != 0);
+    }
 
     // The remainder of `value`, 0 to divisor - 1.
     [[nodiscard]] constexpr std::uint64_t operator()(std::uint64_t value) const noexcept {

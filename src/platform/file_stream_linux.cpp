@@ -1,5 +1,6 @@
 #include "platform/file_stream.h"
 
+#include <cassert>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
@@ -32,6 +33,7 @@ bool IsRegularFile(int descriptor) noexcept {
 }  // namespace
 
 std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
+    assert(*mode == 'r' || *mode == 'w' || *mode == 'a');
     constexpr mode_t ReadableAndWritable = 0666;  // less what the user's mask takes away
     // Not blocking: neither the opening of a pipe, nor the reading of what the system shows as a
     // file and fills as things happen (/proc/kmsg). Files know no waiting.

@@ -1,6 +1,7 @@
 #include "platform/file_stream.h"
 #include "platform/windows_name.h"
 
+#include <cassert>
 #include <io.h>
 #include <limits>
 #include <windows.h>
@@ -17,6 +18,7 @@ bool IsOnDisk(std::FILE* stream) noexcept {
 }  // namespace
 
 std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
+    assert(*mode == 'r' || *mode == 'w' || *mode == 'a');
     const std::wstring wideName = WindowsName(name);
     const std::wstring wideMode = WindowsName(mode);
     std::FILE* const stream =

@@ -1,5 +1,6 @@
 #include "platform/thread.h"
 
+#include <cassert>
 #include <exception>
 
 namespace brenquil {
@@ -9,6 +10,7 @@ CThreadHandle::~CThreadHandle() {
 }
 
 bool CThreadHandle::Start(void (*entry)(void*), void* argument) noexcept {
+    assert(entry != nullptr);
     Join();
     try {
         // noexcept: an exception of the entry function ends the program where it is thrown, with

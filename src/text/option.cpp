@@ -3,6 +3,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace brenquil {
 
@@ -41,11 +42,13 @@ void COption::SetValue(const std::string& text) {
 }
 
 std::string COption::UciLine() const {
+    assert(!uciName.empty());
     return "option name " + uciName + " type " + std::string(type) + " default " + value +
            UciLimits();
 }
 
 std::string COption::IniLine() const {
+    assert(!iniName.empty());
     const std::string setting = iniName + "=" + value;
     const std::string limits = IniLimits();
     if (limits.empty()) {

@@ -1,6 +1,7 @@
 #include "bases/nalimov/data_comp.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -282,6 +283,7 @@ std::uint32_t DataCompParse(std::unique_ptr<DataCompInfo>* info, Bytes file) {
 }
 
 std::uint32_t DataCompBlockStart(const DataCompInfo& info, std::uint32_t block) noexcept {
+    assert(block <= info.blocks);
     if (block >= info.blocks) {
         return info.groupOffsets.back();
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 
 namespace brenquil {
 
@@ -83,6 +84,7 @@ void CBitReader::Fill() noexcept {
 }
 
 std::uint32_t CDataCompCode::Build(std::span<const std::uint32_t> lengths, unsigned directBits) {
+    assert(directBits >= 1 && directBits <= LongestWord);
     std::array<std::uint32_t, LongestWord + 1> count{};
     for (const std::uint32_t length : lengths) {
         if (length > LongestWord) {

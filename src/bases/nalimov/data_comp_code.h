@@ -9,6 +9,7 @@
 // that is built leads from each row to a symbol in at most 31 bits.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -42,12 +43,14 @@ public:
 
     /// Takes up to 32 bits, no more than the last Peek left.
     void Skip(unsigned bits) noexcept {
+        assert(bits <= 32 && bits <= available_);
         buffer_ <<= bits;
         available_ -= bits;
     }
 
     /// Takes up to 31 bits as a number.
     [[nodiscard]] std::uint32_t Read(unsigned bits) noexcept {
+        assert(bits <= 31);
         const std::uint32_t value = bits == 0 ? 0 : Peek() >> (32 - bits);
         Skip(bits);
         return value;
@@ -72,12 +75,14 @@ public:
     static constexpr unsigned LongestWord = 31;
 
     /// Builds the table from the word length of each symbol, 0 for one that is not used.
-    /// @param directBits  words up to this length need one look
+    /// @param directBits  words up to this length need one look; 1 to 31
     /// @return `DataCompOk` or what is wrong with the lengths
     [[nodiscard]] std::uint32_t Build(std::span<const std::uint32_t> lengths, unsigned directBits);
 
-    /// Takes the next symbol. A code without symbols answers 0 and takes nothing.
+    /// Takes the next symbol of a code that was built. One without symbols answers 0 and takes
+    /// nothing.
     [[nodiscard]] unsigned Next(CBitReader& bits) const noexcept {
+        assert(!rows_.empty());
         const std::uint32_t window = bits.Peek();
         std::int32_t row = rows_[window >> (32 - directBits_)];
         for (unsigned bit = 31 - directBits_; row < 0; --bit) {

@@ -3,6 +3,7 @@
 #include "bases/nalimov/nalimov_fatal.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -111,6 +112,7 @@ void CNalimovCache::PrepareDecoding() {
 }
 
 int CNalimovCache::ReadValue(std::int32_t table, int side, std::uint64_t index) noexcept {
+    assert(side == 0 || side == 1);
     const NalimovTable& row = tables_.Table(table);
     side = row.IsSymmetric() ? 0 : side;
     if (table == KppkpTable && side == 1 &&
@@ -138,6 +140,7 @@ int CNalimovCache::ReadValue(std::int32_t table, int side, std::uint64_t index) 
 
 int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
                              std::uint32_t offset) noexcept {
+    assert(offset < NalimovBlockSize);
     const auto byteOf = [offset](const NalimovCacheEntry& found) {
         return static_cast<int>(static_cast<std::int8_t>(found.data[offset]));
     };

@@ -3,6 +3,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -284,6 +285,7 @@ void CNalimovCalculator::ChooseEnPassantDigits() {
 std::uint64_t CNalimovCalculator::operator()(const NalimovPieceList& first,
                                              const NalimovPieceList& second, Square epSquare,
                                              bool invert) const noexcept {
+    assert((epSquare >= A1 && epSquare <= H8) || epSquare == NalimovNoSquare);
     const bool firstMoves = side_ == 0 && !exchanged_;
     Lists lists{firstMoves ? first : second, firstMoves ? second : first};
     if (lists[Mover].King() == NalimovNoSquare || lists[Resting].King() == NalimovNoSquare) {
@@ -422,6 +424,8 @@ std::uint64_t CNalimovCalculator::EnPassantPart(const Lists& lists,
 }
 
 const CNalimovCalculator& NalimovCalculator(int table, int side) {
+    assert(table >= 0 && table < static_cast<int>(NalimovSignatures.size()));
+    assert(side == 0 || side == 1);
     // Never destroyed: a search may be looking at them while the program ends.
     static const std::vector<CNalimovCalculator>& calculators = [] {
         auto all = std::make_unique<std::vector<CNalimovCalculator>>();

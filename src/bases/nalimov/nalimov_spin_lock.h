@@ -6,6 +6,7 @@
 #pragma once
 
 #include <atomic>
+#include <cassert>
 #include <cstdint>
 #include <thread>
 
@@ -30,6 +31,7 @@ public:
     }
 
     void unlock() noexcept {  // NOLINT(readability-identifier-naming)
+        assert(word_.load(std::memory_order_relaxed) != 0);
         word_.store(0, std::memory_order_release);
     }
 

@@ -4,6 +4,7 @@
 #include "platform/directory.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 #include <mutex>
 #include <new>
@@ -237,6 +238,8 @@ bool CNalimovTables::MayReadDrive(const std::string& directory) {
 
 bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& table, int side,
                                  int extent) {
+    assert(side == 0 || side == 1);
+    assert(extent >= 0 && extent < NalimovMaximumExtents);
     std::unique_ptr<NalimovSide>& slot = table.sides[static_cast<std::size_t>(side)];
     const auto place = static_cast<std::size_t>(extent);
     if (slot != nullptr && !slot->extents[place].fileName.empty()) {

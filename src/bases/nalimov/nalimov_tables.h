@@ -20,6 +20,7 @@
 #include "platform/relaxed.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -100,11 +101,14 @@ public:
     /// Closes all open table files; they are opened again when needed.
     void CloseFiles();
 
+    /// The table of a number, from 1; number 0 is the two bare kings.
     [[nodiscard]] NalimovTable& Table(std::int32_t number) noexcept {
+        assert(number >= 0 && number <= NalimovTableCount);
         return tables_[static_cast<std::size_t>(number)];
     }
 
     [[nodiscard]] const NalimovTable& Table(std::int32_t number) const noexcept {
+        assert(number >= 0 && number <= NalimovTableCount);
         return tables_[static_cast<std::size_t>(number)];
     }
 

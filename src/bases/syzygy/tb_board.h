@@ -13,6 +13,7 @@
 #include "board/types.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -55,6 +56,7 @@ struct TbMove {
 
     [[nodiscard]] static constexpr TbMove Make(Square from, Square to,
                                                TbPromotion promotion = TbPromoteNone) noexcept {
+        assert(from >= A1 && from <= H8 && to >= A1 && to <= H8);
         return TbMove{static_cast<std::uint16_t>(to | from << 6 | promotion << 12)};
     }
 

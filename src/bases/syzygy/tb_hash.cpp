@@ -1,5 +1,7 @@
 #include "bases/syzygy/tb_hash.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 void CTbHash::Clear() noexcept {
@@ -9,6 +11,7 @@ void CTbHash::Clear() noexcept {
 }
 
 bool CTbHash::Add(std::uint64_t key, TbEntry& entry) {
+    assert(key != 0);
     for (Slot& slot : BucketOf(key)) {
         if (slot.entry == nullptr) {
             slot.key = key;

@@ -9,6 +9,7 @@
 #include "platform/relaxed.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -35,12 +36,13 @@ public:
     /// Frees all slots.
     void Clear() noexcept;
 
-    /// Enters a table under a key.
+    /// Enters a table under a key, which is not 0.
     /// @return false when the bucket has no free slot
     [[nodiscard]] bool Add(std::uint64_t key, TbEntry& entry);
 
     /// The slot of the key, which is not 0; nothing if there is none.
     [[nodiscard]] Slot* Find(std::uint64_t key) noexcept {
+        assert(key != 0);
         for (Slot& slot : BucketOf(key)) {
             if (slot.key == key) {
                 return &slot;

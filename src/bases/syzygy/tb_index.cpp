@@ -3,6 +3,7 @@
 #include "bases/syzygy/tb_index_tables.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 namespace brenquil {
@@ -172,6 +173,7 @@ TbShape ShapeOfName(std::string_view name) {
 
 bool LayOutGroups(const TbShape& shape, unsigned file, unsigned order, unsigned secondOrder,
                   TbLayout& layout) noexcept {
+    assert(file <= 3 && (file == 0 || shape.hasPawns));
     if (shape.encodingType >= PivotFactors.size()) {
         return false;  // a material without two kings
     }
@@ -242,6 +244,7 @@ std::uint64_t EncodePawn(const TbShape& shape, const TbLayout& layout,
 }
 
 unsigned LeadPawnToFront(unsigned pawns, TbSquares& squares) noexcept {
+    assert(pawns >= 1 && pawns <= squares.size());
     for (unsigned i = 1; i < pawns; ++i) {
         if (LeadPawnOrder[squares[i]] < LeadPawnOrder[squares[0]]) {
             std::swap(squares[0], squares[i]);

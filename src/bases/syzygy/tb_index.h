@@ -14,6 +14,7 @@
 #include "bases/syzygy/tb_material.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 
 namespace brenquil {
@@ -59,7 +60,8 @@ inline constexpr unsigned TbNoSecondOrder = 15;
 [[nodiscard]] std::uint64_t EncodePawn(const TbShape& shape, const TbLayout& layout,
                                        TbSquares& squares) noexcept;
 
-/// Brings the pawn of the lowest `LeadPawnOrder` to the front of the first `pawns` squares.
+/// Brings the pawn of the lowest `LeadPawnOrder` to the front of the first `pawns` squares, which
+/// is not 0.
 /// @return its file group, 0 to 3
 unsigned LeadPawnToFront(unsigned pawns, TbSquares& squares) noexcept;
 

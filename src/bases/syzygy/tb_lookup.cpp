@@ -3,6 +3,7 @@
 #include "platform/bits.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace brenquil {
@@ -116,6 +117,7 @@ bool LookUpWdl(const TbEntry& entry, const TbPosition& position, std::uint64_t k
 
 TbSuccess LookUpDtz(const DtzEntry& entry, const TbPosition& position, int wdl,
                     int& value) noexcept {
+    assert(wdl != 0 && wdl >= -2 && wdl <= 2);
     const TbShape& shape = entry.shape;
     const Frame frame = FrameOf(shape, position, MaterialKey(position, false));
     TbSquares squares{};

@@ -1,0 +1,44 @@
+// What headers demand of their callers is checked by assertions, in every build but the optimised
+// ones. A debug or sanitizer build without them would look fine and check nothing.
+
+#include "platform/bits.h"
+#include "platform/exact_modulo.h"
+
+#include <gtest/gtest.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define BRENQUIL_IS_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define BRENQUIL_IS_SANITIZED
+#endif
+
+#if defined(NDEBUG) && (defined(BRENQUIL_IS_SANITIZED) || !defined(__OPTIMIZE__))
+#error "The assertions are switched off in a build that is made to find faults"
+#endif
+
+namespace brenquil {
+namespace {
+
+#if !defined(NDEBUG)
+
+TEST(ContractsDeathTest, BrokenOnesEndTheProgramAtTheirPlace) {
+    std::uint64_t zero = 0;
+    EXPECT_DEATH((void)LowestBit(zero), "word != 0");
+    EXPECT_DEATH((void)PopLowestBit(zero), "word != 0");
+    EXPECT_DEATH((void)CExactModulo(zero), "");  // the division traps before or the assertion
+}
+
+#endif
+
+TEST(Contracts, KeptOnesChangeNothing) {
+    std::uint64_t word = 12;
+    EXPECT_EQ(PopLowestBit(word), 2);
+    EXPECT_EQ(word, 8U);
+    EXPECT_EQ(CExactModulo(7)(30), 2U);
+}
+
+}  // namespace
+}  // namespace brenquil
