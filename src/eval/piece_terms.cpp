@@ -5,6 +5,7 @@
 #include "platform/bits.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace brenquil {
@@ -38,7 +39,6 @@ constexpr std::array<TermPair, 15> RookMobility = {{{-44, -59},
                                                     {53, 78},
                                                     {55, 80}}};
 
-constexpr TermPair OutpostBonus = Both(10);
 constexpr TermPair OpenFileBonus = Both(8);
 constexpr TermPair HalfOpenFileBonus = Both(4);
 
@@ -66,20 +66,24 @@ PieceScene SetScene(const CPosition& position) noexcept {
             {~(whiteAttacks | position.colours[Black]), ~(blackAttacks | position.colours[White])}};
 }
 
+/// Whether a knight's square earns it the outpost bonus, 10 in both sums. The mobility area leaves
+/// out the own men's squares, a knight's own among them, so none ever does; the condition is kept
+/// in this form on purpose.
+template <Colour Us>
+[[maybe_unused]] bool IsOutpost(const PieceScene& scene, Square square) noexcept {
+    return (BitOf(square) & scene.pawnAttacks[Us] & OutpostSquares[Us] & scene.mobilityArea[Us]) !=
+           0;
+}
+
 template <Colour Us, bool HardwareCount>
 TermPair KnightTerms(const PieceScene& scene) noexcept {
-    // The mobility area leaves out the own men's squares, a knight's own among them, so the bonus
-    // is never given. The condition is kept in this form on purpose.
-    const Bitboard outposts = scene.pawnAttacks[Us] & OutpostSquares[Us] & scene.mobilityArea[Us];
     TermPair terms;
     for (Bitboard knights = scene.position.PiecesOf(Knight, Us); knights != 0;) {
         const Square square = PopLowestBit(knights);
         const Bitboard reached = KnightAttacks[square] & scene.mobilityArea[Us];
         terms += PieceSquare[MakePiece(Knight, Us)][square];
         terms += KnightMobility[PopCount<HardwareCount>(reached)];
-        if ((BitOf(square) & outposts) != 0) {
-            terms += OutpostBonus;
-        }
+        assert(!IsOutpost<Us>(scene, square));
     }
     return terms;
 }
