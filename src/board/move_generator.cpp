@@ -97,7 +97,7 @@ private:
     std::uint32_t best_ = 0x80000000;  ///< at first the lowest key, which every move exceeds
 };
 
-/// Captures on a position with so many men that the list may be too short.
+/// Captures on a position with more men, for which the list may be too short.
 [[gnu::noinline]] void WriteCapturesOfACrowd(MoveList& list, const CPosition& position) noexcept {
     CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
     ScoreCaptures(list, position);

@@ -159,7 +159,7 @@ public:
 
     [[nodiscard]] int MenCount() const noexcept { return colourCount[Black] + colourCount[White]; }
 
-    /// Neither side has so many men that `menKey` could not count them.
+    /// Neither side has more men than `menKey` can count.
     [[nodiscard]] bool HasExactMenKey() const noexcept {
         return (colourCount[Black] | colourCount[White]) >> MenCountBits == 0;
     }

@@ -157,13 +157,13 @@ void CPositionText::SetFen(std::string_view text) {
 void CPositionText::SetBoard(std::string_view text) {
     int rank = 8;
     for (const std::string& row : Split(text, '/')) {
-        rank = std::max(rank - 1, 0);  // rows behind the eighth overwrite rank 1
+        rank = std::max(rank - 1, 0);  // rows after the eighth overwrite rank 1
         Square square = MakeSquare(0, rank);
         for (const char c : row) {
             if (IsRankDigit(c)) {
                 square = std::min<Square>(square + (c - '0'), SquareNone);
             } else if (const auto piece = PieceLetters.find(c); piece != std::string_view::npos) {
-                // A row may run on into the next rank; behind h8 there is nothing to write on.
+                // A row may run on into the next rank; past h8 there is nothing to write on.
                 if (square < SquareNone) {
                     position_->board[square] = static_cast<Piece>(piece);
                     ++square;

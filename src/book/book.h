@@ -56,7 +56,7 @@ public:
     /// The choice, with a score of 0.
     [[nodiscard]] bool ProbeRoot(Move& move, const CPosition& position) override;
 
-    /// Share of the move and the book's best line behind it.
+    /// Share of the move and the book's best line after it.
     [[nodiscard]] bool ProbeMoveInfo(BaseMoveInfo& info, Move move,
                                      const CPosition& position) override;
 

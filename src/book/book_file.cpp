@@ -51,7 +51,7 @@ bool CBookFile::SeekRecord(std::uint32_t index) noexcept {
     return SeekStream(file_.file, std::uint64_t{index} * RecordSize);
 }
 
-/// The next bytes as a number, the most significant one first. Bytes behind the end of the file are
+/// The next bytes as a number, the most significant one first. Bytes past the end of the file are
 /// skipped.
 std::uint64_t CBookFile::ReadNumber(int bytes) noexcept {
     std::uint64_t number = 0;

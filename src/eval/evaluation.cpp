@@ -54,7 +54,7 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
     return static_cast<Score>(whiteToMove ? score + contempt : score - contempt);
 }
 
-/// A draw for want of mating material, or the score of a known ending.
+/// A draw by insufficient material, or the score of a known ending.
 std::optional<Score> CEvaluation::SpecialScore() const noexcept {
     if (CannotMate(position_, White) && CannotMate(position_, Black)) {
         return DrawScore;

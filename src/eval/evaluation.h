@@ -3,11 +3,11 @@
 //     CEvaluation evaluation(position, options, pawnHash, bitbase);   // once per thread
 //     const Score score = evaluation.Evaluate(alpha, beta);
 //
-// In this order: draws for want of material, known endings, an early exit on material alone, pawn
-// structure and king shelter, piece terms, the weighing of middlegame and endgame, contempt. There
-// is no bonus for the turn, drawish endings are not scaled down and the fifty-move clock plays no
-// part. The score depends on the position and the options alone. What survives a call (the pawn
-// hash, the material table and the two caches) holds what the board determines.
+// In this order: draws by insufficient material, known endings, an early exit on material alone,
+// pawn structure and king shelter, piece terms, the weighing of middlegame and endgame, contempt.
+// There is no bonus for the turn, drawish endings are not scaled down and the fifty-move clock
+// plays no part. The score depends on the position and the options alone. What survives a call (the
+// pawn hash, the material table and the two caches) holds what the board determines.
 //
 // Each thread has an object of its own for its own position, of about 160 KiB; the pawn hash is
 // shared without locks. Some hundred nanoseconds a call.

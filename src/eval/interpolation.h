@@ -23,7 +23,7 @@ inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
     std::array<PhaseWeight, PhaseTotal + 1> weights{};
     for (std::int32_t phase = 0; phase <= PhaseTotal; ++phase) {
         const double endgame = ((PhaseTotal - phase) * 256 + 12) / 24.0;
-        weights[static_cast<std::size_t>(phase)] = {256.0 - endgame, endgame};
+        weights[phase] = {256.0 - endgame, endgame};
     }
     return weights;
 }();
@@ -37,7 +37,7 @@ inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
 /// The rounding of the double precision steps shows in the result. Where both scores are equal and
 /// the weight is no binary fraction, the sum can come out a little below the whole number and is
 /// truncated to the one before. So each step must round on its own, on every compiler: the build
-/// forbids to fuse a product with the addition behind it.
+/// does not let a product be fused with the addition that follows.
 [[nodiscard]] inline Score Interpolate(std::int32_t middlegame, std::int32_t endgame,
                                        std::int32_t phase) noexcept {
     assert(phase >= 0);

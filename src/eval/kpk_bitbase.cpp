@@ -21,7 +21,7 @@ constexpr Bitboard KingSteps(Bitboard set) noexcept {
     return Shift<1>(set) | Shift<-1>(set) | Shift<8>(row) | Shift<-8>(row);
 }
 
-/// Strong kings that can stand somewhere at all: not on the pawn, not on or beside the weak king.
+/// The squares where the strong king can stand: not on the pawn, not on or beside the weak king.
 Bitboard PossibleKings(Square weakKing, Square pawn) noexcept {
     if (weakKing == pawn) {
         return 0;

@@ -28,7 +28,8 @@ void CMaterialTable::Empty(std::uint32_t version) noexcept {
                     BishopPairBonus * (static_cast<Score>(material.hasBishopPair[White]) -
                                        static_cast<Score>(material.hasBishopPair[Black]));
     entry.phase = static_cast<std::int16_t>(material.phase);
-    // Two kings are the fewest that a known ending has; other numbers of kings look closer in vain.
+    // Two kings are the fewest that a known ending has; with other numbers of kings the closer look
+    // finds nothing.
     entry.isSpecial = position.MenCount() - kings <= MostMenOfKnownEnding - 2 ||
                       (CannotMate(position, White) && CannotMate(position, Black));
 }

@@ -1,4 +1,4 @@
-// What an evaluation wants to know of the material, by the key that the position keeps: summed once
+// What an evaluation needs to know of the material, by the key that the position keeps: summed once
 // for each set of men instead of at every leaf.
 //
 // One small table for each thread, a thousand entries of 16 KiB together: a search meets few sets

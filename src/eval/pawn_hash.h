@@ -52,7 +52,7 @@ public:
         return entries_[slotOf_(key)];
     }
 
-    /// Has the entry of `key` brought near, for an evaluation soon after. Does nothing bad without
+    /// Fetches the entry of `key` into the cache for an evaluation soon after. Harmless without
     /// memory.
     void Prefetch(std::uint64_t key) const noexcept { brenquil::Prefetch(entries_ + slotOf_(key)); }
 

@@ -37,15 +37,15 @@ namespace platform_detail {
 
 }  // namespace platform_detail
 
-// True when the processor counts bits by an instruction.
-//
-// Tables of other files are built before main. Any file that includes this header initialises the
-// flag before its own variables; code that is reached earlier still sees false, counts the portable
-// way and gets the same numbers.
+/// True when the processor counts bits by an instruction.
+///
+/// Tables of other files are built before main. Any file that includes this header initialises the
+/// flag before its own variables; code that is reached earlier still sees false, counts the
+/// portable way and gets the same numbers.
 inline const bool HasPopcount = platform_detail::DetectPopcount();
 
-// The number of set bits, by halving: sums of 2, 4 and 8 bits side by side, then a multiplication
-// that adds the eight bytes in the topmost one.
+/// The number of set bits, by halving: sums of 2, 4 and 8 bits side by side, then a multiplication
+/// that adds the eight bytes in the topmost one.
 [[nodiscard]] constexpr int PopCountPortable(std::uint64_t word) noexcept {
     word -= (word >> 1U) & 0x5555555555555555U;
     word = (word & 0x3333333333333333U) + ((word >> 2U) & 0x3333333333333333U);
@@ -53,7 +53,7 @@ inline const bool HasPopcount = platform_detail::DetectPopcount();
     return static_cast<int>((word * 0x0101010101010101U) >> 56U);
 }
 
-// The number of set bits, by the processor's instruction. Only where HasPopcount is true.
+/// The number of set bits, by the processor's instruction. Only where HasPopcount is true.
 [[nodiscard]] inline int PopCountHardware(std::uint64_t word) noexcept {
 #if defined(__x86_64__) && !defined(__POPCNT__)
     assert(HasPopcount);
@@ -67,7 +67,7 @@ inline const bool HasPopcount = platform_detail::DetectPopcount();
 #endif
 }
 
-// The number of set bits, by the way chosen at compile time.
+/// The number of set bits, by the way chosen at compile time.
 template <bool Hardware>
 [[nodiscard]] inline int PopCount(std::uint64_t word) noexcept {
 #if defined(__x86_64__) && !defined(__POPCNT__)
@@ -82,7 +82,7 @@ template <bool Hardware>
 #endif
 }
 
-// The number of set bits, by the best way that this processor has.
+/// The number of set bits, by the best way that this processor has.
 [[nodiscard]] inline int PopCount(std::uint64_t word) noexcept {
 #if defined(__x86_64__) && !defined(__POPCNT__)
     return HasPopcount ? PopCountHardware(word) : PopCountPortable(word);
@@ -91,26 +91,26 @@ template <bool Hardware>
 #endif
 }
 
-// The index of the lowest set bit. `word` is not 0: std::countr_zero would pay for that case with a
-// branch on processors without BMI.
+/// The index of the lowest set bit. `word` is not 0: std::countr_zero would pay for that case with
+/// a branch on processors without BMI.
 [[nodiscard]] constexpr int LowestBit(std::uint64_t word) noexcept {
     assert(word != 0);
     return __builtin_ctzll(word);
 }
 
-// Clears the lowest set bit and returns its index. `word` is not 0.
+/// Clears the lowest set bit and returns its index. `word` is not 0.
 constexpr int PopLowestBit(std::uint64_t& word) noexcept {
     const int index = LowestBit(word);
     word &= word - 1;
     return index;
 }
 
-// The eight bytes in the opposite order.
+/// The eight bytes in the opposite order.
 [[nodiscard]] constexpr std::uint64_t ReverseBytes(std::uint64_t word) noexcept {
     return __builtin_bswap64(word);
 }
 
-// The upper half of the 128-bit product.
+/// The upper half of the 128-bit product.
 [[nodiscard]] constexpr std::uint64_t MultiplyHigh(std::uint64_t left,
                                                    std::uint64_t right) noexcept {
 #if defined(__wasm__)
@@ -131,7 +131,7 @@ constexpr int PopLowestBit(std::uint64_t& word) noexcept {
 #endif
 }
 
-// Asks for the cache line of `address`, which may be any value; a bad one is ignored.
+/// Asks for the cache line of `address`, which may be any value; a bad one is ignored.
 inline void Prefetch(const void* address) noexcept {
     __builtin_prefetch(address);
 }

@@ -11,12 +11,12 @@
 
 namespace brenquil {
 
-// Milliseconds since a moment in the past that is the same for the whole run; usually the start of
-// the machine.
+/// Milliseconds since a moment in the past that is the same for the whole run; usually the start of
+/// the machine.
 [[nodiscard]] std::uint32_t TickCount() noexcept;
 
-// Milliseconds since the start of the program: wall time, not processor time. After 2^31 - 1 it
-// wraps to -2^31.
+/// Milliseconds since the start of the program: wall time, not processor time. After 2^31 - 1 it
+/// wraps to -2^31.
 [[nodiscard]] std::int32_t WallClock() noexcept;
 
 }  // namespace brenquil

@@ -8,16 +8,16 @@
 
 namespace brenquil {
 
-// The character between the parts of a path.
+/// The character between the parts of a path.
 [[nodiscard]] char PathSeparator() noexcept;
 
-// True when `path` names a directory (or a link to one). The empty path names none.
+/// True when `path` names a directory (or a link to one). The empty path names none.
 [[nodiscard]] bool DirectoryExists(const std::string& path) noexcept;
 
-// True when the system knows a drive of that letter, in either case.
+/// True when the system knows a drive of that letter, in either case.
 [[nodiscard]] bool DriveExists(char letter) noexcept;
 
-// False when the drive has no medium at the moment. A drive that fails in another way is ready.
+/// False when the drive has no medium at the moment. A drive that fails in another way is ready.
 [[nodiscard]] bool DriveIsReady(char letter) noexcept;
 
 }  // namespace brenquil

@@ -21,16 +21,16 @@ namespace brenquil {
 
 class CExactModulo {
 public:
-    // The remainder by 1, which is always 0.
+    /// The remainder by 1, which is always 0.
     constexpr CExactModulo() noexcept = default;
 
-    // `divisor` is not 0.
+    /// `divisor` is not 0.
     constexpr explicit CExactModulo(std::uint64_t divisor) noexcept
         : divisor_(divisor), reciprocal_(~std::uint64_t{0} / divisor) {
         assert(divisor != 0);
     }
 
-    // The remainder of `value`, 0 to divisor - 1.
+    /// The remainder of `value`, 0 to divisor - 1.
     [[nodiscard]] constexpr std::uint64_t operator()(std::uint64_t value) const noexcept {
         const std::uint64_t quotient = MultiplyHigh(value, reciprocal_);
         const std::uint64_t remainder = value - quotient * divisor_;

@@ -24,7 +24,7 @@ namespace brenquil {
 
 class CFileMapping {
 public:
-    // Maps nothing.
+    /// Maps nothing.
     CFileMapping() noexcept = default;
     CFileMapping(const CFileMapping&) = delete;
     CFileMapping& operator=(const CFileMapping&) = delete;
@@ -32,25 +32,25 @@ public:
     CFileMapping& operator=(CFileMapping&& other) noexcept;
     ~CFileMapping();
 
-    // Maps the file of that name in place of what was mapped before. False, and nothing is mapped,
-    // when it cannot be read, is no regular file or is empty.
+    /// Maps the file of that name in place of what was mapped before. False, and nothing is mapped,
+    /// when it cannot be read, is no regular file or is empty.
     [[nodiscard]] bool Open(const std::string& path) noexcept;
 
-    // Ends the mapping, if there is one.
+    /// Ends the mapping, if there is one.
     void Close() noexcept;
 
     [[nodiscard]] bool IsOpen() const noexcept { return data_ != nullptr; }
 
-    // The first byte, nullptr when nothing is mapped.
+    /// The first byte, nullptr when nothing is mapped.
     [[nodiscard]] const std::uint8_t* Data() const noexcept { return data_; }
 
-    // The length of the file, 0 when nothing is mapped.
+    /// The length of the file, 0 when nothing is mapped.
     [[nodiscard]] std::size_t Size() const noexcept { return size_; }
 
-    // The system's number for the reason why the last Open failed; 0 when it knew none.
+    /// The system's number for the reason why the last Open failed; 0 when it knew none.
     [[nodiscard]] std::uint32_t Error() const noexcept { return error_; }
 
-    // All bytes.
+    /// All bytes.
     [[nodiscard]] std::span<const std::uint8_t> Bytes() const noexcept { return {data_, size_}; }
 
 private:
@@ -59,7 +59,7 @@ private:
     std::uint32_t error_ = 0;
 };
 
-// The length of the regular file of that name; nothing when it cannot be opened for reading.
+/// The length of the regular file of that name; nothing when it cannot be opened for reading.
 [[nodiscard]] std::optional<std::uint64_t> LengthOfFile(const std::string& path) noexcept;
 
 }  // namespace brenquil

@@ -16,19 +16,19 @@
 
 namespace brenquil {
 
-// Opens a stream, like std::fopen with a mode of "r", "w" or "a"; nullptr when that fails. What is
-// no regular file is closed again, nullptr too, and neither opening nor reading waits for anybody.
-// Whom the mere opening of a device disturbs asks IsSpecialFile before.
+/// Opens a stream, like std::fopen with a mode of "r", "w" or "a"; nullptr when that fails. What is
+/// no regular file is closed again, nullptr too, and neither opening nor reading ever blocks.
+/// Ask IsSpecialFile first where merely opening a device could disturb something.
 [[nodiscard]] std::FILE* OpenStream(const std::string& name, const char* mode) noexcept;
 
-// Goes to a place counted from the start of the file. False when the system refuses; a place behind
-// the end is fine.
+/// Goes to a place counted from the start of the file. False when the system refuses; a place past
+/// the end is fine.
 [[nodiscard]] bool SeekStream(std::FILE* stream, std::uint64_t place) noexcept;
 
-// The place of the next read, counted from the start.
+/// The place of the next read, counted from the start.
 [[nodiscard]] std::optional<std::uint64_t> StreamPlace(std::FILE* stream) noexcept;
 
-// The number of bytes from the start to the end. Leaves the place at the end.
+/// The number of bytes from the start to the end. Leaves the place at the end.
 [[nodiscard]] std::optional<std::uint64_t> StreamSize(std::FILE* stream) noexcept;
 
 }  // namespace brenquil

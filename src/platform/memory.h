@@ -31,7 +31,7 @@ inline constexpr int DefaultTableCacheMegabytes = 32;
 
 class CPages {
 public:
-    // Owns nothing.
+    /// Owns nothing.
     CPages() noexcept = default;
     CPages(const CPages&) = delete;
     CPages& operator=(const CPages&) = delete;
@@ -39,16 +39,16 @@ public:
     CPages& operator=(CPages&& other) noexcept;
     ~CPages();
 
-    // `bytes` bytes of zeros; empty when `bytes` is 0 or the machine cannot give them.
+    /// `bytes` bytes of zeros; empty when `bytes` is 0 or the machine cannot give them.
     [[nodiscard]] static CPages Allocate(std::size_t bytes) noexcept;
 
-    // Gives the block back; the object owns nothing afterwards.
+    /// Gives the block back; the object owns nothing afterwards.
     void Release() noexcept;
 
-    // The start of the block, nullptr when there is none.
+    /// The start of the block, nullptr when there is none.
     [[nodiscard]] void* Data() const noexcept { return data_; }
 
-    // The number of bytes asked for, 0 when there is no block.
+    /// The number of bytes asked for, 0 when there is no block.
     [[nodiscard]] std::size_t Size() const noexcept { return size_; }
 
 private:
@@ -58,8 +58,8 @@ private:
     std::size_t size_ = 0;
 };
 
-// The number of bytes that the program could take now without driving the machine out of memory;
-// the limits of a container count. An estimate.
+/// The number of bytes that the program could take now without driving the machine out of memory;
+/// the limits of a container count. An estimate.
 [[nodiscard]] std::size_t AvailableMemory() noexcept;
 
 }  // namespace brenquil

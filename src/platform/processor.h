@@ -9,7 +9,7 @@
 
 namespace brenquil {
 
-// The four registers that one CPUID instruction fills.
+/// The four registers that one CPUID instruction fills.
 struct CpuidResult {
     std::uint32_t eax = 0;
     std::uint32_t ebx = 0;
@@ -17,19 +17,19 @@ struct CpuidResult {
     std::uint32_t edx = 0;
 };
 
-// The answer of CPUID for `leaf` and `subleaf`. All four are 0 when the leaf is above the highest
-// one of its range (basic leaves from 0, extended ones from 0x80000000), and on processors without
-// CPUID.
+/// The answer of CPUID for `leaf` and `subleaf`. All four are 0 when the leaf is above the highest
+/// one of its range (basic leaves from 0, extended ones from 0x80000000), and on processors without
+/// CPUID.
 [[nodiscard]] CpuidResult Cpuid(std::uint32_t leaf, std::uint32_t subleaf = 0) noexcept;
 
-// The maker of the processor as it names itself: the twelve characters of CPUID, or the name that
-// belongs to the number which other processors tell. Empty when the processor keeps it to itself.
+/// The maker of the processor as it names itself: the twelve characters of CPUID, or the name that
+/// belongs to the number that other processors report. Empty when there is none.
 [[nodiscard]] std::string ProcessorVendor();
 
-// True when the processor has a 64-bit mode.
+/// True when the processor has a 64-bit mode.
 [[nodiscard]] bool IsProcessor64Bit() noexcept;
 
-// The number of threads that the machine runs at once; at least 1.
+/// The number of threads that the machine runs at once; at least 1.
 [[nodiscard]] int ProcessorCount() noexcept;
 
 }  // namespace brenquil

@@ -26,14 +26,14 @@ class Relaxed {
                   "a hidden lock would break the promised cost");
 
 public:
-    // Holds T{}.
+    /// Holds T{}.
     constexpr Relaxed() noexcept : value_(T{}) {}
 
-    // Holds `value`. Implicit, so that tables and records of shared words are initialised like
-    // plain ones.
+    /// Holds `value`. Implicit, so that tables and records of shared words are initialised like
+    /// plain ones.
     constexpr Relaxed(T value) noexcept : value_(value) {}
 
-    // A copy takes the value of the moment; the two are independent afterwards.
+    /// A copy takes the value of the moment; the two are independent afterwards.
     Relaxed(const Relaxed& other) noexcept : value_(other.Load()) {}
 
     Relaxed& operator=(const Relaxed& other) noexcept {
@@ -54,11 +54,11 @@ public:
 
     void Store(T value) noexcept { value_.store(value, std::memory_order_relaxed); }
 
-    // Adds `amount` in one indivisible step and returns the value before it. For any number of
-    // writers.
+    /// Adds `amount` in one indivisible step and returns the value before it. For any number of
+    /// writers.
     T FetchAdd(T amount) noexcept { return value_.fetch_add(amount, std::memory_order_relaxed); }
 
-    // Adds `amount` by a read and a write. What a second thread adds in between is lost.
+    /// Adds `amount` by a read and a write. What a second thread adds in between is lost.
     void AddLossily(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
 
 private:

@@ -1,7 +1,7 @@
 // Whether a name leads to something that only looks like a file.
 //
 // A directory can be opened for reading on some systems, and a pipe or a terminal keeps the opener
-// waiting. Who wants the bytes of a file asks here first.
+// waiting. Ask here before opening a file to read.
 //
 // Cost: one question to the system.
 #pragma once
@@ -10,8 +10,8 @@
 
 namespace brenquil {
 
-// True when there is something of that name that is no regular file: a directory, a device, a pipe,
-// or a link to one of these. False for a file and for nothing.
+/// True when there is something of that name that is no regular file: a directory, a device, a
+/// pipe, or a link to one of these. False for a file and for nothing.
 [[nodiscard]] bool IsSpecialFile(const std::string& path) noexcept;
 
 }  // namespace brenquil

@@ -3,9 +3,9 @@
 
 namespace brenquil {
 
-// To be called once, before the first byte is read or written. From then on every byte passes as it
-// is: a line ends in one line feed, and nothing but the end of the input ends it. Windows would
-// otherwise write a carriage return before each line feed, and take the byte 26 for the end.
+/// To be called once, before the first byte is read or written. From then on every byte passes as
+/// it is: a line ends in one line feed, and nothing but the end of the input ends it. Windows would
+/// otherwise write a carriage return before each line feed, and take the byte 26 for the end.
 void UseBinaryStandardStreams() noexcept;
 
 }  // namespace brenquil

@@ -5,10 +5,10 @@
 
 namespace brenquil {
 
-// Zero-filled pages for `bytes` bytes, nullptr when the system refuses. `bytes` is above 0.
+/// Zero-filled pages for `bytes` bytes, nullptr when the system refuses. `bytes` is above 0.
 [[nodiscard]] void* ReservePages(std::size_t bytes) noexcept;
 
-// Gives back what ReservePages returned for the same number of bytes.
+/// Gives back what ReservePages returned for the same number of bytes.
 void ReleasePages(void* data, std::size_t bytes) noexcept;
 
 }  // namespace brenquil

@@ -1,4 +1,4 @@
-// A thread of the system behind a handle that reports failure by a return value.
+// A handle of a thread of the system that reports failure by a return value.
 //
 //     CThreadHandle thread;
 //     if (thread.Start(&Entry, this)) { ... thread.Join(); }
@@ -25,11 +25,11 @@ public:
     CThreadHandle& operator=(CThreadHandle&&) = delete;
     ~CThreadHandle();
 
-    // Runs `entry(argument)` on a new thread; false when the system gives none.
+    /// Runs `entry(argument)` on a new thread; false when the system gives none.
     [[nodiscard]] bool Start(void (*entry)(void*), void* argument) noexcept;
 
-    // Waits until the thread has ended. Returns at once when there is none.
-    // What the thread wrote is visible to the caller afterwards.
+    /// Waits until the thread has ended. Returns at once when there is none.
+    /// What the thread wrote is visible to the caller afterwards.
     void Join() noexcept;
 
 private:

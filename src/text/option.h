@@ -23,7 +23,7 @@
 //
 // Threads: options are set by the reading thread only. `enabled`, `number` and `choice` may be read
 // by any thread at any time, a relaxed load each. The strings belong to the reading thread alone:
-// what a search wants to know of a combo it reads from `choice`.
+// what a search needs to know of a combo it reads from `choice`.
 #pragma once
 
 #include "platform/relaxed.h"

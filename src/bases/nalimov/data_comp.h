@@ -61,7 +61,7 @@ struct DataCompInfo {
     std::uint32_t maxStored = 0;  ///< largest stored size of a block, and 32
 };
 
-/// Spare bytes that a target needs behind the decoded size: short matches are copied in one piece.
+/// Spare bytes that a target needs after the decoded size: short matches are copied in one piece.
 inline constexpr std::size_t DataCompSpareBytes = 36;
 
 /// One decoding, of stored bytes into a target.
@@ -93,7 +93,7 @@ struct DecodeState {
                                                std::uint32_t block) noexcept;
 
 /// Decodes from the start of the stored bytes until `state.position` is `end`, at most the size of
-/// the target. False when the stored bytes are not the code of so many bytes.
+/// the target. False when the stored bytes are not the code of that many bytes.
 [[nodiscard]] bool DataCompDecode(const DataCompInfo& info, DecodeState& state,
                                   std::uint32_t end) noexcept;
 

@@ -8,7 +8,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::size_t PlainLengths = 128;  ///< up to so many lengths are stored as plain numbers
+constexpr std::size_t PlainLengths = 128;  ///< up to this many lengths are stored as plain numbers
 constexpr unsigned LengthCodeBits = 8;     ///< direct bits of the codes that more are coded in
 
 std::uint32_t ReadPlainLengths(CBitReader& bits, std::span<std::uint32_t> lengths) {

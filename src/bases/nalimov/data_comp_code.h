@@ -66,7 +66,7 @@ private:
     std::size_t next_ = 0;
     std::uint64_t buffer_ = 0;     // the next bits, from the top
     std::uint64_t available_ = 0;  // how many of them
-    std::uint64_t missing_ = 0;    // bytes of zeros behind the end that were put in
+    std::uint64_t missing_ = 0;    // zero bytes supplied past the end
 };
 
 /// The decoding table of one code.
@@ -86,7 +86,7 @@ public:
         const std::uint32_t window = bits.Peek();
         std::int32_t row = rows_[window >> (32 - directBits_)];
         for (unsigned bit = 31 - directBits_; row < 0; --bit) {
-            row = rows_[static_cast<std::size_t>(-row) + (window >> bit & 1U)];
+            row = rows_[-row + (window >> bit & 1U)];
         }
         bits.Skip(static_cast<unsigned>(row) & LongestWord);
         return static_cast<unsigned>(row) >> 5U;

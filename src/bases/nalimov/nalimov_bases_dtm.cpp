@@ -12,7 +12,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr int LastPlyWithClock = 2;  ///< behind it a running fifty-move clock forbids answers
+constexpr int LastPlyWithClock = 2;  ///< after it a running fifty-move clock rules answers out
 
 std::string MarkOf(Score score) {
     if (score == 0) {

@@ -167,7 +167,7 @@ int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
         }
     }
 
-    NalimovSide& files = *tables_.Table(table).sides[static_cast<std::size_t>(side)];
+    NalimovSide& files = *tables_.Table(table).sides[side];
     const bool isSplit = tables_.Table(table).IsSplit();
     const std::size_t extentNumber = isSplit ? block >> BlocksOfExtentShift : 0;
     if (extentNumber >= files.extents.size() || !files.extents[extentNumber].usable) {
@@ -189,7 +189,7 @@ int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
 }
 
 NalimovBucket& CNalimovCache::BucketOf(std::int32_t table, int side, std::uint32_t block) noexcept {
-    NalimovSide& files = *tables_.Table(table).sides[static_cast<std::size_t>(side)];
+    NalimovSide& files = *tables_.Table(table).sides[side];
     return files.buckets[block % NalimovBuckets];
 }
 
@@ -236,7 +236,7 @@ NalimovCacheEntry* CNalimovCache::Evict(NalimovCacheEntry* oldest, const BlockNa
 /// Reads the block that the entry names into its data.
 bool CNalimovCache::Fill(NalimovCacheEntry& entry) noexcept {
     const NalimovTable& table = tables_.Table(entry.table);
-    NalimovSide& side = *table.sides[static_cast<std::size_t>(entry.side)];
+    NalimovSide& side = *table.sides[entry.side];
     std::uint32_t block = entry.block;
     std::size_t extentNumber = 0;
     if (table.IsSplit()) {

@@ -1,7 +1,7 @@
 // A table file, open for reading.
 //
 // Offsets are 64 bits wide. Reads are not buffered, because a reader always wants a whole block and
-// never the one behind it.
+// never the one after it.
 //
 // A file belongs to one thread at a time; the cache guards it by a lock. No exceptions.
 #pragma once

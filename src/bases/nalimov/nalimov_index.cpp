@@ -129,8 +129,7 @@ std::uint64_t PawnDigit(Bitboard set, Bitboard occupied) noexcept {
     int count = 0;
     while (set != 0) {
         const Square square = PopLowestBit(set);
-        ordinals[static_cast<std::size_t>(count++)] =
-            square - FirstPawnSquare - CountBelow(occupied, square);
+        ordinals[count++] = square - FirstPawnSquare - CountBelow(occupied, square);
     }
     return Combination(ordinals, count);
 }
@@ -169,7 +168,7 @@ CNalimovCalculator::CNalimovCalculator(const NalimovSignature& signature, int si
         ChooseEnPassantDigits();
         positions_ += enPassantGroup_.base->total * enPassantDigits_.radix;
     }
-    positions_ -= signature.unreached[static_cast<std::size_t>(side)];
+    positions_ -= signature.unreached[side];
 }
 
 /// The men of the mover; where it has only its king, the other side's pawns if there are any.
@@ -180,7 +179,7 @@ void CNalimovCalculator::ChooseGroup() {
         const auto add = [&](NalimovKind kind, PieceType type, Owner owner) {
             const std::uint8_t count = counts_[owner][type];
             if (count != 0) {
-                group.men[static_cast<std::size_t>(group.parts++)] = {kind, type, owner, count};
+                group.men[group.parts++] = {kind, type, owner, count};
                 kinds.insert(kinds.end(), count, kind);
             }
         };
@@ -200,8 +199,7 @@ void CNalimovCalculator::ChooseGroup() {
     group_ = build(true);
     enPassantGroup_ = build(false);
     // Pawns are enumerated as moving up the board.
-    const bool groupHasPawns =
-        group_.parts != 0 && group_.men[static_cast<std::size_t>(group_.parts - 1)].type == Pawn;
+    const bool groupHasPawns = group_.parts != 0 && group_.men[group_.parts - 1].type == Pawn;
     frame_ = groupHasPawns && side_ == 1 ? MirrorRanks : 0;
 }
 
@@ -317,7 +315,7 @@ std::uint64_t CNalimovCalculator::GroupValue(const Group& group,
     }
     std::uint64_t value = 0;
     for (int part = 0; part < group.parts; ++part) {
-        const GroupMen& men = group.men[static_cast<std::size_t>(part)];
+        const GroupMen& men = group.men[part];
         const auto& ordinalOf = enumeration_.squareEnum[men.kind][k2];
         const bool ownKingCounts = ordinalOf[k1] != CNalimovEnumeration::NotAllowed;
         const Square* const squares = lists[men.owner].MenOf(men.type);
@@ -328,8 +326,7 @@ std::uint64_t CNalimovCalculator::GroupValue(const Group& group,
             if (ordinal == CNalimovEnumeration::NotAllowed) {
                 return NoIndex;
             }
-            ordinals[static_cast<std::size_t>(index)] =
-                ordinal - (ownKingCounts && k1 < square ? 1 : 0);
+            ordinals[index] = ordinal - (ownKingCounts && k1 < square ? 1 : 0);
         }
         const int rest = enumeration_.Rest(k1, k2, men.kind);
         value = value * Choose(rest, men.count) + Combination(ordinals, men.count);
@@ -343,15 +340,14 @@ std::uint64_t CNalimovCalculator::PieceDigits(const Digits& digits, const Lists&
                                               Bitboard placed) const noexcept {
     std::uint64_t sum = 0;
     for (int place = 0; place < digits.count; ++place) {
-        const Digit& digit = digits.digits[static_cast<std::size_t>(place)];
+        const Digit& digit = digits.digits[place];
         if (digit.type == Pawn) {
             continue;
         }
         const Square* const squares = lists[Resting].MenOf(digit.type);
         std::array<int, 3> ordinals{};
         for (int index = 0; index < digit.count; ++index) {
-            ordinals[static_cast<std::size_t>(index)] =
-                squares[index] - CountBelow(placed, squares[index]);
+            ordinals[index] = squares[index] - CountBelow(placed, squares[index]);
         }
         placed |= BitsOf(lists[Resting], digit.type, digit.count);
         sum += Combination(ordinals, digit.count) * digit.weight;
@@ -373,7 +369,7 @@ std::uint64_t CNalimovCalculator::OrdinaryPart(const Lists& lists) const noexcep
     }
     std::uint64_t index = group * digits_.radix + PieceDigits(digits_, lists, placed);
     for (int place = 0; place < digits_.count; ++place) {
-        const Digit& digit = digits_.digits[static_cast<std::size_t>(place)];
+        const Digit& digit = digits_.digits[place];
         if (digit.type == Pawn) {
             index += PawnDigit(restingPawns, moverPawns) * digit.weight;
         }
@@ -411,7 +407,7 @@ std::uint64_t CNalimovCalculator::EnPassantPart(const Lists& lists,
     std::uint64_t index =
         group * enPassantDigits_.radix + PieceDigits(enPassantDigits_, lists, placed);
     for (int place = 0; place < enPassantDigits_.count; ++place) {
-        const Digit& digit = enPassantDigits_.digits[static_cast<std::size_t>(place)];
+        const Digit& digit = enPassantDigits_.digits[place];
         if (digit.type == Pawn) {
             index += PawnDigit(restingPawns, taken | moverPawns) * digit.weight;
         }
@@ -436,7 +432,7 @@ const CNalimovCalculator& NalimovCalculator(int table, int side) {
         }
         return *all.release();
     }();
-    return calculators[static_cast<std::size_t>(table) * 2 + static_cast<std::size_t>(side)];
+    return calculators[table * 2 + side];
 }
 
 }  // namespace brenquil

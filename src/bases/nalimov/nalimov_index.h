@@ -6,7 +6,7 @@
 //     placement of both kings and the men of the side to move       (a base table and a digit)
 //     the other side's men, one digit for each group of equal men
 //
-// Positions in which a pawn can be taken in passing lie behind all others, in an area of their own
+// Positions in which a pawn can be taken in passing come after all others, in an area of their own
 // whose last digit tells which pawn takes.
 //
 // The numbering is that of existing files and cannot be changed. docs/nalimov.md tells it in full,
@@ -104,7 +104,7 @@ private:
         const NalimovBase* base = nullptr;
     };
 
-    /// One digit behind the group: equal men of the resting side, and what one of it is worth.
+    /// One digit after the group: equal men of the resting side, and what one of it is worth.
     struct Digit {
         PieceType type;
         std::uint8_t count;

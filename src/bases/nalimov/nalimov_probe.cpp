@@ -78,7 +78,7 @@ bool NalimovProbe(Score& score, const CPosition& position, const CNalimovTables&
     }
     const Square epSquare =
         position.enPassant == SquareNone ? NalimovNoSquare : Square{position.enPassant};
-    const std::uint64_t index = (*table.calculators[static_cast<std::size_t>(side)])(
+    const std::uint64_t index = (*table.calculators[side])(
         invert ? black : white, invert ? white : black, epSquare, invert);
     if (index == CNalimovCalculator::NoIndex) {
         return false;

@@ -29,7 +29,7 @@ struct NalimovSignature {
 };
 
 inline constexpr int NalimovTableCount = 440;
-inline constexpr int NalimovFirstFourMen = 6;  ///< smallest table number of so many men
+inline constexpr int NalimovFirstFourMen = 6;  ///< smallest table number with four men
 inline constexpr int NalimovFirstFiveMen = 36;
 inline constexpr int NalimovFirstSixMen = 146;
 

@@ -47,7 +47,7 @@ std::string PlainName(const std::string& directory, const NalimovTable& table, i
     name += table.name;
     if (table.IsSplit()) {
         name += '.';
-        name += ExtentLetters[static_cast<std::size_t>(extent)];
+        name += ExtentLetters[extent];
     }
     name += side == 0 ? ".nbw" : ".nbb";
     return name;
@@ -76,7 +76,7 @@ std::vector<std::string> CompressedNames(const std::string& plainName, const Nal
 
 /// May a file of that many positions be this one: all of the side, a full extent or the last one.
 bool IsExpectedSize(const NalimovTable& table, int side, std::uint64_t size) noexcept {
-    const std::uint64_t positions = table.positions[static_cast<std::size_t>(side)];
+    const std::uint64_t positions = table.positions[side];
     if (size == positions) {
         return true;
     }
@@ -87,7 +87,7 @@ bool IsExpectedSize(const NalimovTable& table, int side, std::uint64_t size) noe
 
 void CheckPlainFile(IHost& host, CNalimovFile& file, const std::string& name,
                     const NalimovTable& table, int side) {
-    if (table.IsTwoByte() || table.positions[static_cast<std::size_t>(side)] >= LargestSizedFile) {
+    if (table.IsTwoByte() || table.positions[side] >= LargestSizedFile) {
         return;
     }
     const std::optional<std::uint64_t> size = file.Size();
@@ -154,14 +154,14 @@ int NalimovTable::Extents(int side) const noexcept {
     if (!IsSplit()) {
         return 1;
     }
-    const std::uint64_t bytes = positions[static_cast<std::size_t>(side)] * (IsTwoByte() ? 2 : 1);
+    const std::uint64_t bytes = positions[side] * (IsTwoByte() ? 2 : 1);
     return static_cast<int>(bytes >> NalimovExtentShift) + 1;
 }
 
 CNalimovTables::CNalimovTables(IHost& host) : host_(host) {
     for (int number = 0; number <= NalimovTableCount; ++number) {
         NalimovTable& table = Table(number);
-        const NalimovSignature& signature = NalimovSignatures[static_cast<std::size_t>(number)];
+        const NalimovSignature& signature = NalimovSignatures[number];
         table.index = number;
         table.flags = signature.flags;
         table.name = signature.name;
@@ -240,7 +240,7 @@ bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& tab
                                  int extent) {
     assert(side == 0 || side == 1);
     assert(extent >= 0 && extent < NalimovMaximumExtents);
-    std::unique_ptr<NalimovSide>& slot = table.sides[static_cast<std::size_t>(side)];
+    std::unique_ptr<NalimovSide>& slot = table.sides[side];
     const auto place = static_cast<std::size_t>(extent);
     if (slot != nullptr && !slot->extents[place].fileName.empty()) {
         return true;

@@ -104,12 +104,12 @@ public:
     /// The table of a number, from 1; number 0 is the two bare kings.
     [[nodiscard]] NalimovTable& Table(std::int32_t number) noexcept {
         assert(number >= 0 && number <= NalimovTableCount);
-        return tables_[static_cast<std::size_t>(number)];
+        return tables_[number];
     }
 
     [[nodiscard]] const NalimovTable& Table(std::int32_t number) const noexcept {
         assert(number >= 0 && number <= NalimovTableCount);
-        return tables_[static_cast<std::size_t>(number)];
+        return tables_[number];
     }
 
     /// Is there a compressed file among the registered ones.

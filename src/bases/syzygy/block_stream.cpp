@@ -18,7 +18,7 @@ constexpr std::uint32_t NoRightHalf = 0xFFF;  // marks a symbol that is a value
     return ReadLittle16(bytes) | ReadLittle16(bytes + 2) << 16U;
 }
 
-/// The next 32 bits of a code. What lies behind the end of the file reads as 0.
+/// The next 32 bits of a code. Past the end of the file it reads as 0.
 [[nodiscard]] std::uint64_t ReadCode(const std::uint8_t* bytes, const std::uint8_t* end) noexcept {
     if (end - bytes >= 4) [[likely]] {
         return static_cast<std::uint32_t>(bytes[0]) << 24U |

@@ -76,7 +76,7 @@ struct BlockStream {
 /// Reads the header at `position`.
 /// @param tableSize  how many values the stream has
 /// @param sizes      takes the lengths of the contents
-/// @param position   is moved behind the header
+/// @param position   is moved past the header
 /// @param flags      takes the first byte of the header
 /// @param wdl        the value of a single-value stream is stored (it is 0 otherwise)
 /// @return nothing if the header is damaged

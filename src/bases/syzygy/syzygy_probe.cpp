@@ -33,7 +33,7 @@ constexpr std::int32_t MostRule50 = 200;
     return result;
 }
 
-/// The class that a distance has when so many half-moves of the fifty-move rule are already gone.
+/// The class of a distance when `rule50` half-moves of the fifty-move rule have been used up.
 [[nodiscard]] int ClassOfDistance(int dtz, int rule50) noexcept {
     if (dtz > 0) {
         return dtz + rule50 < 101 ? 2 : 1;

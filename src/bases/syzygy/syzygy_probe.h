@@ -62,7 +62,7 @@ public:
     CSyzygyProbe(CSyzygyTables& tables, const CSyzygyOptions& options) noexcept
         : tables_(&tables), options_(&options) {}
 
-    /// Are the tables in use, and is there any with so many men.
+    /// Are the tables in use, and is there any with this many men.
     [[nodiscard]] bool Covers(int men) const noexcept {
         return tables_->Covers(men) && options_->use.enabled;
     }

@@ -51,7 +51,7 @@ public:
     /// @return true: a path without tables is no failure
     bool SyzygyInit(const std::string& path);
 
-    /// Can there be a table for so many men. One comparison, for every node of a search.
+    /// Can there be a table for this many men. One comparison, for every node of a search.
     [[nodiscard]] bool Covers(int men) const noexcept { return men <= usableMen_; }
 
     /// Does a path other than the unset one hold.

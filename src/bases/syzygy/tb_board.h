@@ -2,8 +2,7 @@
 //
 // A probe follows captures and single moves of positions with few men. It needs no keys, no history
 // and no castling, so a copy of 66 bytes with its moves made by masks is all there is; nothing of
-// CPosition is touched. Attacks come from the tables of the board room, which have the same answers
-// for everybody.
+// CPosition is touched. Attacks come from the tables of the board room.
 //
 // The order of generated moves is fixed: kings, queens, rooks, bishops, knights, pawns; origins
 // ascending, destinations ascending, captures and other moves of one man mixed. The choice among

@@ -37,7 +37,7 @@ public:
     }
 
     /// The header of one file group: the order of its men and what they are, the first side in the
-    /// low half of each byte and the second in the high half. The second is laid out if asked for.
+    /// low half of each byte and the second in the high half. The second is laid out on request.
     [[nodiscard]] bool ReadGroupHeader(unsigned file, TbLayout& first, TbLayout* second) noexcept {
         const bool hasTwoOrders = shape_.hasPawns && shape_.pawnCount[1] != 0;
         const std::uint64_t orders = hasTwoOrders ? 2 : 1;
@@ -71,7 +71,7 @@ public:
         return true;
     }
 
-    /// Four lists, each behind its length.
+    /// Four lists, each after its length.
     [[nodiscard]] bool ReadMaps(std::uint64_t mapStart,
                                 std::array<std::uint16_t, 4>& starts) noexcept {
         for (std::uint16_t& start : starts) {
@@ -84,7 +84,7 @@ public:
         return position_ <= file_.size();
     }
 
-    /// Finds the contents of the streams behind the headers: all index tables, all size tables, and
+    /// Finds the contents of the streams after the headers: all index tables, all size tables, and
     /// the data of each stream at a round address.
     [[nodiscard]] bool PlaceStreams() {
         for (Stream& stream : streams_) {

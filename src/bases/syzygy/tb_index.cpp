@@ -123,7 +123,7 @@ void FoldBoard(const TbShape& shape, unsigned leaders, TbSquares& squares) noexc
         const Square square = squares[start + m];
         const auto earlier =
             std::count_if(squares.begin(), first, [=](Square other) { return other < square; });
-        sum += BinomialTable[m][static_cast<std::size_t>(square - lowest - earlier)];
+        sum += BinomialTable[m][square - lowest - earlier];
     }
     return static_cast<std::uint64_t>(sum);
 }

@@ -1,4 +1,4 @@
-// The fixed tables behind the index of a Syzygy table: how squares are folded, ordered and counted.
+// The fixed tables of a Syzygy index: how squares are folded, ordered and counted.
 //
 // The format numbers positions after folding the board by its symmetries: eightfold without pawns,
 // left to right with pawns. Everything here is computed by the compiler from the rule that defines
@@ -92,7 +92,7 @@ inline constexpr auto LeadPawnOrder = tables::BySquare([](Square s) {
 inline constexpr auto LeadPawnSquares = [] {
     std::array<Square, 24> table{};
     for (int i = 0; i < 24; ++i) {
-        table[static_cast<std::size_t>(i)] = MakeSquare(i / 6, i % 6 + 1);
+        table[i] = MakeSquare(i / 6, i % 6 + 1);
     }
     return table;
 }();

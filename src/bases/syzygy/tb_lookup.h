@@ -2,7 +2,7 @@
 // them, and what is stored for that.
 //
 // A table knows its men as those of White and Black in the order of its name. A position with the
-// sides exchanged is turned round in the mind: colours, side to move and, with pawns, the board.
+// sides exchanged is read mirrored: colours, side to move and, with pawns, the board.
 //
 // The positions asked for have one king each and no pawn on the first or last rank. Any other
 // position of the table's material fails, or gets an answer without meaning; nothing is read

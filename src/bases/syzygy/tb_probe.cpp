@@ -201,7 +201,7 @@ constexpr std::array<int, 5> WdlDtzValues = {-1, -101, 0, 101, 1};
     return wdl > 0 ? distance : -distance;
 }
 
-/// What a move at the root is worth: plies in the view of the mover, 0 for a draw.
+/// What a move at the root is worth: plies as the mover sees them, 0 for a draw.
 [[nodiscard]] int RootMoveValue(CSyzygyTables& tables, const TbPosition& next, int dtz,
                                 TbSuccess& success) {
     if (dtz > 0 && TbIsCheckmate(next)) {
