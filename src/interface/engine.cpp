@@ -47,7 +47,7 @@ Move CEngine::TextToMove(std::string_view text) {
 void CEngine::TakeBack() {
     CPosition& position = PositionAtRest();
     if (position.ply > 1 && position.ply <= CPosition::UndoCapacity) {
-        position.UndoMove(position.undo[static_cast<std::size_t>(position.ply - 1)].move);
+        position.UndoMove(position.undo[position.ply - 1].move);
     }
 }
 
