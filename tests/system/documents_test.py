@@ -10,6 +10,7 @@ command that no rule here knows fails, and so does a block of code of an unknown
     ```console    a session with the engine: "> " marks what is typed, "..." stands for any lines
     ```ini        settings; below [Engine] they are options of the engine
     ```text       drawings; not looked at
+    ```html, js   pieces of pages; the tests of web/ run those that can be run
 
 The tables of options in README.md are compared with what the engine prints.
 """
@@ -34,7 +35,7 @@ OPTION_LINE = re.compile(r"option name (?P<name>.+?) type (?P<type>\w+)"
 # What people put in place of these words is theirs.
 PLACEHOLDER = re.compile(r"<\w+>|[A-Z][A-Z-]*(?:=[A-Z]+)?|NAME=VALUE|/(?:tables|books)\b.*")
 # Paths in the documents that are not files of the repository: what is built or unpacked.
-MADE_PATHS = re.compile(r"(?:build|dist|bin)(?:/|$)|(?:/|[A-Z]:).*")
+MADE_PATHS = re.compile(r"(?:build|dist|bin|web/(?:package|page)/dist)(?:/|$)|(?:/|[A-Z]:).*")
 
 
 class Wrong(Exception):
@@ -265,7 +266,7 @@ RULES = {"cmake": check_cmake, "ctest": check_ctest, "xboard": check_xboard, "pr
 
 
 def rule_for(program):
-    if program in ("./run", "./test", "./package") or program.startswith(("tools/", "bench/")):
+    if program in ("./run", "./test", "./package") or program.startswith(("tools/", "bench/", "web/")):
         return check_script
     return check_program if program.startswith("build/") else RULES.get(program)
 
@@ -347,7 +348,7 @@ class Documents(unittest.TestCase):
                         for offset, line in enumerate(block.lines):
                             if remark_cut(line) and not line.strip().startswith("#"):
                                 yield document, block.number + offset, remark_cut(line)
-                    elif block.kind not in ("console", "ini", "text"):
+                    elif block.kind not in ("console", "ini", "text", "html", "js"):
                         yield document, block.number, None
 
         def check(_, line):
