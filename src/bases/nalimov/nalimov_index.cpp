@@ -419,19 +419,25 @@ std::uint64_t CNalimovCalculator::EnPassantPart(const Lists& lists,
     return index < positions_ ? index : NoIndex;
 }
 
+namespace {
+
+/// Nobody deletes the object: a search may be looking at it while the program ends.
+const std::vector<CNalimovCalculator>& MakeCalculators() {
+    auto all = std::make_unique<std::vector<CNalimovCalculator>>();
+    all->reserve(NalimovSignatures.size() * 2);
+    for (const NalimovSignature& signature : NalimovSignatures) {
+        all->emplace_back(signature, 0);
+        all->emplace_back(signature, 1);
+    }
+    return *all.release();
+}
+
+}  // namespace
+
 const CNalimovCalculator& NalimovCalculator(int table, int side) {
     assert(table >= 0 && table < static_cast<int>(NalimovSignatures.size()));
     assert(side == 0 || side == 1);
-    // Never destroyed: a search may be looking at them while the program ends.
-    static const std::vector<CNalimovCalculator>& calculators = [] {
-        auto all = std::make_unique<std::vector<CNalimovCalculator>>();
-        all->reserve(NalimovSignatures.size() * 2);
-        for (const NalimovSignature& signature : NalimovSignatures) {
-            all->emplace_back(signature, 0);
-            all->emplace_back(signature, 1);
-        }
-        return *all.release();
-    }();
+    static const std::vector<CNalimovCalculator>& calculators = MakeCalculators();
     return calculators[table * 2 + side];
 }
 
