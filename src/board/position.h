@@ -91,6 +91,11 @@ public:
     [[nodiscard]] bool MakeLeaf(Move move) noexcept;
     void UndoLeaf(Move move) noexcept;
 
+    /// Makes room on the undo stack: forgets the records that neither repetition nor the fifty-move
+    /// rule can need, so that a game of any length goes on. What is forgotten cannot be taken back.
+    /// @return by how much `ply` has fallen, an even number
+    std::int32_t ForgetHistory() noexcept;
+
     /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The
     /// saved keys, `inCheck` and the move of the record it takes stay as they were; see
     /// `UndoNullMove` for what does not come back.

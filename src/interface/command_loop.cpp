@@ -59,9 +59,13 @@ void CCommandLoop::Run() {
 }
 
 bool CCommandLoop::Pass() {
-    // Without a line, at the end of the input for one, the next pass simply tries again.
+    // Without a line, at the end of the input for one, the next pass simply tries again, unless
+    // the dialect ends the session there.
     if (const std::optional<std::string> line = TakeLine()) {
         Dispatch(*line);
+    } else if (engine_.protocol.dialect.EndsWithItsInput() && input_.HasEnded() &&
+               engine_.protocol.pendingLines.lines.empty()) {
+        engine_.Quit();
     }
     return engine_.protocol.running;
 }

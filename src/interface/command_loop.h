@@ -1,9 +1,9 @@
 // The one reading loop: takes a line, finds its command word, runs the handler.
 //
 // Lines come from the protocol's queue of pending lines first and from the source of input
-// otherwise. The loop ends with `exit` or `quit` and in no other way; in particular the end of the
-// input does not end it, it spins until the process is killed. Handlers run on the calling thread,
-// one after the other.
+// otherwise. The loop ends with `exit` or `quit`. The end of the input ends it where the dialect
+// says so and nowhere else: without that it spins until the process is killed. Handlers run on the
+// calling thread, one after the other.
 #pragma once
 
 #include "interface/engine.h"

@@ -5,10 +5,11 @@
 #include "eval/evaluation.h"
 #include "interface/console/move_listing.h"
 #include "interface/move_notation.h"
+#include "text/text.h"
 
 namespace brenquil {
 
-CEngine::CEngine(ILineSink& sink) : protocol(sink) {}
+CEngine::CEngine(ILineSink& sink, CDialect dialect) : protocol(sink, dialect) {}
 
 CEngine::~CEngine() {
     EndSearch();
@@ -25,11 +26,19 @@ const CPosition& CEngine::Position() {
 }
 
 std::string CEngine::Fen() {
-    return CPositionText(PositionAtRest()).GetFen();
+    std::string fen = CPositionText(PositionAtRest()).GetFen();
+    if (forgottenPlies_ > 0) {
+        const std::size_t number = fen.rfind(' ') + 1;
+        fen = fen.substr(0, number) +
+              std::to_string(ToInteger(fen.substr(number)) + forgottenPlies_ / 2);
+    }
+    return fen;
 }
 
 void CEngine::SetPosition(std::string_view fen) {
     CPositionText(PositionAtRest()).SetFen(fen);
+    forgottenPlies_ = 0;
+    MakeRoomForMoves();
     protocol.fileLetterCastling = HasFileLetterCastling(fen);
 }
 
@@ -38,10 +47,34 @@ void CEngine::PlayMoveText(std::string_view word) {
     if (move.IsNone() || !PositionAtRest().MakeMove(move)) {
         protocol.PrintInfoString("Illegal move: " + std::string(word));
     }
+    MakeRoomForMoves();
 }
 
 Move CEngine::TextToMove(std::string_view text) {
-    return CPositionText::TextToMove(text, Position(), parts_.outputOptions.chess960.enabled);
+    const bool chess960 = parts_.outputOptions.chess960.enabled;
+    const Move move = CPositionText::TextToMove(text, Position(), chess960);
+    return move.IsNone() && protocol.dialect.ReadsEitherCastling()
+             ? CPositionText::TextToMove(text, Position(), !chess960)
+             : move;
+}
+
+Move CEngine::TextToLegalMove(std::string_view text) {
+    const Move move = TextToMove(text);
+    CPosition& position = PositionAtRest();
+    if (move.IsNone() || !position.MakeMove(move)) {
+        return NoMove;
+    }
+    position.UndoMove(move);
+    return move;
+}
+
+/// Leaves the undo stack room for the deepest search.
+void CEngine::MakeRoomForMoves() {
+    constexpr std::int32_t MostPlies = CPosition::UndoCapacity - 2 - CSearch::MaxPly;
+    CPosition& position = parts_.master.position;
+    if (protocol.dialect.ForgetsOldMoves() && position.ply > MostPlies) {
+        forgottenPlies_ += position.ForgetHistory();
+    }
 }
 
 void CEngine::TakeBack() {

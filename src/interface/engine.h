@@ -35,7 +35,7 @@ namespace brenquil {
 class CEngine {
 public:
     /// @param sink  takes every output line; outlives the engine
-    explicit CEngine(ILineSink& sink);
+    explicit CEngine(ILineSink& sink, CDialect dialect = {});
     CEngine(const CEngine&) = delete;
     CEngine& operator=(const CEngine&) = delete;
 
@@ -57,8 +57,11 @@ public:
     /// Plays one move, or reports it as illegal.
     void PlayMoveText(std::string_view word);
 
-    /// The move that the text means here, or `NoMove`.
+    /// The move that the text means here, legal or not, or `NoMove`.
     [[nodiscard]] Move TextToMove(std::string_view text);
+
+    /// The legal move that the text means here, or `NoMove`.
+    [[nodiscard]] Move TextToLegalMove(std::string_view text);
 
     /// Takes back the move of the last record. After a FEN with a later move number that is a
     /// record which no move of this game wrote: the position knows and stays as it is. A number
@@ -111,6 +114,11 @@ public:
     /// All options, in the order of their `option` lines.
     [[nodiscard]] const OptionGroupList& Options() const noexcept { return parts_.optionGroups; }
 
+    /// Milliseconds that a move needs on its way to the opponent.
+    [[nodiscard]] std::int32_t MoveOverhead() const noexcept {
+        return parts_.strictOptions.moveOverhead.number;
+    }
+
     /// What is printed, and in which notation.
     [[nodiscard]] const COutputOptions& Output() const noexcept { return parts_.outputOptions; }
 
@@ -125,6 +133,9 @@ protected:
 
 private:
     [[nodiscard]] CPosition& PositionAtRest();
+    void MakeRoomForMoves();
+
+    std::int32_t forgottenPlies_ = 0;  ///< since the position was set
 };
 
 }  // namespace brenquil

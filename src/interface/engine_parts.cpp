@@ -12,7 +12,20 @@ CEngineParts::CEngineParts(CProtocol& session) : protocol(session) {
         // the option's own field keeps what it was.
         protocol.logging = ParseBool(value, false);
     };
-    syzygyOptions.path.onChange = [this](const std::string& path) { syzygyTables.SetPath(path); };
+    syzygyOptions.path.onChange = [this](const std::string& path) {
+        syzygyTables.SetPath(path);
+        strictOptions.syzygyPath.SetValue(path);
+    };
+    strictOptions.syzygyPath.onChange = [this](const std::string& path) {
+        syzygyOptions.path.SetValue(path);
+    };
+    strictOptions.clearHash.onChange = [this](const std::string&) {
+        master.EndSearch();
+        hashTable.Clear();
+    };
+    if (protocol.dialect.HasMoreOptions()) {
+        optionGroups.push_back(&strictOptions);
+    }
     bases.Add(book, 0);
     bases.Add(nalimov, CNalimovBasesDTM::MostMen);
     bases.Add(syzygyDtz, 0);

@@ -16,6 +16,7 @@
 #include "eval/kpk_bitbase.h"
 #include "interface/output_options.h"
 #include "interface/protocol.h"
+#include "interface/uci/strict_options.h"
 #include "interface/uci/uci_output.h"
 #include "search/hash_table.h"
 #include "search/memory_options.h"
@@ -37,9 +38,11 @@ struct CEngineParts final : private IHost {
     CEvaluationOptions evaluationOptions;
     COutputOptions outputOptions{
         evaluationOptions};  ///< lists one of those, so it comes after them
-    CUciOutput output{protocol, outputOptions, bases};
+    CStrictOptions strictOptions;
+    CUciOutput output{protocol, outputOptions, strictOptions, bases};
     CMasterThread master{
-        SearchContext{hashTable, bases, searchOptions, evaluationOptions, kpkBitbase}, output};
+        SearchContext{hashTable, bases, searchOptions, evaluationOptions, kpkBitbase}, output,
+        protocol.dialect.Manners()};
     CMemoryOptions memoryOptions{*this, hashTable};
     CBook book{*this};
     CNalimovBasesDTM nalimov{*this};
@@ -48,9 +51,9 @@ struct CEngineParts final : private IHost {
     CSyzygyBasesDTZ syzygyDtz{syzygyTables, syzygyOptions};
     CSyzygyBasesWDL syzygyWdl{syzygyTables, syzygyOptions};
     /// In the order of the `option` lines.
-    const OptionGroupList optionGroups{&memoryOptions, &searchOptions, &evaluationOptions,
-                                       &outputOptions, &book.options,  &nalimov.options,
-                                       &syzygyOptions};
+    OptionGroupList optionGroups{&memoryOptions, &searchOptions, &evaluationOptions,
+                                 &outputOptions, &book.options,  &nalimov.options,
+                                 &syzygyOptions};
 
 private:
     // What book, tables and memory have to say.

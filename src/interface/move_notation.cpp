@@ -21,7 +21,8 @@ bool HasFileLetterCastling(std::string_view fen) {
 }
 
 bool CastlesByName(const CProtocol& protocol, const COutputOptions& options) noexcept {
-    return protocol.IsUci() && options.chess960.enabled && !protocol.fileLetterCastling;
+    return protocol.dialect.NamesCastling() && protocol.IsUci() && options.chess960.enabled &&
+           !protocol.fileLetterCastling;
 }
 
 CastlingNotation ListNotation(const COutputOptions& options) noexcept {

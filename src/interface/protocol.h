@@ -5,6 +5,7 @@
 // lines that wait belong to the reading thread.
 #pragma once
 
+#include "interface/dialect.h"
 #include "interface/line_output.h"
 #include "interface/pending_lines.h"
 #include "platform/relaxed.h"
@@ -23,13 +24,15 @@ enum class CommandMode : std::int32_t {
 /// One session.
 class CProtocol final : public CLineOutput {
 public:
-    using CLineOutput::CLineOutput;
+    explicit CProtocol(ILineSink& sink, CDialect sessionDialect = {}) noexcept
+        : CLineOutput(sink), dialect(sessionDialect) {}
 
     /// Prints a message to the user: an `info string` line in UCI mode, the bare text otherwise.
     void PrintInfoString(std::string_view text);
 
     [[nodiscard]] bool IsUci() const noexcept { return mode == CommandMode::Uci; }
 
+    const CDialect dialect;
     Relaxed<CommandMode> mode{CommandMode::Console};
     /// The last FEN that set the position wrote its castling field with file letters.
     Relaxed<bool> fileLetterCastling{false};

@@ -15,7 +15,6 @@ namespace {
 constexpr std::int32_t DeepestStaticPruning = 3;
 constexpr std::int32_t FewestMenForStaticPruning = 5;
 constexpr std::int32_t ExtensionDepthOffPv = 6;
-constexpr std::int32_t FiftyMoves = 100;  // in half-moves
 
 /// King and pawns are not enough: the side could be in zugzwang, where passing is the best "move".
 bool HasPiece(const CPosition& position, Colour colour) noexcept {

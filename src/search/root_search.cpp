@@ -15,6 +15,12 @@ namespace {
 constexpr std::int32_t FewMen = 5;
 constexpr Score NearlyEqual = 100;
 
+/// No list wants every move.
+bool IsWanted(Move move, const MoveList& wanted) noexcept {
+    return wanted.count == 0 || std::any_of(wanted.begin(), wanted.end(),
+                                            [move](Move other) { return SameMove(move, other); });
+}
+
 /// Whether a stored move can be followed on this position, which it leaves whole then.
 ///
 /// A move of the table was legal where it was stored. Yet that may have been another position of
@@ -35,7 +41,8 @@ bool CanFollow(Move move, const CPosition& position, const CMoveGenerator& gener
 }  // namespace
 
 CRootSearch::CRootSearch(CSearch& search, CPosition& position, const SearchContext& context,
-                         IWorkers& workers, ISearchReceiver& receiver) noexcept
+                         IWorkers& workers, ISearchReceiver& receiver,
+                         const SearchManners& manners) noexcept
     : search_(search),
       position_(position),
       hash_(context.hash),
@@ -43,12 +50,13 @@ CRootSearch::CRootSearch(CSearch& search, CPosition& position, const SearchConte
       options_(context.options),
       generator_(position),
       workers_(workers),
-      receiver_(receiver) {}
+      receiver_(receiver),
+      manners_(manners) {}
 
 bool CRootSearch::Begin(const SearchLimits& limits) {
     receiver_.SetRoot(position_);
     bases_.hits = 0;
-    if (!limits.infinite && !limits.ponder && AnswerFromBases()) {
+    if (!limits.infinite && !limits.ponder && AnswerFromBases(limits.searchmoves)) {
         return false;
     }
     hash_.BeginSearch(limits.infinite);
@@ -56,9 +64,10 @@ bool CRootSearch::Begin(const SearchLimits& limits) {
     return true;
 }
 
-bool CRootSearch::AnswerFromBases() {
+bool CRootSearch::AnswerFromBases(const MoveList& wanted) {
     Move move = NoMove;
-    if (!bases_.ProbeRoot(move, position_)) {
+    if (!bases_.ProbeRoot(move, position_) ||
+        (manners_.alwaysNamesMove && !IsPlayable(move, wanted))) {
         return false;
     }
     PvLine line;
@@ -69,20 +78,47 @@ bool CRootSearch::AnswerFromBases() {
 }
 
 void CRootSearch::Prepare(const SearchLimits& limits) noexcept {
-    timeControl_.Start(limits, position_.sideToMove);
+    timeControl_.Start(limits, position_.sideToMove, manners_.waitsForItsRelease);
     search_.ResetSearch();
     search_.SetMaster(*this, timeControl_.HasNodeLimit() ? 1 : ChecksPerLookAtClock);
     checksToClock_ = ChecksPerLookAtClock;
     areMovesReported_ = false;
+    isReleased_ = false;
     bestLine_.count = 0;
+    firstScore_ = -MateScore;
+}
+
+/// A base knows nothing of the moves that are wanted, and a book's move may leave the king in
+/// check.
+bool CRootSearch::IsPlayable(Move move, const MoveList& wanted) {
+    if (!IsWanted(move, wanted) || !generator_.IsPseudoLegal(move) || !position_.MakeMove(move)) {
+        return false;
+    }
+    position_.UndoMove(move);
+    return true;
+}
+
+/// The first legal move of those that are wanted; `NoMove` if there is none.
+Move CRootSearch::FirstMove() {
+    const MoveList& wanted = timeControl_.Limits().searchmoves;
+    MoveList moves;
+    generator_.GenerateMoves(moves, MoveKinds::All);
+    const Move* const found = std::find_if(moves.begin(), moves.end(),
+                                           [&](Move move) { return IsPlayable(move, wanted); });
+    return found == moves.end() ? NoMove : *found;
 }
 
 void CRootSearch::Think() {
+    if (manners_.alwaysNamesMove && FirstMove().IsNone()) {
+        HoldBack();
+        receiver_.PrintNoBestMove();
+        return;
+    }
     workers_.Start(position_);
     Iterate();
-    if (timeControl_.IsUnbounded()) {
-        // The depth bound came first: the move is held back until it is asked for.
-        WaitForStop();
+    HoldBack();
+    if (manners_.alwaysNamesMove && bestLine_.count == 0) {
+        NameSomeMove();
     }
     search_.AddNodes(workers_.Nodes());
     workers_.Stop();
@@ -90,36 +126,56 @@ void CRootSearch::Think() {
     PrintResult();
 }
 
+/// An answer to `infinite` or `ponder` that came too early is held back until it is asked for. The
+/// limits and status lines of a search go on; the workers may still be counting nodes.
+void CRootSearch::HoldBack() noexcept {
+    const auto mayAnswer = [this] {
+        return manners_.waitsForItsRelease ? isReleased_ || !timeControl_.IsUnbounded()
+                                           : search_.IsStopped();
+    };
+    while (timeControl_.IsUnbounded() && !mayAnswer()) {
+        if (timeControl_.IsNodeLimitReached(Nodes())) {
+            search_.RequestStop();
+        }
+        LookAtClock();
+        Rest();
+    }
+}
+
+/// No iteration has been finished: the best move so far, or any.
+void CRootSearch::NameSomeMove() {
+    bestLine_ = search_.RootLine();
+    Score score = firstScore_;
+    if (bestLine_.count == 0) {
+        bestLine_.Append(FirstMove());
+        score = search_.StaticScore();
+    }
+    receiver_.PrintPv({1, 1, score, -MateScore, MateScore, &bestLine_, 0}, Statistics());
+}
+
 /// Deepens until the bound, a stopping rule or `stop`. An iteration that was stopped is thrown away
 /// whole, though its best move may have been better. When a rule ends the search the last line is
-/// not printed; the best move still comes from it.
+/// not printed, unless the manners ask for it; the best move comes from it in any case.
 void CRootSearch::Iterate() {
     for (std::int32_t depth = 1; depth < timeControl_.IterationBound(); ++depth) {
         search_.ResetSeldepth();
         lineCount_ = 0;
         const Score score = search_.SearchRoot(depth);
         if (search_.IsStopped()) {
+            firstScore_ = score;
             return;
         }
         bestLine_ = search_.RootLine();
         if (bestLine_.count == 0) {
             ExtractHashLine(bestLine_, depth);
         }
-        if (!timeControl_.IsUnbounded() && timeControl_.MayFinish(score, depth)) {
+        const bool isFinished = !timeControl_.IsUnbounded() && timeControl_.MayFinish(score, depth);
+        if (!isFinished || manners_.showsEveryIteration) {
+            OutputPv(depth, score);
+        }
+        if (isFinished) {
             return;
         }
-        OutputPv(depth, score);
-    }
-}
-
-/// The limits and status lines of a search go on; the workers may still be counting nodes.
-void CRootSearch::WaitForStop() noexcept {
-    while (!search_.IsStopped()) {
-        if (timeControl_.IsNodeLimitReached(Nodes())) {
-            search_.RequestStop();
-        }
-        LookAtClock();
-        Rest();
     }
 }
 
@@ -150,9 +206,7 @@ void CRootSearch::LookAtClock() noexcept {
 }
 
 bool CRootSearch::IsRootMoveWanted(Move move) const noexcept {
-    const auto wanted = timeControl_.Limits().searchmoves.Used();
-    return wanted.empty() || std::any_of(wanted.begin(), wanted.end(),
-                                         [move](Move other) { return SameMove(move, other); });
+    return IsWanted(move, timeControl_.Limits().searchmoves);
 }
 
 void CRootSearch::RootMoveBegins(Move move, std::int32_t number) {
@@ -175,12 +229,65 @@ void CRootSearch::RootMoveEnds(Move move, std::int32_t depth) {
 
 /// One slot is never used, whatever "MultiPV" says; the root moves that come later are dropped.
 void CRootSearch::RootMoveIsScored(Move move, Score value) noexcept {
-    if (options_.multiPv.number <= 1 || lineCount_ + 1 >= lines_.size()) {
+    if (options_.multiPv.number <= 1) {
         return;
+    }
+    const std::size_t usable = lines_.size() - (manners_.showsEveryIteration ? 0 : 1);
+    if (lineCount_ == usable) {
+        if (!manners_.showsEveryIteration || !DropWorstLine(value)) {
+            return;
+        }
     }
     ScoredLine& slot = lines_[lineCount_++];
     slot.score = value;
     search_.BuildLine(slot.line, 0, move);
+}
+
+/// Makes room for a line of this score, at the end: among equal ones the first is the best.
+bool CRootSearch::DropWorstLine(Score value) noexcept {
+    auto* const end = lines_.begin() + static_cast<std::ptrdiff_t>(lineCount_);
+    auto* const worst =
+        std::min_element(lines_.begin(), end, [](const ScoredLine& one, const ScoredLine& other) {
+            return one.score < other.score;
+        });
+    if (worst->score >= value) {
+        return false;
+    }
+    std::rotate(worst, worst + 1, end);
+    --lineCount_;
+    return true;
+}
+
+/// Cuts a line where the game ends by repetition or by the fifty-move rule, and continues one that
+/// is shorter than it was when its nodes were searched: with moves of the table, as long as they
+/// are legal and do not end the game so.
+void CRootSearch::FinishLine(PvLine& line, std::int32_t length) noexcept {
+    const auto isDrawn = [this] {
+        return position_.halfmoveClock >= FiftyMoves || search_.IsRepetition();
+    };
+    std::int32_t made = 0;
+    bool isOver = false;
+    while (made < line.count && !isOver && position_.MakeMove(line[made])) {
+        ++made;
+        isOver = isDrawn();
+    }
+    line.count = made;
+    while (!isOver && line.count < std::min(length, PvLine::Capacity)) {
+        const auto hit = hash_.Probe(position_.key);
+        if (!hit || hit->move.IsNone() || !generator_.IsPseudoLegal(hit->move) ||
+            !position_.MakeMove(hit->move)) {
+            break;
+        }
+        line.Append(hit->move);
+        if (isDrawn()) {
+            position_.UndoMove(hit->move);
+            line.RemoveLast();
+            break;
+        }
+    }
+    for (std::int32_t i = line.count; i > 0;) {
+        position_.UndoMove(line[--i]);
+    }
 }
 
 /// Appends the stored best moves along the line from the current position, as far as they can be
@@ -208,6 +315,9 @@ void CRootSearch::OutputPv(std::int32_t depth, Score score) {
         OutputLines(depth, selectiveDepth);
         return;
     }
+    if (manners_.completesLines) {
+        FinishLine(bestLine_, depth);
+    }
     PvReport report{depth, selectiveDepth, score, -MateScore, MateScore, &bestLine_, 0};
     if (position_.MenCount() <= FewMen && std::abs(score) <= NearlyEqual) {
         report.score = DrawScore;
@@ -228,6 +338,9 @@ void CRootSearch::OutputLines(std::int32_t depth, std::int32_t selectiveDepth) {
             if (candidate.score > slot.score) {
                 std::swap(slot, candidate);
             }
+        }
+        if (manners_.completesLines) {
+            FinishLine(slot.line, depth);
         }
         receiver_.PrintPv(
             {depth, selectiveDepth, slot.score, -MateScore, MateScore, &slot.line, number},

@@ -13,9 +13,12 @@
 #include "board/move_generator.h"
 #include "board/move_list.h"
 #include "board/position.h"
+#include "board/score.h"
+#include "platform/relaxed.h"
 #include "search/hash_table.h"
 #include "search/search.h"
 #include "search/search_limits.h"
+#include "search/search_manners.h"
 #include "search/search_master.h"
 #include "search/search_options.h"
 #include "search/search_receiver.h"
@@ -32,7 +35,8 @@ class CRootSearch final : private ISearchMaster {
 public:
     /// All outlive this object. The position is the one that `search` is bound to.
     CRootSearch(CSearch& search, CPosition& position, const SearchContext& context,
-                IWorkers& workers, ISearchReceiver& receiver) noexcept;
+                IWorkers& workers, ISearchReceiver& receiver,
+                const SearchManners& manners = {}) noexcept;
 
     /// All that comes before the thread of a search: tells the receiver the root, asks the bases,
     /// and readies the table, the clock and the record. False when a base has answered: its move
@@ -47,8 +51,15 @@ public:
     /// the `CSearch` are those of all threads at the end.
     void Think();
 
-    /// Lets the hard time limit count, which it does anyway. Any thread may call it.
+    /// The move that is pondered over has been played. Any thread may call it.
     void ClearPause() noexcept { timeControl_.ClearPause(); }
+
+    /// Nobody waits for more: the search stops, and its answer is held back no longer. Any thread
+    /// may call it.
+    void Release() noexcept {
+        isReleased_ = true;
+        search_.RequestStop();
+    }
 
 private:
     /// A root move's line, kept while "MultiPV" asks for more than one.
@@ -67,9 +78,14 @@ private:
     void RootMoveEnds(Move move, std::int32_t depth) override;
     void RootMoveIsScored(Move move, Score value) noexcept override;
 
-    [[nodiscard]] bool AnswerFromBases();
+    [[nodiscard]] bool AnswerFromBases(const MoveList& wanted);
+    [[nodiscard]] bool IsPlayable(Move move, const MoveList& wanted);
+    [[nodiscard]] Move FirstMove();
     void Iterate();
-    void WaitForStop() noexcept;
+    void HoldBack() noexcept;
+    [[nodiscard]] bool DropWorstLine(Score value) noexcept;
+    void NameSomeMove();
+    void FinishLine(PvLine& line, std::int32_t length) noexcept;
     void LookAtClock() noexcept;
     void ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept;
     void OutputPv(std::int32_t depth, Score score);
@@ -87,10 +103,13 @@ private:
     CMoveGenerator generator_;
     IWorkers& workers_;
     ISearchReceiver& receiver_;
+    const SearchManners manners_;
     CTimeControl timeControl_;
     std::int64_t checksToClock_ = ChecksPerLookAtClock;  ///< used under a node limit
     bool areMovesReported_ = false;  ///< each root move; from the first status line on
+    Relaxed<bool> isReleased_{false};
     PvLine bestLine_;                ///< of the last finished iteration
+    Score firstScore_ = -MateScore;  ///< of a first iteration that was stopped
     std::array<ScoredLine, LineSlots> lines_;
     std::size_t lineCount_ = 0;
 };

@@ -13,6 +13,7 @@
 #include "board/move_generator.h"
 #include "board/move_list.h"
 #include "board/position.h"
+#include "board/score.h"
 #include "eval/evaluation.h"
 #include "eval/evaluation_options.h"
 #include "eval/kpk_bitbase.h"
@@ -39,6 +40,9 @@ struct SearchContext {
     const CEvaluationOptions& evaluationOptions;
     const CKpkBitbase& kpkBitbase;
 };
+
+/// Half-moves without a capture or pawn move that make a game drawn.
+inline constexpr std::int32_t FiftyMoves = 100;
 
 class CSearch {
 public:
@@ -97,6 +101,14 @@ public:
 
     [[nodiscard]] bool IsStopped() const noexcept { return stop_; }
 
+    /// Whether the position has occurred before, in the search or in the game.
+    [[nodiscard]] bool IsRepetition() const noexcept;
+
+    /// The evaluation of the position, without a search.
+    [[nodiscard]] Score StaticScore() noexcept {
+        return evaluation_.Evaluate(-MateScore, MateScore);
+    }
+
     /// This thread's nodes, and those that `AddNodes` has brought. Any thread may read it.
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return nodes_; }
 
@@ -135,7 +147,6 @@ private:
     static constexpr std::int64_t Endless = std::numeric_limits<std::int64_t>::max();
 
     // alpha_beta.cpp
-    [[nodiscard]] bool IsRepetition() const noexcept;
     [[nodiscard]] std::optional<Score> ProbeTable(std::int32_t depth, Score alpha,
                                                   Score beta) const noexcept;
     [[nodiscard]] std::optional<Score> ProbeBases(std::int32_t depth, std::int32_t ply);

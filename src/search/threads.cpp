@@ -92,10 +92,11 @@ void CWorkerList::Reset() noexcept {
     stopRequested_ = false;
 }
 
-CMasterThread::CMasterThread(const SearchContext& context, ISearchReceiver& receiver)
+CMasterThread::CMasterThread(const SearchContext& context, ISearchReceiver& receiver,
+                             const SearchManners& manners)
     : CSearchThread(context),
       workers_(context),
-      root_(search_, position, context, workers_, receiver) {}
+      root_(search_, position, context, workers_, receiver, manners) {}
 
 bool CMasterThread::Start(const SearchLimits& limits) {
     EndSearch();
@@ -123,7 +124,7 @@ void CMasterThread::SetSearching(bool isSearching) noexcept {
 }
 
 void CMasterThread::Stop() noexcept {
-    search_.RequestStop();
+    root_.Release();
     workers_.RequestStop();
 }
 

@@ -124,7 +124,8 @@ private:
 /// doing.
 class CMasterThread final : public CSearchThread {
 public:
-    CMasterThread(const SearchContext& context, ISearchReceiver& receiver);
+    CMasterThread(const SearchContext& context, ISearchReceiver& receiver,
+                  const SearchManners& manners = {});
     CMasterThread(const CMasterThread&) = delete;
     CMasterThread& operator=(const CMasterThread&) = delete;
 
@@ -137,7 +138,7 @@ public:
     /// Asks the search to stop and returns at once. The best move comes from the search's thread.
     void Stop() noexcept;
 
-    /// Clears the pause flag, which nothing sets.
+    /// Clears the pause flag, which only `SearchManners::waitsForItsRelease` ever sets.
     void PonderHit() noexcept { root_.ClearPause(); }
 
     /// Stops a search that is under way and waits until it has reported its best move. Needed

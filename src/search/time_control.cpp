@@ -19,12 +19,15 @@ constexpr std::int32_t StatusInterval = 1000;  // ms
 CTimeControl::CTimeControl() noexcept
     : startTicks_(TickCount()), startClock_(WallClock()), statusTicks_(startTicks_) {}
 
-void CTimeControl::Start(const SearchLimits& limits, Colour sideToMove) noexcept {
+void CTimeControl::Start(const SearchLimits& limits, Colour sideToMove,
+                         bool pausesToPonder) noexcept {
     limits_ = limits;
     startTicks_ = TickCount();
     startClock_ = WallClock();
     statusTicks_ = startTicks_;
-    pause_ = false;
+    countedFrom_ = startTicks_;
+    pausesToPonder_ = pausesToPonder;
+    pause_ = pausesToPonder && limits.ponder;
     ShareOut(sideToMove);
 }
 
@@ -62,11 +65,11 @@ bool CTimeControl::MayFinish(Score score, std::int32_t depth) const noexcept {
     if (distance != 0 && depth >= distance) {
         return true;
     }
-    return softLimit_ != NoLimit && Ticks() > softLimit_;
+    return softLimit_ != NoLimit && CountedTicks() > softLimit_;
 }
 
 bool CTimeControl::IsHardLimitPassed() const noexcept {
-    return !pause_ && !limits_.infinite && hardLimit_ != NoLimit && Ticks() > hardLimit_;
+    return !IsPaused() && !limits_.infinite && hardLimit_ != NoLimit && CountedTicks() > hardLimit_;
 }
 
 bool CTimeControl::IsStatusDue() noexcept {
@@ -76,6 +79,17 @@ bool CTimeControl::IsStatusDue() noexcept {
     }
     statusTicks_ = now;
     return true;
+}
+
+void CTimeControl::ClearPause() noexcept {
+    if (IsPaused()) {
+        countedFrom_ = TickCount();
+        pause_.store(false, std::memory_order_release);
+    }
+}
+
+std::uint32_t CTimeControl::CountedTicks() const noexcept {
+    return TickCount() - countedFrom_;
 }
 
 std::uint32_t CTimeControl::Ticks() const noexcept {

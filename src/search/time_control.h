@@ -11,6 +11,7 @@
 #include "platform/relaxed.h"
 #include "search/search_limits.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace brenquil {
@@ -21,7 +22,8 @@ public:
     CTimeControl() noexcept;
 
     /// Takes over the limits, starts the clock and shares the time out.
-    void Start(const SearchLimits& limits, Colour sideToMove) noexcept;
+    /// @param pausesToPonder  the limits in time of `ponder` count from the hit
+    void Start(const SearchLimits& limits, Colour sideToMove, bool pausesToPonder = false) noexcept;
 
     [[nodiscard]] const SearchLimits& Limits() const noexcept { return limits_; }
 
@@ -30,7 +32,9 @@ public:
     [[nodiscard]] std::int32_t IterationBound() const noexcept;
 
     /// The search holds its move back until it is stopped, or until the hard limit passes.
-    [[nodiscard]] bool IsUnbounded() const noexcept { return limits_.infinite || limits_.ponder; }
+    [[nodiscard]] bool IsUnbounded() const noexcept {
+        return limits_.infinite || (pausesToPonder_ ? IsPaused() : limits_.ponder);
+    }
 
     /// After an iteration of this depth and score: whether a search that may end by itself should.
     /// A mate that no deeper iteration can shorten ends it, and so does the soft limit.
@@ -43,7 +47,8 @@ public:
         return HasNodeLimit() && nodes >= static_cast<std::uint64_t>(limits_.nodes);
     }
 
-    /// A pondering search keeps to the hard limit as if the move were on the board.
+    /// A pondering search keeps to the hard limit as if the move were on the board, unless it was
+    /// started with a pause.
     [[nodiscard]] bool IsHardLimitPassed() const noexcept;
 
     /// True once a second at most; a second begins at the start and with each true answer.
@@ -55,14 +60,19 @@ public:
     /// The same by the clock of the program, for the figure of the processor load.
     [[nodiscard]] std::int32_t Clock() const noexcept;
 
-    /// Lets the hard limit count. It always does: nothing sets the flag that this clears. Any
-    /// thread may call it.
-    void ClearPause() noexcept { pause_ = false; }
+    /// Lets the limits in time count, from now on. Without a pause they count already. Any thread
+    /// may call it.
+    void ClearPause() noexcept;
 
 private:
     static constexpr std::uint32_t NoLimit = 0xFFFFFFFF;
 
     void ShareOut(Colour sideToMove) noexcept;
+
+    [[nodiscard]] bool IsPaused() const noexcept { return pause_.load(std::memory_order_acquire); }
+
+    /// Milliseconds that the limits are held against.
+    [[nodiscard]] std::uint32_t CountedTicks() const noexcept;
 
     SearchLimits limits_;
     std::uint32_t startTicks_;
@@ -70,7 +80,9 @@ private:
     std::uint32_t statusTicks_;  ///< of the last status
     std::uint32_t softLimit_ = NoLimit;
     std::uint32_t hardLimit_ = NoLimit;
-    Relaxed<bool> pause_{false};
+    bool pausesToPonder_ = false;
+    Relaxed<std::uint32_t> countedFrom_{0};  ///< written before the pause ends
+    std::atomic<bool> pause_{false};
 };
 
 }  // namespace brenquil

@@ -43,8 +43,7 @@ void COption::SetValue(const std::string& text) {
 
 std::string COption::UciLine() const {
     assert(!uciName.empty());
-    return "option name " + uciName + " type " + std::string(type) + " default " + value +
-           UciLimits();
+    return "option name " + uciName + " type " + std::string(type) + UciDefault() + UciLimits();
 }
 
 std::string COption::IniLine() const {
@@ -67,6 +66,14 @@ void COptionCheck::Apply(const std::string& text) {
     enabled = ParseBool(text, enabled);
 }
 
+std::optional<std::string> COptionCheck::Fitting(const std::string& text) const {
+    const std::string word = ToLower(text);
+    if (ParseBool(word, true) != ParseBool(word, false)) {
+        return std::nullopt;
+    }
+    return ParseBool(word, false) ? "true" : "false";
+}
+
 COptionSpin::COptionSpin(COptionGroup* group, const OptionNames& names, std::int32_t defaultValue,
                          std::int32_t minimum, std::int32_t maximum)
     : COption(group, "spin", names),
@@ -82,6 +89,13 @@ void COptionSpin::Apply(const std::string& text) {
         number = ToInteger(text);
         bounded_ = std::clamp(number.Load(), -ArithmeticLimit, ArithmeticLimit);
     }
+}
+
+std::optional<std::string> COptionSpin::Fitting(const std::string& text) const {
+    if (!IsNumeric(text)) {
+        return std::nullopt;
+    }
+    return std::to_string(std::clamp(ToInteger(text), min, max));
 }
 
 std::string COptionSpin::UciLimits() const {
@@ -127,12 +141,37 @@ void COptionCombo::Apply(const std::string& newText) {
     }
 }
 
+std::optional<std::string> COptionCombo::Fitting(const std::string& newText) const {
+    const std::string wanted = ToLower(newText);
+    const auto found = std::find_if(vars.begin(), vars.end(), [&wanted](const std::string& word) {
+        return ToLower(word) == wanted;
+    });
+    return found == vars.end() ? std::nullopt : std::optional(*found);
+}
+
 std::string COptionCombo::UciLimits() const {
     return " var " + Join(vars, " var ");
 }
 
 std::string COptionCombo::IniLimits() const {
     return Join(vars, ", ");
+}
+
+namespace {
+
+/// What a button that is not pressed holds: no line of input can bring it, so that each text counts
+/// as a change.
+constexpr const char* NotPressed = "\n";
+
+}  // namespace
+
+COptionButton::COptionButton(COptionGroup* group, const OptionNames& names)
+    : COption(group, "button", names) {
+    value = NotPressed;
+}
+
+void COptionButton::Apply(const std::string&) {
+    value = NotPressed;
 }
 
 bool COptionGroup::SetOption(std::string_view optionName, const std::string& value) {

@@ -15,7 +15,7 @@
 // and the ini file writer.
 //
 // All paths go through SetValue, which does nothing when the text does not change. Ranges and
-// choices are advertised, never enforced here.
+// choices are advertised and not enforced: who wants to asks Fitting first.
 //
 // Nothing is called back while objects are being made. Who has to act on a change sets `onChange`;
 // once everything is there, one call of RunCallbacks for each group brings what the options steer
@@ -30,6 +30,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -68,6 +69,12 @@ public:
     /// nothing. A text that does not fit the typed field is kept as the value all the same.
     void SetValue(const std::string& text);
 
+    /// The text that the option advertises and that is nearest to this one; nothing if the text
+    /// means no value of it.
+    [[nodiscard]] virtual std::optional<std::string> Fitting(const std::string& text) const {
+        return text;
+    }
+
     /// The `option` line of the answer to `uci`. Its default is the current value, not the built-in
     /// one.
     [[nodiscard]] std::string UciLine() const;
@@ -86,6 +93,9 @@ protected:
     /// @param typeWord  a literal
     COption(COptionGroup* group, std::string_view typeWord, const OptionNames& names);
 
+    /// What the `option` line says of the default, with a blank in front.
+    [[nodiscard]] virtual std::string UciDefault() const { return " default " + value; }
+
     /// What follows the default in the `option` line, with a blank in front; nothing by default.
     [[nodiscard]] virtual std::string UciLimits() const { return {}; }
 
@@ -99,6 +109,9 @@ public:
     COptionCheck(COptionGroup* group, const OptionNames& names, bool defaultValue);
 
     void Apply(const std::string& text) override;
+
+    /// Either truth value in any letter case.
+    [[nodiscard]] std::optional<std::string> Fitting(const std::string& text) const override;
 
     Relaxed<bool> enabled{false};
 
@@ -116,6 +129,9 @@ public:
                 std::int32_t minimum, std::int32_t maximum);
 
     void Apply(const std::string& text) override;
+
+    /// The number within the advertised range.
+    [[nodiscard]] std::optional<std::string> Fitting(const std::string& text) const override;
 
     /// The number as sums use it. Any number can be set; this one is at most ArithmeticLimit either
     /// way, which keeps sums of a few dozen of them, and of scores and depths, within 32 bits.
@@ -160,6 +176,9 @@ public:
 
     void Apply(const std::string& newText) override;
 
+    /// The advertised word, in any letter case.
+    [[nodiscard]] std::optional<std::string> Fitting(const std::string& newText) const override;
+
     const std::vector<std::string> vars;
     std::string text;
 
@@ -169,6 +188,17 @@ public:
 private:
     [[nodiscard]] std::string UciLimits() const override;
     [[nodiscard]] std::string IniLimits() const override;
+};
+
+/// A command that looks like an option: each setting of any value runs the callback.
+class COptionButton final : public COption {
+public:
+    COptionButton(COptionGroup* group, const OptionNames& names);
+
+    void Apply(const std::string& text) override;
+
+private:
+    [[nodiscard]] std::string UciDefault() const override { return {}; }
 };
 
 /// A named list of options. A derived class declares them with the functions that begin with Add.
@@ -219,6 +249,8 @@ protected:
                                         std::vector<std::string> vars) {
         return {this, names, defaultValue, std::move(vars)};
     }
+
+    [[nodiscard]] COptionButton AddButton(const OptionNames& names) { return {this, names}; }
 
     /// Lists an option that another group holds because it steers that group's subject.
     template <class Option>

@@ -15,6 +15,7 @@ import unittest
 from pathlib import Path
 
 ENGINE = os.environ.get("BRENQUIL_ENGINE", "")
+SYSTEM = os.environ.get("BRENQUIL_SYSTEM", "Linux")
 FACTOR = float(os.environ.get("BRENQUIL_TIMEOUT_FACTOR", "1"))
 ROOT = Path(__file__).resolve().parents[2]
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
@@ -36,10 +37,10 @@ def is_end(line):
 class EngineProcess:
     """One running program."""
 
-    def __init__(self, directory, dialogue):
+    def __init__(self, directory, dialogue, arguments=()):
         self.dialogue = dialogue
         self.process = subprocess.Popen(
-            [ENGINE], cwd=directory, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            [ENGINE, *arguments], cwd=directory, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT, bufsize=0)
         self.lines = queue.Queue()
         self.alarms = []
@@ -128,7 +129,9 @@ class EngineProcess:
 
 
 class EngineTestCase(unittest.TestCase):
-    """See the head of the file."""
+    """See the head of the file. `arguments` are those of the program."""
+
+    arguments = ()
 
     def run(self, result=None):
         result = result or self.defaultTestResult()
@@ -150,7 +153,7 @@ class EngineTestCase(unittest.TestCase):
 
     def start(self):
         """A program whose banner has not been read."""
-        engine = EngineProcess(self.directory, self.dialogue)
+        engine = EngineProcess(self.directory, self.dialogue, self.arguments)
         self.addCleanup(self._end, engine)
         return engine
 

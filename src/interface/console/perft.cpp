@@ -105,4 +105,22 @@ void CPerft::PerftDivide(std::int32_t depth) {
     output_.PrintLine("nps:   " + std::to_string(NodesPerSecond(total, elapsed)));
 }
 
+void CPerft::PerftSplit(std::int32_t depth) {
+    std::uint64_t total = depth == 0 ? 1 : 0;
+    if (IsInRange(depth) && depth > 0) {
+        for (const Move move : MoveListFor(depth)) {
+            const std::string text = CPositionText::MoveToText(move, position, notation_);
+            if (!position.MakeMove(move)) {
+                continue;
+            }
+            const std::uint64_t count = CountNodes(depth - 1);
+            position.UndoMove(move);
+            total += count;
+            output_.PrintLine(text + ": " + std::to_string(count));
+        }
+    }
+    output_.PrintLine("");
+    output_.PrintLine("Nodes searched: " + std::to_string(total));
+}
+
 }  // namespace brenquil

@@ -39,6 +39,10 @@ public:
     /// Prints the count below each legal move, then total, time and rate.
     void PerftDivide(std::int32_t depth);
 
+    /// Prints the count below each legal move as "e2e4: 20", an empty line, and the total as "Nodes
+    /// searched: 400".
+    void PerftSplit(std::int32_t depth);
+
     CPosition position;
 
 private:

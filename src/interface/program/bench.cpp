@@ -30,17 +30,18 @@ std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t
 
 }  // namespace
 
-std::uint64_t RunBench(ILineSink& sink, std::int32_t depth) {
+std::uint64_t RunBench(ILineSink& sink, const BenchSettings& settings, CDialect dialect) {
     CSilentSink silence;
-    const auto engine = std::make_unique<CEngine>(silence);
-    engine->SetOption("Hash", "16");
+    const auto engine = std::make_unique<CEngine>(silence, dialect);
+    engine->SetOption("Hash", std::to_string(settings.hash));
+    engine->SetOption("Threads", std::to_string(settings.threads));
     CLineOutput report(sink);
 
     std::uint64_t nodes = 0;
     std::uint32_t milliseconds = 0;
     for (const std::string_view fen : BenchPositions) {
         const std::uint32_t start = TickCount();
-        const std::uint64_t positionNodes = SearchPosition(*engine, fen, depth);
+        const std::uint64_t positionNodes = SearchPosition(*engine, fen, settings.depth);
         milliseconds += TickCount() - start;
         nodes += positionNodes;
         report.PrintLine(std::to_string(positionNodes) + "  " + std::string(fen));

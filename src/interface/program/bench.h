@@ -6,18 +6,23 @@
 // behaviour does.
 #pragma once
 
+#include "interface/dialect.h"
 #include "interface/line_sink.h"
 
 #include <cstdint>
 
 namespace brenquil {
 
-/// The depth of the signature.
-inline constexpr std::int32_t BenchDepth = 10;
+/// How the list is searched. The defaults are those of the signature.
+struct BenchSettings {
+    std::int32_t depth = 10;
+    std::int32_t threads = 1;  ///< with more of them the nodes differ from run to run
+    std::int32_t hash = 16;    ///< mebibytes
+};
 
 /// Searches the list and prints a line a position, then nodes, time in seconds, and the line
 /// "<nodes> nodes <rate> nps" that testing frameworks look for.
 /// @return the total of nodes
-std::uint64_t RunBench(ILineSink& sink, std::int32_t depth = BenchDepth);
+std::uint64_t RunBench(ILineSink& sink, const BenchSettings& settings = {}, CDialect dialect = {});
 
 }  // namespace brenquil

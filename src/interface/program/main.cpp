@@ -1,36 +1,33 @@
-// The program: makes the engine, reads the ini file, prints the banner and obeys commands, or runs
-// the bench.
+// The program: does what its arguments ask for. Without any it makes the engine, reads the ini
+// file, prints the banner and obeys commands.
 
 #include "interface/command_loop.h"
 #include "interface/engine.h"
 #include "interface/line_sink.h"
+#include "interface/program/arguments.h"
 #include "interface/program/banner.h"
 #include "interface/program/bench.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/log_file.h"
+#include "interface/program/program_info.h"
 #include "interface/program/standard_input.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
-#include "text/text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <memory>
-#include <string_view>
+#include <string>
+#include <vector>
 
 namespace {
 
 using namespace brenquil;
 
-/// brenquil bench [depth]
-void Bench(ILineSink& sink, std::string_view depthText) {
-    const std::int32_t depth = ToInteger(depthText);
-    RunBench(sink, depth > 0 ? depth : BenchDepth);
-}
-
-void Converse(CFileSink& sink) {
+void Converse(CFileSink& sink, CDialect dialect) {
     static CStandardInput& input = *std::make_unique<CStandardInput>(std::cin).release();
-    static CEngine& engine = *std::make_unique<CEngine>(sink).release();
+    static CEngine& engine = *std::make_unique<CEngine>(sink, dialect).release();
     const auto leaveIfAsked = [] {
         if (input.IsEndWaiting()) {
             EndProcess(0);
@@ -46,6 +43,21 @@ void Converse(CFileSink& sink) {
     CCommandLoop(engine, input).Run();
 }
 
+/// Does what the arguments ask for, and returns the exit status.
+int Obey(const Arguments& arguments, CFileSink& sink) {
+    switch (arguments.action) {
+    case Arguments::Action::Converse: Converse(sink, arguments.dialect); break;
+    case Arguments::Action::Bench: RunBench(sink, arguments.bench, arguments.dialect); break;
+    case Arguments::Action::Version: sink.Write(std::string(ProgramTitle) + "\n"); break;
+    case Arguments::Action::Help: sink.Write(UsageText()); break;
+    case Arguments::Action::Refuse:
+        CFileSink(stderr).Write("brenquil: " + arguments.fault +
+                                "\nbrenquil --help tells what it understands\n");
+        return Arguments::StatusOfMisuse;
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -53,12 +65,9 @@ int main(int argc, char* argv[]) {
     // Otherwise each read flushes the output first, and waits for a search that writes to nobody.
     std::cin.tie(nullptr);
     static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();
-    if (argc > 1 && std::string_view(argv[1]) == "bench") {
-        Bench(sink, argc > 2 ? argv[2] : "");
-    } else {
-        Converse(sink);
-    }
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const int status = Obey(ParseArguments(argc > 0 ? argv[0] : "", words), sink);
     // A search may still be running, and goes on looking at everything to its last instruction.
     // So nothing is ever destroyed, neither the two objects above nor those of the libraries.
-    EndProcess(0);
+    EndProcess(status);
 }

@@ -1,8 +1,10 @@
 #include "interface/uci/uci_output.h"
 
+#include "board/score.h"
 #include "interface/console/move_listing.h"
 #include "interface/move_notation.h"
 #include "interface/uci/uci_text.h"
+#include "interface/uci/win_draw_loss.h"
 #include "text/text.h"
 
 namespace brenquil {
@@ -24,13 +26,14 @@ std::string TableText(const SearchStatistics& statistics) {
 
 }  // namespace
 
-CUciOutput::CUciOutput(CProtocol& protocol, const COutputOptions& options, const CBaseList& bases)
-    : protocol_(protocol), options_(options), bases_(bases) {}
+CUciOutput::CUciOutput(CProtocol& protocol, const COutputOptions& options,
+                       const CStrictOptions& strictOptions, const CBaseList& bases)
+    : protocol_(protocol), options_(options), strictOptions_(strictOptions), bases_(bases) {}
 
 void CUciOutput::PrintPv(const PvReport& report, const SearchStatistics& statistics) {
     std::string text = "info depth " + std::to_string(report.depth) + " seldepth " +
                        std::to_string(report.selectiveDepth) + ProgressText(statistics) +
-                       ScoreText(report.score) +
+                       ScoreText(report.score) + ChancesText(report.score) +
                        BoundText(report.score, report.alpha, report.beta) + TableText(statistics);
     if (report.multiPv > 0) {
         text += " multipv " + std::to_string(report.multiPv);
@@ -81,7 +84,25 @@ void CUciOutput::PrintBestMove(Move best, Move ponder) {
 }
 
 void CUciOutput::PrintNoBestMove() {
-    protocol_.PrintInfoString("No best move!");
+    if (protocol_.dialect.SaysThatThereIsNoMove()) {
+        // " score mate 0" by hand: no score of the search stands for a mate that has happened.
+        const Score score = root_.inCheck ? -MateScore : DrawScore;
+        protocol_.PrintLine("info depth 0" +
+                            (root_.inCheck ? std::string(" score mate 0") : ScoreText(score)) +
+                            ChancesText(score));
+        protocol_.PrintLine("bestmove (none)");
+    } else {
+        protocol_.PrintInfoString("No best move!");
+    }
+}
+
+std::string CUciOutput::ChancesText(Score score) const {
+    if (!strictOptions_.showWdl.enabled) {
+        return {};
+    }
+    const WinDrawLoss chances = ChancesOf(score);
+    return " wdl " + std::to_string(chances.win) + " " + std::to_string(chances.draw) + " " +
+           std::to_string(chances.loss);
 }
 
 std::string CUciOutput::PvText(const PvLine& line) const {

@@ -14,6 +14,7 @@
 #include "board/position_text.h"
 #include "interface/output_options.h"
 #include "interface/protocol.h"
+#include "interface/uci/strict_options.h"
 #include "search/search_receiver.h"
 
 #include <string>
@@ -24,8 +25,9 @@ namespace brenquil {
 /// the master's thread while one does.
 class CUciOutput final : public ISearchReceiver {
 public:
-    /// All three outlive this object.
-    CUciOutput(CProtocol& protocol, const COutputOptions& options, const CBaseList& bases);
+    /// All four outlive this object.
+    CUciOutput(CProtocol& protocol, const COutputOptions& options,
+               const CStrictOptions& strictOptions, const CBaseList& bases);
 
     void SetRoot(const CPosition& root) override { root_ = root; }
 
@@ -41,11 +43,13 @@ public:
     [[nodiscard]] std::string PvText(const PvLine& line) const;
 
 private:
+    [[nodiscard]] std::string ChancesText(Score score) const;
     [[nodiscard]] std::string MoveText(Move move) const;
     [[nodiscard]] std::string DatabaseText(Move best);
 
     CProtocol& protocol_;
     const COutputOptions& options_;
+    const CStrictOptions& strictOptions_;
     const CBaseList& bases_;
     CPosition root_;
 };

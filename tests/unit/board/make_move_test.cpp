@@ -717,5 +717,37 @@ TEST(Clear, EmptiesEverythingButTheUndoStack) {
     EXPECT_TRUE(HasSameHistory(position, before, 500));
 }
 
+TEST(ForgetHistory, KeepsWhatRepetitionAndTheFiftyMoveRuleNeed) {
+    CPosition position;
+    const std::array<const char*, 4> cycle = {"g1f3", "g8f6", "f3g1", "f6g8"};
+    for (std::size_t i = 0; i < 200; ++i) {
+        ASSERT_TRUE(position.MakeMove(CPositionText::TextToMove(cycle[i % 4], position, false)));
+    }
+    const CPosition before = position;
+    const std::int32_t forgotten = position.ForgetHistory();
+    EXPECT_GT(forgotten, 0);
+    EXPECT_EQ(forgotten % 2, 0);
+    EXPECT_EQ(position.ply, before.ply - forgotten);
+    EXPECT_GE(position.ply, 100);
+    EXPECT_EQ(position.key, before.key);
+    for (std::int32_t i = 0; i < position.ply; ++i) {
+        EXPECT_EQ(position.undo[i].key, before.undo[i + forgotten].key) << i;
+    }
+    for (std::int32_t i = 0; i < 100; ++i) {
+        position.UndoMove(position.undo[position.ply - 1].move);
+    }
+    EXPECT_EQ(position.halfmoveClock, 100);
+}
+
+TEST(ForgetHistory, PositionBeyondTheStackHasRoomAgain) {
+    CPosition position;
+    CPositionText(position).SetFen("4k3/8/8/8/8/8/4P3/4K3 b - - 7 5000");
+    EXPECT_FALSE(position.MakeMove(Move::Make(E8, E7)));
+    EXPECT_GT(position.ForgetHistory(), 0);
+    EXPECT_TRUE(position.MakeMove(Move::Make(E8, E7)));
+    position.UndoMove(Move::Make(E8, E7));
+    EXPECT_EQ(position.ForgetHistory(), 0) << "what is left is needed";
+}
+
 }  // namespace
 }  // namespace brenquil

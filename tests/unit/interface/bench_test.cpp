@@ -44,7 +44,7 @@ TEST(BenchPositions, AreReadWithoutLossAndCanBePlayed) {
 
 TEST(Bench, PrintsALineAPositionAndTheTotalTheFrameworksRead) {
     CCollectingSink sink;
-    const std::uint64_t nodes = RunBench(sink, 1);
+    const std::uint64_t nodes = RunBench(sink, {1});
     const std::vector<std::string> lines = sink.Take();
     ASSERT_EQ(lines.size(), BenchPositions.size() + 3);
 
@@ -65,9 +65,9 @@ TEST(Bench, PrintsALineAPositionAndTheTotalTheFrameworksRead) {
 
 TEST(Bench, CountsTheSameNodesEachTimeAndMoreAtMoreDepth) {
     CCollectingSink sink;
-    const std::uint64_t nodes = RunBench(sink, 3);
-    EXPECT_EQ(RunBench(sink, 3), nodes);
-    EXPECT_GT(RunBench(sink, 4), nodes);
+    const std::uint64_t nodes = RunBench(sink, {3});
+    EXPECT_EQ(RunBench(sink, {3}), nodes);
+    EXPECT_GT(RunBench(sink, {4}), nodes);
 }
 
 }  // namespace

@@ -61,9 +61,11 @@ struct CUciOutputFixture : testing::Test {
     CProtocol protocol{sink};
     CEvaluationOptions evaluationOptions;
     COutputOptions options{evaluationOptions};
+    CStrictOptions strictOptions;
     CBaseList bases;
     CFakeBase base;
-    std::unique_ptr<CUciOutput> output = std::make_unique<CUciOutput>(protocol, options, bases);
+    std::unique_ptr<CUciOutput> output =
+        std::make_unique<CUciOutput>(protocol, options, strictOptions, bases);
     std::unique_ptr<CPosition> position = std::make_unique<CPosition>();
 };
 

@@ -78,6 +78,39 @@ TEST(OptionSpin, SumsUseABoundedNumber) {
     EXPECT_EQ(group.spin.Bounded(), 7);
 }
 
+TEST(Option, FittingIsWhatIsAdvertised) {
+    const CSampleGroup group;
+    EXPECT_EQ(group.spin.Fitting("99999"), "16384");
+    EXPECT_EQ(group.spin.Fitting("-1"), "0");
+    EXPECT_EQ(group.spin.Fitting("12"), "12");
+    EXPECT_EQ(group.spin.Fitting("many"), std::nullopt);
+    EXPECT_EQ(group.spin.Fitting(""), std::nullopt);
+    EXPECT_EQ(group.check.Fitting("TRUE"), "true");
+    EXPECT_EQ(group.check.Fitting("0"), "false");
+    EXPECT_EQ(group.check.Fitting("maybe"), std::nullopt);
+    EXPECT_EQ(group.combo.Fitting("narrow"), "Narrow");
+    EXPECT_EQ(group.combo.Fitting("Foo"), std::nullopt);
+    EXPECT_EQ(group.path.Fitting("Any where"), "Any where");
+}
+
+TEST(OptionButton, RunsItsCallbackAtEachSetting) {
+    class CButtonGroup final : public COptionGroup {
+    public:
+        CButtonGroup() : COptionGroup("Buttons") {}
+
+        COptionButton button = AddButton({"Press", ""});
+    };
+
+    CButtonGroup group;
+    int pressed = 0;
+    group.button.onChange = [&pressed](const std::string&) { ++pressed; };
+    EXPECT_EQ(group.button.UciLine(), "option name Press type button");
+    EXPECT_TRUE(group.SetOption("Press", ""));
+    EXPECT_TRUE(group.SetOption("Press", ""));
+    EXPECT_TRUE(group.SetOption("Press", "now"));
+    EXPECT_EQ(pressed, 3);
+}
+
 TEST(Option, EqualTextRunsNothing) {
     CSampleGroup group;
     group.calls.clear();

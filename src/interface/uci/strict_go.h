@@ -1,0 +1,32 @@
+// The line of the command `go` as strict UCI reads it: word by word.
+#pragma once
+
+#include "board/move_list.h"
+#include "search/search_limits.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brenquil {
+
+/// What a line asks for.
+struct StrictGo {
+    SearchLimits limits;
+    std::optional<std::int32_t> perftDepth;  ///< nothing but a count is wanted
+    std::vector<std::string> remarks;        ///< what was not understood, a message each
+};
+
+/// Reads the line. `mate` counts moves here, a clock that is used up counts as 0, and what is not
+/// understood is skipped and remarked upon. A line that asks for something and names no limit that
+/// is understood is a search of depth 1 and no endless one.
+/// @param textToMove    the move of a word among the `searchmoves`, `NoMove` if it is not legal
+/// @param moveOverhead  milliseconds that are taken off every clock
+[[nodiscard]] StrictGo ParseStrictGo(std::string_view line,
+                                     const std::function<Move(std::string_view)>& textToMove,
+                                     std::int32_t moveOverhead);
+
+}  // namespace brenquil

@@ -1,0 +1,30 @@
+#include "interface/uci/win_draw_loss.h"
+
+#include "board/score.h"
+
+#include <cmath>
+
+namespace brenquil {
+
+namespace {
+
+std::int32_t WinsAt(Score score) noexcept {
+    const double distance = (EvenChanceScore - static_cast<double>(score)) / ScoreOfAFactor;
+    return static_cast<std::int32_t>(std::lround(1000.0 / (1.0 + std::exp(distance))));
+}
+
+}  // namespace
+
+WinDrawLoss ChancesOf(Score score) noexcept {
+    if (IsMateWin(score)) {
+        return {1000, 0, 0};
+    }
+    if (IsMateLoss(score)) {
+        return {0, 0, 1000};
+    }
+    const std::int32_t win = WinsAt(score);
+    const std::int32_t loss = WinsAt(-score);
+    return {win, 1000 - win - loss, loss};
+}
+
+}  // namespace brenquil
