@@ -62,6 +62,11 @@ endif()
 if(BRENQUIL_ARCH)
     target_compile_options(brenquil_options INTERFACE -march=${BRENQUIL_ARCH})
     target_link_options(brenquil_options INTERFACE -march=${BRENQUIL_ARCH})
+    # 64-bit Windows aligns the stack to 16 bytes, and GCC stores wider vectors there as if it were 32 (its bug 54412).
+    if(WIN32)
+        target_compile_options(brenquil_options INTERFACE -Wa,-muse-unaligned-vector-move)
+        target_link_options(brenquil_options INTERFACE -Wa,-muse-unaligned-vector-move)
+    endif()
 endif()
 
 if(BRENQUIL_SANITIZE)

@@ -33,6 +33,18 @@ if(BRENQUIL_PACKAGE)
     endif()
 endif()
 
+# The same program for newer processors, which the packages carry beside the other; built in a folder of its own.
+set(BRENQUIL_V3_PROGRAM "" CACHE FILEPATH "The program for x86-64-v3 that is packed as brenquil-v3; empty: none")
+
+# install_program(<folder> <component> [EXCLUDE_FROM_ALL])
+function(install_program folder component)
+    install(TARGETS brenquil RUNTIME DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
+    if(BRENQUIL_V3_PROGRAM)
+        install(PROGRAMS "${BRENQUIL_V3_PROGRAM}" RENAME "brenquil-v3${CMAKE_EXECUTABLE_SUFFIX}"
+            DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
+    endif()
+endfunction()
+
 # cut_sources_only(<variable>): drops what stands between the two remarks from a text. It is for people who have the
 # sources.
 function(cut_sources_only variable)
@@ -85,7 +97,7 @@ endfunction()
 
 if(WIN32)
     # One folder, texts that every editor there can show.
-    install(TARGETS brenquil RUNTIME DESTINATION . COMPONENT program)
+    install_program(. program)
     set(documents "${packagingFolder}/windows")
     write_package_documents("${documents}" README.txt CHANGELOG.txt LICENSE.txt LIBRARIES.txt
         "It is `brenquil.exe` and may stand in any folder in which you may write.")
@@ -101,7 +113,7 @@ if(WIN32)
     install(DIRECTORY "${documents}/docs" DESTINATION . COMPONENT program)
 else()
     configure_file("${PROJECT_SOURCE_DIR}/docs/brenquil.6.in" "${packagingFolder}/brenquil.6" @ONLY)
-    install(TARGETS brenquil RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program)
+    install_program("${CMAKE_INSTALL_BINDIR}" program)
     install(FILES "${packagingFolder}/brenquil.6" DESTINATION "${CMAKE_INSTALL_MANDIR}/man6" COMPONENT program)
     write_package_documents("${packagingFolder}/linux" README.md CHANGELOG.md LICENSE libraries.txt
         "It is `bin/brenquil` and may stand anywhere.")
@@ -129,7 +141,7 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
     string(TIMESTAMP debianDate "%a, %d %b %Y %H:%M:%S +0000" UTC)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/debian/changelog.in" "${packagingFolder}/changelog.Debian" @ONLY)
 
-    install(TARGETS brenquil RUNTIME DESTINATION games COMPONENT debian EXCLUDE_FROM_ALL)
+    install_program(games debian EXCLUDE_FROM_ALL)
     install_compressed("${packagingFolder}/brenquil.6" share/man/man6 brenquil.6)
     install_compressed("${packagingFolder}/changelog.Debian" share/doc/brenquil changelog.Debian)
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" share/doc/brenquil changelog)

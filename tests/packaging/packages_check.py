@@ -154,9 +154,9 @@ class LinuxArchive(PackageCase):
         self.assertEqual({(member.uid, member.gid, member.uname, member.gname) for member in members}, {(0, 0, "", "")})
         self.assertEqual({member.mtime for member in members}, {EPOCH})
         for member in members:
-            self.assertEqual(member.mode, 0o755 if member.isdir() or member.name.endswith("/bin/brenquil") else 0o644)
+            self.assertEqual(member.mode, 0o755 if member.isdir() or "/bin/" in member.name else 0o644)
         files = {name.partition("/")[2] for name, member in zip(names, members) if member.isfile()}
-        self.assertEqual(files, {"bin/brenquil", "share/man/man6/brenquil.6"} | {
+        self.assertEqual(files, {"bin/brenquil", "bin/brenquil-v3", "share/man/man6/brenquil.6"} | {
             "share/doc/brenquil/" + name
             for name in {"README.md", "CHANGELOG.md", "LICENSE", "libraries.txt"} | LINKED})
 
@@ -167,6 +167,17 @@ class LinuxArchive(PackageCase):
         self.assertNotRegex(run("readelf", "--wide", "--program-headers", program), r"INTERP|DYNAMIC")
         self.assertIn("no symbols", run("nm", program))
         self.assert_tells_no_path(program)
+
+    def test_program_for_newer_processors(self):
+        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        program = next(self.folder.glob("*/bin/brenquil-v3"))
+        self.assert_tells_no_path(program)
+        # Instructions that the other one must not have.
+        self.assertRegex(run("objdump", "--disassemble", "--no-show-raw-insn", program), r"\tpopcnt .*\n(.*\n)*?.*\t(shlx|blsr|andn) ")
+        self.assertNotRegex(run("objdump", "--disassemble", "--no-show-raw-insn", program.with_name("brenquil")),
+                            r"<_ZN8brenquil[^>]*>:\n([^\n]+\n)*[^\n]*\t(shlx|blsr) ")
+        if "avx2" in pathlib.Path("/proc/cpuinfo").read_text():
+            self.assert_plays(play(program, folder=self.folder))
 
     def test_program_passes_system_tests(self):
         run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
@@ -186,8 +197,9 @@ class DebianPackage(PackageCase):
     def test_holds_the_program_of_the_archive(self):
         run("dpkg-deb", "--extract", the_one("*.deb"), self.folder)
         run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
-        self.assertEqual((self.folder / "usr/games/brenquil").read_bytes(),
-                         next(self.folder.glob("*/bin/brenquil")).read_bytes())
+        for name in ("brenquil", "brenquil-v3"):
+            self.assertEqual((self.folder / "usr/games" / name).read_bytes(),
+                             next(self.folder.glob(f"*/bin/{name}")).read_bytes())
 
     def test_in_a_fresh_debian(self):
         root = self.folder / "debian"
@@ -229,7 +241,7 @@ class WindowsArchive(PackageCase):
             self.assertEqual(names, sorted(names))
             files = {name.partition("/")[2] for name in names if not name.endswith("/")}
             self.assertEqual(files, LINKED | {
-                "brenquil.exe", "README.txt", "CHANGELOG.txt", "LICENSE.txt", "LIBRARIES.txt"})
+                "brenquil.exe", "brenquil-v3.exe", "README.txt", "CHANGELOG.txt", "LICENSE.txt", "LIBRARIES.txt"})
             # Two seconds are the unit of time in such an archive.
             when = datetime.datetime.fromtimestamp(EPOCH - EPOCH % 2, datetime.timezone.utc)
             self.assertEqual({member.date_time for member in archive.infolist()}, {when.timetuple()[:6]})
