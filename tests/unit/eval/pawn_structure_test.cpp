@@ -220,7 +220,7 @@ TermPair PlainPawnTerms(Square square, Bitboard own, Bitboard enemy) {
                             !has(own, file + 1, rank - 1) && !has(own | enemy, file, rank + 1) &&
                             (has(enemy, file - 1, rank + 2) || has(enemy, file + 1, rank + 2));
     TermPair terms;
-    terms += isPassed ? PassedBonus[static_cast<std::size_t>(rank)] : TermPair();
+    terms += isPassed ? PassedBonus[rank] : TermPair();
     terms -= isDoubled ? Doubled[file] : TermPair();
     terms -= isIsolated ? Isolated[file] : TermPair();
     terms -= isBackward ? Backward[file] : TermPair();
