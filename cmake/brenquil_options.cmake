@@ -89,8 +89,13 @@ endif()
 
 if(BRENQUIL_COVERAGE)
     target_compile_options(brenquil_options INTERFACE --coverage)
-    target_link_options(brenquil_options INTERFACE --coverage -Wl,--wrap=_Exit)
+    target_link_options(brenquil_options INTERFACE --coverage)
+endif()
+if(BRENQUIL_COVERAGE OR BRENQUIL_PROFILE STREQUAL "generate")
+    # Optimised across translation units, the program asks for the function when the libraries have been looked through.
+    target_link_options(brenquil_options INTERFACE -Wl,--wrap=_Exit,--undefined=__wrap__Exit)
     add_library(brenquil_coverage_exit STATIC "${PROJECT_SOURCE_DIR}/cmake/coverage_exit.cpp")
+    set_target_properties(brenquil_coverage_exit PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
     target_link_libraries(brenquil_options INTERFACE brenquil_coverage_exit)
 endif()
 

@@ -1,6 +1,5 @@
-// Only for the build that counts executed lines. The counts are written when a program ends in the
-// normal way, and some of its ends, for example that on damaged table files, leave by std::_Exit.
-// The linker leads these calls here.
+// Only for the builds that count executed lines or branches. The counts are written when a program
+// ends in the normal way, and this one leaves by std::_Exit. The linker leads these calls here.
 
 extern "C" void __gcov_dump();
 extern "C" [[noreturn]] void __real__Exit(int code);

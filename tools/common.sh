@@ -71,3 +71,9 @@ configure() {
     esac
     "$(find_cmake)" --preset "$preset" "${compiler[@]}" "$@"
 }
+
+# has_profile FOLDER: the training run of a profile-guided build has left its counts there. Without them the second half
+# would be built as if nothing had been asked.
+has_profile() {
+    [[ -n $(find "$1" -name '*.gcda' -print -quit) ]] || fail "The training run has left no counts in $1"
+}
