@@ -223,6 +223,15 @@ def check_cmake(_, words):
             raise Wrong(f"no rule for cmake {word}")
 
 
+def check_make(_, words):
+    """Variables and targets that the Makefile knows."""
+    text = (ROOT / "Makefile").read_text()
+    for word in words[1:]:
+        name, _, value = word.partition("=")
+        known = rf"(?m)^\s*{name} \?= |\$\({name}\)" if value else rf"(?m)^{name}:"
+        require(re.fullmatch(r"-j\d*", word) or re.search(known, text), f"the Makefile has no {name}")
+
+
 def check_ctest(_, words):
     arguments = words[1:]
     while arguments:
@@ -261,8 +270,8 @@ def check_nothing(_, words):
     """Commands of the system."""
 
 
-RULES = {"cmake": check_cmake, "ctest": check_ctest, "xboard": check_xboard, "printf": check_engine_input,
-         "polyglot": check_nothing, "apt": check_nothing}
+RULES = {"cmake": check_cmake, "make": check_make, "ctest": check_ctest, "xboard": check_xboard, "printf": check_engine_input,
+         "polyglot": check_nothing, "apt": check_nothing, "podman": check_nothing}
 
 
 def rule_for(program):
