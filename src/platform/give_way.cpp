@@ -13,4 +13,8 @@ void Rest() noexcept {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
+void LetSearchFinish() noexcept {
+    // Threads run by themselves.
+}
+
 }  // namespace brenquil

@@ -17,4 +17,8 @@ void GiveWay() noexcept;
 // millisecond.
 void Rest() noexcept;
 
+// Called before the caller waits for a word of the search: where threads do not run by themselves
+// the search runs to its end here.
+void LetSearchFinish() noexcept;
+
 }  // namespace brenquil

@@ -13,4 +13,8 @@ void Rest() noexcept {
     CCooperativeThread::StepAside(Milliseconds);
 }
 
+void LetSearchFinish() noexcept {
+    CCooperativeThread::Finish();
+}
+
 }  // namespace brenquil

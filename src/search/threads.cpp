@@ -1,6 +1,7 @@
 #include "search/threads.h"
 
 #include "board/score.h"
+#include "platform/give_way.h"
 
 #include <algorithm>
 #include <chrono>
@@ -135,6 +136,7 @@ void CMasterThread::EndSearch() noexcept {
 }
 
 void CMasterThread::WaitForSearch() noexcept {
+    LetSearchFinish();
     {
         std::unique_lock lock(mutex_);
         while (!searchEnded_.wait_for(lock, LongWait, [this] { return !isSearching_; })) {

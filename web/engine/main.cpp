@@ -6,6 +6,7 @@
 // and the search runs from the host's event loop.
 
 #include "interface/command_loop.h"
+#include "interface/dialect.h"
 #include "interface/engine.h"
 #include "interface/line_source.h"
 #include "interface/program/banner.h"
@@ -93,8 +94,10 @@ private:
 
 /// The program's objects. Never destroyed: a search that still runs goes on looking at them.
 struct Program {
+    explicit Program(CDialect dialect) : engine(sink, dialect) {}
+
     CHostSink sink;
-    CEngine engine{sink};
+    CEngine engine;
     CLineQueue input;
     CCommandLoop loop{engine, input};
 };
@@ -120,9 +123,11 @@ Program* program = nullptr;
 
 extern "C" {
 
-/// Makes the engine and prints its banner. Called once, first.
-EMSCRIPTEN_KEEPALIVE void brenquil_start() {
-    program = std::make_unique<Program>().release();
+/// Makes the engine and prints its banner. Called once, first. `strict` is the dialect of
+/// --strict-uci.
+EMSCRIPTEN_KEEPALIVE void brenquil_start(bool strict) {
+    const CDialect dialect = strict ? CDialect::Strict() : CDialect();
+    program = std::make_unique<Program>(dialect).release();
     if (HasThreads) {
         std::thread([] {
             Begin(*program);
@@ -147,7 +152,9 @@ EMSCRIPTEN_KEEPALIVE void brenquil_line(const char* line) {
 EMSCRIPTEN_KEEPALIVE void brenquil_bench(int depth) {
     const auto run = [depth] {
         CHostSink sink;
-        RunBench(sink, depth > 0 ? depth : BenchDepth);
+        BenchSettings settings;
+        settings.depth = depth > 0 ? depth : settings.depth;
+        RunBench(sink, settings);
         EndProcess(0);
     };
     if (HasThreads) {

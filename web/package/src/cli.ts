@@ -1,7 +1,8 @@
 /**
  * The program `brenquil` under Node.
  *
- *     brenquil [--single] [bench [DEPTH]]       the engine on standard input and output
+ *     brenquil [--single] [--strict-uci]        the engine on standard input and output
+ *     brenquil [--single] bench [DEPTH]         speed and signature
  *     brenquil annotate GAMES.pgn [OPTION...]   games with evaluations and graphs
  */
 import fs from 'node:fs';
@@ -20,7 +21,8 @@ declare const BRENQUIL_HERE: string;
 
 const Help = `Brenquil, a chess engine for the UCI protocol, as WebAssembly under Node.
 
-    brenquil [--single | --threads]            the engine on standard input and output
+    brenquil [--single | --threads] [--strict-uci]
+                                               the engine on standard input and output
     brenquil [--single | --threads] bench [DEPTH]
                                                searches fixed positions; the total is the same everywhere
     brenquil annotate GAMES.pgn [OPTION...]    writes the games with evaluations, better lines and graphs
@@ -127,7 +129,7 @@ class SearchWatch {
     }
 }
 
-async function runEngine(variant: Variant): Promise<void> {
+async function runEngine(variant: Variant, strict: boolean): Promise<void> {
     const watch = new SearchWatch();
     let inputHasEnded = false;
     let isUci = false;
@@ -142,7 +144,7 @@ async function runEngine(variant: Variant): Promise<void> {
         endWhenIdle();
     });
     mountSystem(module);
-    module._brenquil_start();
+    module._brenquil_start(strict);
     const input = readline.createInterface({ input: process.stdin, terminal: false });
     input.on('line', (line) => {
         isUci ||= line.trim() === 'uci';
@@ -322,13 +324,18 @@ async function main(): Promise<void> {
         process.exit(await annotate(words.slice(1)));
     }
     let variant: Variant = 'threads';
-    while (words[0] === '--single' || words[0] === '--threads') {
-        variant = words.shift() === '--single' ? 'single' : 'threads';
+    let strict = false;
+    for (; words[0] === '--single' || words[0] === '--threads' || words[0] === '--strict-uci'; words.shift()) {
+        if (words[0] === '--strict-uci') {
+            strict = true;
+        } else {
+            variant = words[0] === '--single' ? 'single' : 'threads';
+        }
     }
     if (words[0] === 'bench' && words.length <= 2) {
         await runBench(variant, words[1]);
     } else if (words.length === 0) {
-        await runEngine(variant);
+        await runEngine(variant, strict);
     } else {
         throw new UsageError(`there is no argument ${words[0]}; brenquil --help tells more`);
     }

@@ -5,7 +5,7 @@ import type { Variant } from './module.js';
 
 export type WorkerRequest =
     | string
-    | { type: 'init'; variant: Variant | 'auto'; wasmUrl?: string }
+    | { type: 'init'; variant: Variant | 'auto'; wasmUrl?: string; strict?: boolean }
     | { type: 'file'; id: number; path: string; source: FileSource }
     | { type: 'bench'; depth: number }
     | { type: 'crash' }; // for tests: the worker fails as if the engine had

@@ -11,7 +11,8 @@ export type Variant = 'threads' | 'single';
 export interface Module {
     FS: FileSystem & { mount(type: unknown, options: object, at: string): void; chdir(path: string): void };
     NODEFS: unknown;
-    _brenquil_start(): void;
+    /** `strict`: the dialect of --strict-uci. */
+    _brenquil_start(strict: boolean): void;
     _brenquil_line(line: number): void;
     _brenquil_bench(depth: number): void;
     _malloc(bytes: number): number;

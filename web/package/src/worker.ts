@@ -120,6 +120,7 @@ class EngineWorker {
     #isLoading = false;
     #isObjectClient = false;
     #hasEnded = false;
+    #isStrict = false;
 
     constructor(host: Host) {
         this.#host = host;
@@ -134,6 +135,7 @@ class EngineWorker {
             return;
         }
         const isInit = typeof message === 'object' && message.type === 'init';
+        this.#isStrict ||= isInit && message.strict === true;
         if (!isInit) {
             this.#waiting.push(message);
         }
@@ -164,7 +166,7 @@ class EngineWorker {
         }
         const first = this.#waiting[0];
         if (typeof first !== 'object' || first.type !== 'bench') {
-            module._brenquil_start();
+            module._brenquil_start(this.#isStrict);
         }
         for (const message of this.#waiting) {
             this.#obey(message);
