@@ -25,7 +25,7 @@ namespace {
 
 using namespace brenquil;
 
-void Converse(CFileSink& sink, CDialect dialect) {
+[[noreturn]] void Converse(CFileSink& sink, CDialect dialect) {
     static CStandardInput& input = *std::make_unique<CStandardInput>(std::cin).release();
     static CEngine& engine = *std::make_unique<CEngine>(sink, dialect).release();
     const auto leaveIfAsked = [] {
@@ -41,12 +41,15 @@ void Converse(CFileSink& sink, CDialect dialect) {
     LoadIni(engine.Options());
     PrintBanner(engine.protocol);
     CCommandLoop(engine, input).Run();
+    // A search may still be running, and goes on looking at everything to its last instruction.
+    // So nothing is ever destroyed, neither these objects nor those of the libraries.
+    EndProcess(0);
 }
 
 /// Does what the arguments ask for, and returns the exit status.
 int Obey(const Arguments& arguments, CFileSink& sink) {
     switch (arguments.action) {
-    case Arguments::Action::Converse: Converse(sink, arguments.dialect); break;
+    case Arguments::Action::Converse: Converse(sink, arguments.dialect);
     case Arguments::Action::Bench: RunBench(sink, arguments.bench, arguments.dialect); break;
     case Arguments::Action::Version: sink.Write(std::string(ProgramTitle) + "\n"); break;
     case Arguments::Action::Help: sink.Write(UsageText()); break;
@@ -66,8 +69,7 @@ int main(int argc, char* argv[]) {
     std::cin.tie(nullptr);
     static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-    const int status = Obey(ParseArguments(argc > 0 ? argv[0] : "", words), sink);
-    // A search may still be running, and goes on looking at everything to its last instruction.
-    // So nothing is ever destroyed, neither the two objects above nor those of the libraries.
-    EndProcess(status);
+    // Without a session no search is left here, and the end is a normal one: a profiled program
+    // writes its counts then.
+    return Obey(ParseArguments(argc > 0 ? argv[0] : "", words), sink);
 }
