@@ -25,7 +25,7 @@ MACHINE := $(shell $(CXX) -dumpmachine)
 ifeq ($(MACHINE),)
     $(error The compiler '$(CXX)' does not run; name another one: make CXX=...)
 endif
-LEFT_OUT := %_web.cpp
+LEFT_OUT := %_web.cpp %_single.cpp
 ifneq (,$(findstring mingw,$(MACHINE)))
     LEFT_OUT += %_linux.cpp
     SUFFIX := .exe
