@@ -288,12 +288,12 @@ TEST_F(Threads, WorkerAtTheEndOfItsDepthsEndsAloneAndTheSearchGoesOn) {
     const std::uint64_t nodes = workers.Nodes();
     EXPECT_GE(nodes, 254U);  // a root for each depth
     EXPECT_EQ(setup.hash.Probe(setup.position.key)->depth, 254);
+    EXPECT_EQ(workers.Nodes(), nodes);
+    workers.Stop();  // joined before the next search begins, as every search is
     ASSERT_TRUE(master->Start(Infinite()));
     EXPECT_TRUE(Eventually([&] { return master->Nodes() > 5000; }));
     master->EndSearch();
     EXPECT_EQ(receiver.record.ends, 1);
-    EXPECT_EQ(workers.Nodes(), nodes);
-    workers.Stop();
 }
 
 TEST_F(Threads, WorkerStoppedByTheGameLengthEnds) {
