@@ -28,8 +28,10 @@ set(BRENQUIL_RELEASE_DATE "${CMAKE_MATCH_1}")
 if(BRENQUIL_PACKAGE)
     target_compile_options(brenquil_options INTERFACE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
     target_link_options(brenquil PRIVATE -static -s)
+    target_link_options(brenquil-tables PRIVATE -static -s)
     if(WIN32)
         target_link_options(brenquil PRIVATE -Wl,--no-insert-timestamp)
+        target_link_options(brenquil-tables PRIVATE -Wl,--no-insert-timestamp)
     endif()
 endif()
 
@@ -98,6 +100,7 @@ endfunction()
 if(WIN32)
     # One folder, texts that every editor there can show.
     install_program(. program)
+    install(TARGETS brenquil-tables RUNTIME DESTINATION . COMPONENT program OPTIONAL)
     set(documents "${packagingFolder}/windows")
     write_package_documents("${documents}" README.txt CHANGELOG.txt LICENSE.txt LIBRARIES.txt
         "It is `brenquil.exe` and may stand in any folder in which you may write.")
@@ -113,8 +116,11 @@ if(WIN32)
     install(DIRECTORY "${documents}/docs" DESTINATION . COMPONENT program)
 else()
     configure_file("${PROJECT_SOURCE_DIR}/docs/brenquil.6.in" "${packagingFolder}/brenquil.6" @ONLY)
+    configure_file("${PROJECT_SOURCE_DIR}/docs/brenquil-tables.6.in" "${packagingFolder}/brenquil-tables.6" @ONLY)
     install_program("${CMAKE_INSTALL_BINDIR}" program)
-    install(FILES "${packagingFolder}/brenquil.6" DESTINATION "${CMAKE_INSTALL_MANDIR}/man6" COMPONENT program)
+    install(TARGETS brenquil-tables RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program OPTIONAL)
+    install(FILES "${packagingFolder}/brenquil.6" "${packagingFolder}/brenquil-tables.6"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man6" COMPONENT program)
     write_package_documents("${packagingFolder}/linux" README.md CHANGELOG.md LICENSE libraries.txt
         "It is `bin/brenquil` and may stand anywhere.")
     install(FILES CHANGELOG.md LICENSE docs/libraries.txt
@@ -142,7 +148,9 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/debian/changelog.in" "${packagingFolder}/changelog.Debian" @ONLY)
 
     install_program(games debian EXCLUDE_FROM_ALL)
+    install(TARGETS brenquil-tables RUNTIME DESTINATION games COMPONENT debian EXCLUDE_FROM_ALL OPTIONAL)
     install_compressed("${packagingFolder}/brenquil.6" share/man/man6 brenquil.6)
+    install_compressed("${packagingFolder}/brenquil-tables.6" share/man/man6 brenquil-tables.6)
     install_compressed("${packagingFolder}/changelog.Debian" share/doc/brenquil changelog.Debian)
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" share/doc/brenquil changelog)
     string(CONCAT debianProgram

@@ -8,4 +8,8 @@ namespace brenquil {
 /// otherwise write a carriage return before each line feed, and take the byte 26 for the end.
 void UseBinaryStandardStreams() noexcept;
 
+/// True when what is written to standard output is seen by a person at once: it is a terminal, and
+/// no file or pipe.
+[[nodiscard]] bool StandardOutputIsTerminal() noexcept;
+
 }  // namespace brenquil

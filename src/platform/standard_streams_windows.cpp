@@ -12,4 +12,8 @@ void UseBinaryStandardStreams() noexcept {
     (void)_setmode(_fileno(stderr), _O_BINARY);
 }
 
+bool StandardOutputIsTerminal() noexcept {
+    return _isatty(_fileno(stdout)) != 0;
+}
+
 }  // namespace brenquil

@@ -156,7 +156,9 @@ class LinuxArchive(PackageCase):
         for member in members:
             self.assertEqual(member.mode, 0o755 if member.isdir() or "/bin/" in member.name else 0o644)
         files = {name.partition("/")[2] for name, member in zip(names, members) if member.isfile()}
-        self.assertEqual(files, {"bin/brenquil", "bin/brenquil-v3", "share/man/man6/brenquil.6"} | {
+        self.assertEqual(files, {
+            "bin/brenquil", "bin/brenquil-v3", "bin/brenquil-tables", "share/man/man6/brenquil.6",
+            "share/man/man6/brenquil-tables.6"} | {
             "share/doc/brenquil/" + name
             for name in {"README.md", "CHANGELOG.md", "LICENSE", "libraries.txt"} | LINKED})
 
@@ -187,7 +189,8 @@ class LinuxArchive(PackageCase):
 
     def test_manual(self):
         run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
-        run("mandoc", "-T", "lint", "-W", "warning", next(self.folder.glob("*/share/man/man6/brenquil.6")))
+        for page in ("brenquil.6", "brenquil-tables.6"):
+            run("mandoc", "-T", "lint", "-W", "warning", next(self.folder.glob("*/share/man/man6/" + page)))
 
 
 class DebianPackage(PackageCase):
@@ -241,7 +244,8 @@ class WindowsArchive(PackageCase):
             self.assertEqual(names, sorted(names))
             files = {name.partition("/")[2] for name in names if not name.endswith("/")}
             self.assertEqual(files, LINKED | {
-                "brenquil.exe", "brenquil-v3.exe", "README.txt", "CHANGELOG.txt", "LICENSE.txt", "LIBRARIES.txt"})
+                "brenquil.exe", "brenquil-v3.exe", "brenquil-tables.exe", "README.txt", "CHANGELOG.txt",
+                "LICENSE.txt", "LIBRARIES.txt"})
             # Two seconds are the unit of time in such an archive.
             when = datetime.datetime.fromtimestamp(EPOCH - EPOCH % 2, datetime.timezone.utc)
             self.assertEqual({member.date_time for member in archive.infolist()}, {when.timetuple()[:6]})

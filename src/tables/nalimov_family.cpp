@@ -1,0 +1,124 @@
+#include "tables/nalimov_family.h"
+
+#include "platform/file_changes.h"
+#include "platform/file_mapping.h"
+#include "tables/emd_writer.h"
+#include "tables/nalimov_bytes.h"
+#include "tables/table_error.h"
+#include "tables/table_file.h"
+
+#include <algorithm>
+
+namespace brenquil {
+
+namespace {
+
+constexpr const char* CompressedSuffix = ".emd";
+
+std::string PlainName(const Ending& ending, int side) {
+    return ending.name + (side == 0 ? ".nbw" : ".nbb");
+}
+
+int FileCount(const Ending& ending) {
+    return HasOneNalimovFile(ending) ? 1 : 2;
+}
+
+}  // namespace
+
+std::optional<NalimovFileChoice> FindNalimovFile(const std::string& folder, const Ending& ending,
+                                                 int side) {
+    const std::string plain = PlainName(ending, side);
+    if (IsTableFile(PathOf(folder, plain))) {
+        return NalimovFileChoice{plain, false};
+    }
+    if (IsTableFile(PathOf(folder, plain + CompressedSuffix))) {
+        return NalimovFileChoice{plain + CompressedSuffix, true};
+    }
+    return std::nullopt;
+}
+
+std::vector<std::uint8_t> ReadNalimovFile(const std::string& folder, const NalimovFileChoice& file,
+                                          CWorkers& workers) {
+    CFileMapping mapping;
+    const std::string path = PathOf(folder, file.name);
+    if (!mapping.Open(path)) {
+        if (LengthOfFile(path) == std::uint64_t{0}) {
+            return {};
+        }
+        throw CTableError("cannot read " + path + ": " + LastFileError());
+    }
+    if (file.isCompressed) {
+        return DecompressEmd(mapping.Bytes(), workers);
+    }
+    return {mapping.Bytes().begin(), mapping.Bytes().end()};
+}
+
+std::vector<std::string> CNalimovFamily::FilesOf(const Ending& ending) const {
+    std::vector<std::string> names;
+    for (int side = 0; side < FileCount(ending); ++side) {
+        names.push_back(PlainName(ending, side));
+        names.push_back(PlainName(ending, side) + CompressedSuffix);
+    }
+    return names;
+}
+
+TableState CNalimovFamily::Look(const Ending& ending, std::string& culprit) const {
+    TableState state = TableState::Sound;
+    for (int side = 0; side < FileCount(ending); ++side) {
+        const auto file = FindNalimovFile(setting_.folder, ending, side);
+        if (!file) {
+            return TableState::Absent;
+        }
+        const std::vector<std::uint8_t> contents =
+            ReadNalimovFile(setting_.folder, *file, setting_.workers);
+        if (contents.size() != NalimovPlaces(ending, side)) {
+            culprit = file->name;
+            state = TableState::Damaged;
+        }
+    }
+    return state;
+}
+
+std::shared_ptr<SolvedValues>
+CNalimovFamily::Make(const Ending& ending, const SolvedEndings& solved, std::uint64_t& bytes) {
+    std::shared_ptr<SolvedValues> values = KeepValues<DistanceToMate>(
+        SolveEnding<DistanceToMate>(ending, solved, setting_.workers, setting_.progress),
+        setting_.workers);
+    bytes = 0;
+    for (int side = 0; side < FileCount(ending); ++side) {
+        std::vector<std::uint8_t> contents =
+            NalimovBytes(*values, solved, side, setting_.workers, setting_.progress);
+        std::string name = PlainName(ending, side);
+        if (!plain_) {
+            contents = CompressEmd(contents, setting_.workers, setting_.progress);
+            name += CompressedSuffix;
+        }
+        WriteTableFile(PathOf(setting_.folder, name), contents);
+        bytes += contents.size();
+    }
+    return values;
+}
+
+void CNalimovFamily::Read(Colour sideToMove, SolvedValues& values) {
+    const Ending& ending = values.Of();
+    const int side = sideToMove == White || HasOneNalimovFile(ending) ? 0 : 1;
+    const auto file = FindNalimovFile(setting_.folder, ending, side);
+    if (!file) {
+        throw CTableError("the table " + ending.name + " is not there");
+    }
+    const std::vector<std::uint8_t> contents =
+        ReadNalimovFile(setting_.folder, *file, setting_.workers);
+    if (contents.size() != NalimovPlaces(ending, side)) {
+        throw CTableError(file->name + " is damaged");
+    }
+    ReadNalimovValues(contents, sideToMove, values, setting_.workers, setting_.progress);
+}
+
+std::uint64_t CNalimovFamily::MakingBytes(const Ending& ending) const {
+    // Behind the solving: contents of one file, and of what it becomes about as much at worst.
+    const std::uint64_t file = std::max(NalimovPlaces(ending, 0), NalimovPlaces(ending, 1));
+    const std::uint64_t writing = 2 * KeptBytesOfSide(ending) + (plain_ ? 1 : 2) * file;
+    return std::max(SolvingBytes<DistanceToMate>(ending, setting_.workers.Count()), writing);
+}
+
+}  // namespace brenquil

@@ -1,0 +1,193 @@
+# ctest: timeout=240
+"""The program brenquil-tables: what it makes, that the engine reads it, ended runs, damaged files, texts and pictures."""
+
+import json
+import os
+import random
+import re
+import subprocess
+import tempfile
+import time
+import unittest
+import xml.etree.ElementTree as xml
+from pathlib import Path
+
+from console_session import ENGINE, SECONDS
+
+PROGRAM = Path(os.environ.get("BRENQUIL_TABLES", Path(ENGINE).with_name("brenquil-tables")))
+QUEEN = "8/8/8/4k3/8/8/3QK3/8 w - - 0 1"
+
+
+def run(*words, status=0, folder=None):
+    """Runs the program; returns what it has printed on both streams."""
+    done = subprocess.run([PROGRAM, *map(str, words)], capture_output=True, text=True, timeout=6 * SECONDS, check=False,
+                          cwd=folder)
+    if done.returncode != status:
+        raise AssertionError(f"{words} ended with {done.returncode}: {done.stdout}{done.stderr}")
+    return done.stdout if status == 0 else done.stdout + done.stderr
+
+
+def contents(folder):
+    return {path.name: path.read_bytes() for path in sorted(Path(folder).iterdir())}
+
+
+@unittest.skipUnless(PROGRAM.is_file(), "brenquil-tables is not built")
+class Tables(unittest.TestCase):
+    def setUp(self):
+        made = tempfile.TemporaryDirectory(prefix="brenquil-tables-")
+        self.addCleanup(made.cleanup)
+        self.folder = Path(made.name) / "tables"
+
+    def make(self, *words, status=0):
+        return run("make", *words, self.folder, status=status)
+
+    def test_bytes_depend_on_nothing_but_the_program(self):
+        for family in ("nalimov", "syzygy"):
+            with self.subTest(family):
+                self.make(family, "3", "--threads=1")
+                first = contents(self.folder)
+                self.assertEqual(len(first), 10)
+                self.assertIn("is there", self.make(family, "3", "--threads=8"))
+                self.make(family, "3", "--threads=8", "--force")
+                self.assertEqual(contents(self.folder), first)
+            self.folder = self.folder.with_name("other")
+
+    def test_a_killed_run_goes_on_and_ends_with_the_same_bytes(self):
+        self.make("nalimov", "kpk")
+        whole = contents(self.folder)
+        chance = random.Random(5)
+        rounds = int(os.environ.get("BRENQUIL_TABLES_KILLS", "6"))
+        for _ in range(rounds):
+            for path in self.folder.iterdir():
+                path.unlink()
+            for _ in range(2):
+                with subprocess.Popen([PROGRAM, "make", "nalimov", "kpk", self.folder, "--quiet"]) as child:
+                    time.sleep(chance.random() * 0.4)
+                    child.kill()
+                for path in self.folder.iterdir():
+                    self.assertTrue(path.suffix == ".part" or path.read_bytes() == whole[path.name], path)
+            self.make("nalimov", "kpk")
+            self.assertEqual(contents(self.folder), whole)
+
+    def test_an_interrupt_ends_it_cleanly(self):
+        with subprocess.Popen([PROGRAM, "make", "nalimov", "4", self.folder], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.PIPE, text=True) as child:
+            time.sleep(0.7)
+            child.terminate()
+            self.assertIn("interrupted", child.stderr.read())
+            self.assertEqual(child.wait(), 130)
+        self.assertEqual([path for path in self.folder.iterdir() if path.suffix == ".part"], [])
+
+    def test_what_is_made_is_sound_and_both_families_agree(self):
+        self.make("nalimov", "3")
+        self.make("syzygy", "3")
+        self.assertIn("10 sound, 0 faulty, 0 not checked", run("check", self.folder))
+
+    def test_plain_files_hold_one_byte_a_position(self):
+        self.make("nalimov", "3", "--plain")
+        sizes = {name: len(data) for name, data in contents(self.folder).items()}
+        self.assertEqual((sizes["kqk.nbw"], sizes["krk.nbw"], sizes["kbk.nbw"], sizes["knk.nbw"], sizes["kpk.nbw"],
+                          sizes["kpk.nbb"]), (25629, 27030, 27243, 26282, 81664, 84012))
+        self.assertIn("5 sound", run("check", self.folder))
+
+    def test_a_wrong_value_is_found(self):
+        self.make("nalimov", "kqk", "--plain")
+        table = self.folder / "kqk.nbw"
+        good = table.read_bytes()
+        for place in (0, 5000, 25628):
+            bad = bytearray(good)
+            bad[place] = 0 if bad[place] else 100
+            table.write_bytes(bad)
+            self.assertRegex(run("check", self.folder, status=1), r"kqk +FAULTY: \d+ fault")
+
+    def test_a_damaged_file_ends_what_depends_on_it(self):
+        self.make("nalimov", "kqk")
+        table = self.folder / "kqk.nbb.emd"
+        table.write_bytes(table.read_bytes()[:-10])
+        self.assertIn("kqk.nbb.emd is damaged", self.make("nalimov", "kpk", status=1))
+        self.assertIn("DAMAGED: kqk.nbb.emd", run("check", self.folder, status=1))
+        self.assertEqual([path.name for path in self.folder.iterdir() if path.suffix == ".part"], [])
+        self.make("nalimov", "kqk", "--force")
+        self.assertIn(" 0 faulty, 0 not checked", run("check", self.folder))
+
+    def test_damaged_folders_break_nothing(self):
+        self.make("nalimov", "3")
+        self.make("syzygy", "3")
+        good = contents(self.folder)
+        chance = random.Random(9)
+        for _ in range(int(os.environ.get("BRENQUIL_TABLES_DAMAGES", "12"))):
+            for name in chance.sample(sorted(good), 3):
+                data = bytearray(good[name])
+                for _ in range(chance.choice((1, 3, 50))):
+                    data[chance.randrange(len(data))] = chance.randrange(256)
+                (self.folder / name).write_bytes(data[:chance.choice((len(data), chance.randrange(len(data) + 1)))])
+            for words in (("check", self.folder), ("show", QUEEN, self.folder),
+                          ("show", "8/P7/8/8/8/8/k7/2K5 w - - 0 1", self.folder)):
+                done = subprocess.run([PROGRAM, *map(str, words)], capture_output=True, timeout=3 * SECONDS, check=False)
+                self.assertIn(done.returncode, (0, 1), (words, done.stderr))
+            for name, data in good.items():
+                (self.folder / name).write_bytes(data)
+
+    def test_a_folder_that_cannot_be_written(self):
+        blocked = self.folder.parent / "file"
+        blocked.write_text("no folder")
+        self.assertIn("cannot make the folder", run("make", "nalimov", "kqk", blocked, status=1))
+        self.assertIn("there is no folder", run("check", self.folder, status=1))
+        self.folder.mkdir()
+        self.assertIn("there are no tables", run("check", self.folder, status=1))
+
+    def test_too_little_memory_is_said(self):
+        self.assertRegex(self.make("nalimov", "kqkrn", "--memory", "1", status=2), "neither 3, 4 or 5 nor the name")
+        self.assertRegex(self.make("syzygy", "kqkr", "--memory", "0", status=2), "--memory takes a number")
+
+    def test_show_for_people_and_scripts(self):
+        self.make("nalimov", "3")
+        self.make("syzygy", "3")
+        text = run("show", QUEEN, self.folder)
+        self.assertIn("Nalimov: mate in 7", text)
+        self.assertIn("Syzygy:  win, 13 plies", text)
+        answer = json.loads(run("show", QUEEN, self.folder, "--json"))
+        self.assertEqual(answer["nalimov"], {"result": "win", "moves": 7})
+        self.assertEqual(len(answer["line"]), 13)
+        self.assertEqual(len(answer["moves"]), 26)
+        # Colours exchanged: the same, from Black's side.
+        other = json.loads(run("show", "3qk3/8/8/8/4K3/8/8/8 b - - 0 1", self.folder, "--json"))
+        self.assertEqual((other["turn"], other["nalimov"]["result"]), ("black", "win"))
+        for fen, why in (("8/8/8/8/8/8/8/8 w - - 0 1", "king"), ("rubbish", "fields"),
+                         ("8/8/8/4k3/8/8/3QK3/7 w - - 0 1", "rank"), ("4k3/4Q3/8/8/8/8/8/4K3 w - - 0 1", "in check"),
+                         ("rnbqkbnr/8/8/8/8/8/8/4K3 w - - 0 1", "9 men")):
+            self.assertIn(why, run("show", fen, self.folder, status=1))
+
+    def test_statistics_have_the_figures_of_the_literature(self):
+        self.make("nalimov", "3")
+        text = run("statistics", self.folder)
+        self.assertRegex(text, r"krk +white +21,959 +100.0 %")
+        self.assertRegex(text, r"\n +black +28,056 +0.0 % +10.0 % +90.0 % +mated in 16 ")
+        self.assertRegex(run("statistics", self.folder, "--markdown"), r"\| kpk +\| white +\|")
+        picture = xml.fromstring(run("statistics", self.folder, "--svg"))
+        self.assertTrue(picture.tag.endswith("svg"))
+
+    def test_the_engine_plays_the_shortest_mate(self):
+        self.make("nalimov", "kqk", "krk")
+        line = json.loads(run("show", QUEEN, self.folder, "--json"))["line"]
+        lines = ["uci", f"setoption name NalimovPath value {self.folder}"]
+        for ply in range(0, len(line), 2):
+            lines += [f"position fen {QUEEN} moves {' '.join(line[:ply])}".replace(" moves  ", " "), "go depth 1"]
+        printed = subprocess.run([ENGINE], input="\n".join([*lines, "quit", ""]), capture_output=True, text=True,
+                                 timeout=3 * SECONDS, check=False, cwd=self.folder.parent).stdout
+        self.assertIn("tablebases 3-men loaded!", printed)
+        scores = re.findall(r"score (mate \d+|cp \d+)", printed)
+        # The move that mates has the score beyond all mates.
+        self.assertEqual(scores, [f"mate {moves}" for moves in range(7, 1, -1)] + ["cp 32000"])
+
+    def test_arguments_that_make_no_sense(self):
+        for words in ((), ("bogus",), ("make",), ("make", "nalimov", "kqk"), ("make", "other", "3", "x"), ("check",),
+                      ("statistics", "a", "b"), ("show", "x"), ("check", "x", "--what"), ("make", "nalimov", "9", "x")):
+            with self.subTest(words):
+                self.assertIn("brenquil-tables --help", run(*words, status=2))
+        self.assertIn("usage:", run("--help"))
+        self.assertRegex(run("--version"), r"^brenquil-tables \d+\.\d+\n$")
+
+
+if __name__ == "__main__":
+    unittest.main()
