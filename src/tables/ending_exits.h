@@ -47,8 +47,7 @@ public:
 
     /// The code of a position in which the pawn `victim` has just made a double step.
     /// @param isTaken  set when it can really be taken in passing; otherwise the code is that of
-    ///         the
-    ///                 position without that right
+    ///                 the position without that right
     [[nodiscard]] typename Rules::Code CodeInPassing(const EndingSquares& squares,
                                                      Colour sideToMove, std::size_t victim,
                                                      bool& isTaken) const noexcept {
