@@ -63,7 +63,7 @@ function(brenquil_unit_tests folder)
         target_link_libraries(${program} PRIVATE ${program}_helpers)
     endif()
 
-    brenquil_timeout(timeout 300)
+    brenquil_timeout(timeout 900)
     brenquil_timeout(slowTimeout 1200)
     if(CMAKE_CROSSCOMPILING)
         # Asking the program in the emulator takes longer than the cases.

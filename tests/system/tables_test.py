@@ -1,4 +1,4 @@
-# ctest: timeout=240
+# ctest: slow release-only timeout=900
 """The program brenquil-tables: what it makes, that the engine reads it, ended runs, damaged files, texts and pictures."""
 
 import json
