@@ -40,7 +40,7 @@ private:
     };
 
     [[nodiscard]] std::optional<int> AskMate(const ShownPosition& position);
-    [[nodiscard]] const OpenFile* FileOf(int ending, int side);
+    [[nodiscard]] const OpenFile* FileOf(int number, int side);
     [[nodiscard]] static std::optional<std::uint8_t> ByteAt(const OpenFile& file,
                                                             std::uint64_t place);
 

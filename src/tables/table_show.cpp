@@ -193,7 +193,7 @@ std::string ForScripts(const ShownPosition& position, const TableAnswer& answer,
                        "\",\n  \"turn\": \"" + position.SideName() + "\",\n  " +
                        JsonAnswer(answer) + ",\n  \"moves\": [";
     for (std::size_t place = 0; place < moves.size(); ++place) {
-        text += std::string(place == 0 ? "\n" : ",\n") + "    {\"move\": \"" +
+        text += std::string(place == 0 ? "\n" : ",\n") + R"(    {"move": ")" +
                 moves[place].move.text + "\", " + JsonAnswer(moves[place].answer) + "}";
     }
     text += moves.empty() ? "],\n" : "\n  ],\n";

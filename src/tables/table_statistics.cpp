@@ -288,9 +288,9 @@ std::string HistogramOf(const TableStatistics& table, double y) {
 
 std::string AsPicture(const std::vector<TableStatistics>& tables) {
     const double height = TopHeight + RowHeight * static_cast<double>(tables.size()) + 10;
-    std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1000 " +
+    std::string text = R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 1000 )" +
                        Number(height) + "\" font-family=\"sans-serif\" fill=\"#222\">\n" +
-                       "<rect width=\"1000\" height=\"" + Number(height) +
+                       R"(<rect width="1000" height=")" + Number(height) +
                        "\" fill=\"#ffffff\"/>\n";
     text += Label(20, 26, "start", 16, "Endgame tables");
     const auto legend = [&](double x, const char* colour, const char* what) {
@@ -305,7 +305,7 @@ std::string AsPicture(const std::vector<TableStatistics>& tables) {
         const TableStatistics& table = tables[place];
         const double y = TopHeight + RowHeight * static_cast<double>(place);
         if (place % 2 == 0) {
-            text += "<rect x=\"10\" y=\"" + Number(y - 4) + "\" width=\"980\" height=\"" +
+            text += R"(<rect x="10" y=")" + Number(y - 4) + R"(" width="980" height=")" +
                     Number(RowHeight - 2) + "\" fill=\"#f5f5f2\"/>\n";
         }
         text += Label(20, y + 32, "start", 15, table.name);

@@ -7,8 +7,8 @@
 
 namespace brenquil {
 
-/// Two constants of a logistic model of the engine's own games: the score at which half of the
-/// games are won, and the score that takes the odds from there by a factor of e.
+/// Two constants of a logistic model: the score at which half of the games are taken to be won, and
+/// the score that moves the odds from there by a factor of e. Chosen by hand, not fitted to games.
 inline constexpr double EvenChanceScore = 150.0;
 inline constexpr double ScoreOfAFactor = 80.0;
 
