@@ -7,7 +7,9 @@
 #include "../support/recording_host.h"
 #include "book/book_options.h"
 #include "eval/evaluation_options.h"
+#include "interface/line_output.h"
 #include "interface/output_options.h"
+#include "interface/pending_lines.h"
 #include "interface/program/batch_file.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/program_info.h"
@@ -82,7 +84,9 @@ void CheckIni(std::string_view bytes) {
         return;
     }
     std::remove(name.c_str());
-    WriteIni(options.groups, options.protocol);
+    CSilentSink sink;
+    CLineOutput output(sink);
+    WriteIni(options.groups, output);
     options.Reset();
     LoadIni(options.groups);
     if (options.Values() != values) {
@@ -92,10 +96,9 @@ void CheckIni(std::string_view bytes) {
 
 void CheckBatch(std::string_view bytes) {
     WriteWhole("a.cmd", bytes);
-    CSilentSink sink;
-    CProtocol protocol(sink);
-    RunBatch("a", protocol);
-    for (const PendingLine& line : protocol.pendingLines.lines) {
+    CPendingLines pending;
+    RunBatch("a", pending);
+    for (const PendingLine& line : pending.lines) {
         if (line.text.empty() || line.text.find_first_of("\r\n#") != std::string::npos ||
             line.text.front() == ' ' || line.text.back() == ' ') {
             std::abort();

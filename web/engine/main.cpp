@@ -56,8 +56,8 @@ public:
     }
 };
 
-/// Lines of input that wait to be read. Any thread may push, one reads. With threads the reader sleeps
-/// until there is a line.
+/// Lines of input that wait to be read. Any thread may push, one reads. With threads the reader
+/// sleeps until there is a line.
 class CLineQueue final : public ILineSource {
 public:
     void Push(std::string line) {
