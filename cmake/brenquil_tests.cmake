@@ -26,8 +26,9 @@ function(brenquil_timeout variable seconds)
     set(${variable} ${scaled} PARENT_SCOPE)
 endfunction()
 
-# brenquil_unit_tests(<folder>): one program unit_<room> from the sources in tests/unit/<folder>. The macro
-# BRENQUIL_TEST_FOLDER is the path of that folder, for files that lie beside the tests.
+# brenquil_unit_tests(<folder> [PARTS <folder>...]): one program unit_<room> from the sources in tests/unit/<folder> and
+# in the folders below it that PARTS names, as brenquil_room does. The macro BRENQUIL_TEST_FOLDER is the path of
+# tests/unit/<folder>, for files that lie beside the tests.
 #
 # A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised
 # and shares one precompiled header with all others. The sources beside it, where tests have their logic, are optimised
@@ -41,7 +42,12 @@ endfunction()
 #   <room>.threads   where Thread, Cache, PawnHash or WholePath stands in the name: what ./test tsan wants of each room
 #   <room>.unit      all others
 function(brenquil_unit_tests folder)
-    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp")
+    cmake_parse_arguments(PARSE_ARGV 1 argument "" "" "PARTS")
+    set(sources)
+    foreach(part IN ITEMS . LISTS argument_PARTS)
+        file(GLOB found CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/${part}/*.cpp")
+        list(APPEND sources ${found})
+    endforeach()
     get_filename_component(room "${folder}" NAME)
     if(NOT sources)
         return()

@@ -121,9 +121,8 @@ def cmake_text():
 @functools.lru_cache(maxsize=None)
 def test_names():
     names = [f"system.{file.stem}" for file in (ROOT / "tests" / "system").glob("*_test.py")]
-    for file in (ROOT / "tests" / "unit").rglob("*_test.cpp"):
-        for suite, case in re.findall(r"^TEST(?:_[FP])?\((\w+),\s*(\w+)\)", file.read_text(), re.MULTILINE):
-            names.append(f"{file.parent.name}.{suite}.{case}")
+    for room in re.findall(r"brenquil_room\((\w+)", cmake_text()):
+        names.append(f"{room}.unit")
     return names
 
 

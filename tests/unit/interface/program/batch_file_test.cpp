@@ -1,7 +1,7 @@
 // Batch files: which file a name means, what is queued, and how the console hears of them.
 
-#include "../../support/temporary_folder.h"
-#include "engine_fixture.h"
+#include "../../../support/temporary_folder.h"
+#include "../engine_fixture.h"
 #include "interface/program/batch_file.h"
 
 #include <memory>

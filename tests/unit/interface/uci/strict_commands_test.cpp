@@ -1,6 +1,6 @@
 // Strict UCI on a whole engine.
 
-#include "engine_fixture.h"
+#include "../engine_fixture.h"
 #include "interface/uci/uci_commands.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The console commands on a whole engine.
 
-#include "engine_fixture.h"
-#include "fake_base.h"
+#include "../engine_fixture.h"
+#include "../fake_base.h"
 #include "interface/console/console_commands.h"
 
 namespace brenquil {

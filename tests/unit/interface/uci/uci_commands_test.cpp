@@ -1,7 +1,7 @@
 // The UCI commands on a whole engine.
 
-#include "engine_fixture.h"
-#include "fake_base.h"
+#include "../engine_fixture.h"
+#include "../fake_base.h"
 #include "interface/move_notation.h"
 #include "interface/uci/uci_commands.h"
 #include "platform/processor.h"
@@ -19,7 +19,7 @@ using UciCommands = CEngineFixture;
 
 /// The lines of the golden file, which stands beside this file.
 Strings GoldenAnswer() {
-    std::ifstream file(BRENQUIL_TEST_FOLDER "/uci_answer.golden");
+    std::ifstream file(BRENQUIL_TEST_FOLDER "/uci/uci_answer.golden");
     EXPECT_TRUE(file) << "uci_answer.golden cannot be read";
     Strings lines;
     const std::string placeholder = "{threads}";

@@ -1,7 +1,7 @@
 // The log file: what it holds, and when there is none.
 
-#include "../../support/temporary_folder.h"
-#include "engine_fixture.h"
+#include "../../../support/temporary_folder.h"
+#include "../engine_fixture.h"
 #include "interface/program/ini_file.h"
 #include "interface/program/log_file.h"
 

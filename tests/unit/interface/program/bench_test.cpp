@@ -1,8 +1,8 @@
 // The bench: its list and its account.
 
+#include "../collecting_sink.h"
 #include "board/move_generator.h"
 #include "board/position_text.h"
-#include "collecting_sink.h"
 #include "interface/move_notation.h"
 #include "interface/program/bench.h"
 #include "interface/program/bench_positions.h"

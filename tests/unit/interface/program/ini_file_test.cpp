@@ -1,7 +1,7 @@
 // The ini file: its reading rules and its form.
 
-#include "../../support/temporary_folder.h"
-#include "engine_fixture.h"
+#include "../../../support/temporary_folder.h"
+#include "../engine_fixture.h"
 #include "interface/program/ini_file.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 // The console commands that look at the engine rather than at the game: help, print, cpu, test.
 
-#include "engine_fixture.h"
+#include "../engine_fixture.h"
 #include "interface/console/cpu_report.h"
 #include "platform/processor.h"
 

@@ -1,6 +1,6 @@
 // The self-test: its tables, its texts, and that it sees faults.
 
-#include "collecting_sink.h"
+#include "../collecting_sink.h"
 #include "interface/console/self_test.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // Counting nodes, and the form of its account.
 
-#include "collecting_sink.h"
+#include "../collecting_sink.h"
+#include "../varying_figures.h"
 #include "interface/console/perft.h"
-#include "varying_figures.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -1,10 +1,10 @@
 // The lines of a search: field order, moves, and the options that change or silence a line.
 
+#include "../collecting_sink.h"
+#include "../fake_base.h"
+#include "../varying_figures.h"
 #include "board/position_text.h"
-#include "collecting_sink.h"
-#include "fake_base.h"
 #include "interface/uci/uci_output.h"
-#include "varying_figures.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -1,6 +1,6 @@
 // The rows of the move listing.
 
-#include "fake_base.h"
+#include "../fake_base.h"
 #include "interface/console/move_listing.h"
 
 #include <gtest/gtest.h>
