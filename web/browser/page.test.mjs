@@ -1,6 +1,7 @@
 // The page in Chromium: a game to its end, an analysis, threads on and off, no net, no fault of accessibility.
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
+import os from 'node:os';
 import path from 'node:path';
 import { after, before, test } from 'node:test';
 import { fileURLToPath } from 'node:url';
@@ -229,8 +230,9 @@ test('a book by its address is fetched in parts; a damaged table gives the engin
         await page.setInputFiles('#table-files', { name: 'one.bin', mimeType: 'application/octet-stream', buffer: record });
         await page.waitForFunction(() => /loaded! \(1 moves\)/.test(document.getElementById('table-message').textContent));
         await page.setInputFiles('#table-files', { name: 'KQvK.rtbw', mimeType: 'application/octet-stream', buffer: Buffer.alloc(100) });
-        await page.waitForFunction(() => document.getElementById('problem').textContent !== '' ||
-            document.getElementById('table-message').textContent !== 'Loading …');
+        await page.waitForFunction(() => /Found 1 tablebases/.test(document.getElementById('table-message').textContent));
+        await loadText(page, '8/8/8/8/8/1k6/8/6QK w - - 0 1');
+        await page.waitForFunction(() => /Corrupted table/.test(document.getElementById('problem').textContent));
         await page.fill('#table-url', `${address}missing.rtbw`);
         await page.click('#load-url');
         await page.waitForFunction(() => /404/.test(document.getElementById('problem').textContent));
@@ -283,7 +285,11 @@ test('the ten lines of docs/web.md work', { timeout: 120_000 }, async () => {
     const text = fs.readFileSync(path.join(root, 'docs', 'web.md'), 'utf8');
     const html = /```html\n([^]*?)```/.exec(text)[1];
     assert.ok(html.trim().split('\n').length <= 10);
-    const { address } = await serve();
+    // As the text says: the folder of the package as `engine` beside the page.
+    const site = fs.mkdtempSync(path.join(os.tmpdir(), 'brenquil-'));
+    after(() => fs.rmSync(site, { recursive: true }));
+    fs.cpSync(path.join(web, 'package', 'dist'), path.join(site, 'engine'), { recursive: true });
+    const { address } = await serve({ folders: [site] });
     await withPage({}, async (page) => {
         await page.route('**/embedded.html', (route) => route.fulfill({ body: html, contentType: 'text/html' }));
         await page.goto(`${address}embedded.html`);

@@ -38,6 +38,8 @@ export interface EngineOptions {
     workerUrl?: string | URL;
     /** Where the .wasm lies, if not beside the worker. */
     wasmUrl?: string | URL;
+    /** Talk as the native program does under `--strict-uci`: options are checked, and there are some more of them. */
+    strict?: boolean;
     /** Further options of the engine, by their names. */
     options?: Record<string, string | number | boolean>;
     /** Ends the start, and later the engine. */
@@ -77,6 +79,8 @@ export interface EngineEvents {
     line: string;
     /** Every line to the engine. */
     sent: string;
+    /** What the engine says in words: the text of each `info string`. A damaged table is told that way. */
+    message: string;
     /** The worker ended by itself. */
     crash: EngineError;
 }
@@ -91,7 +95,9 @@ interface Search {
     reject(error: Error): void;
 }
 
+// Without a legal move the engine says the one; strictly, its best move is the other.
 const NoBestMove = 'No best move!';
+const NoMove = '(none)';
 const NoThread = 'The system gives no thread for the search';
 
 export class Engine {
@@ -420,7 +426,9 @@ export class Engine {
         const ready = new Promise<void>((resolve, reject) => {
             this.#onReady = { resolve, reject };
         });
-        worker.postMessage({ type: 'init', variant, ...(wasmUrl === undefined ? {} : { wasmUrl }) });
+        worker.postMessage({
+            type: 'init', variant, strict: this.#settings.strict === true, ...(wasmUrl === undefined ? {} : { wasmUrl }),
+        });
         return this.#inTurn(async () => {
             await ready;
             this.options.clear();
@@ -441,6 +449,10 @@ export class Engine {
     #take(reply: WorkerReply): void {
         if (typeof reply === 'string') {
             this.#emit('line', reply);
+            const message = parseInfoString(reply);
+            if (message !== null) {
+                this.#emit('message', message);
+            }
             this.#lastWords = reply;
             if (this.#awaited !== null && this.#awaited(reply)) {
                 this.#awaited = null;
@@ -629,7 +641,7 @@ export class Engine {
             search.reject(new EngineError('out-of-memory', `${NoThread}; close other pages and try again`));
             return;
         }
-        search.resolve({ bestmove: null, ...best, lines: search.lines.filter(Boolean) });
+        search.resolve({ ...(best === null || best.bestmove === NoMove ? { bestmove: null } : best), lines: search.lines.filter(Boolean) });
     }
 
     // ---- files

@@ -159,8 +159,24 @@ for (const variant of ['threads', 'single'] as const) {
         assert.equal((await engine.go({ movetime: 2000 })).bestmove, 'e2e4');
         assert.equal((await engine.go({ movetime: 2000 })).lines[0]?.nodes ?? 0, 0);
         await assert.rejects(engine.loadBook(new Uint8Array(0)), code('bad-file'));
-        await assert.rejects(engine.loadSyzygy({ 'KQvK.rtbw': new Uint8Array(10) }), (error) =>
-            error instanceof EngineError);
+    });
+
+    both('a damaged table is told in the words of the engine, which goes on', async (engine) => {
+        const said: string[] = [];
+        engine.on('message', (text) => said.push(text));
+        assert.match(await engine.loadSyzygy({ 'KQvK.rtbw': new Uint8Array(10) }), /Found 1 tablebases/);
+        const queen = { fen: '8/8/8/8/8/1k6/8/6QK w - - 0 1', depth: 3 };
+        assert.equal((await engine.go(queen)).lines[0]!.depth, 3);
+        assert.ok(said.includes('Corrupted table.'), said.join('|'));
+    });
+
+    test(`${variant}: the strict dialect is to be had`, { timeout: 60_000 }, async () => {
+        const engine = await Engine.create({ variant, strict: true });
+        assert.ok(engine.options.has('UCI_ShowWDL'));
+        assert.deepEqual(await engine.setOption('MultiPV', 'many'), ['no value of MultiPV: many']);
+        assert.equal((await engine.go({ fen: '7k/5Q2/8/8/8/8/8/K7 b - - 0 1', depth: 3 })).bestmove, null);
+        assert.equal((await engine.go({ depth: 6 })).bestmove, 'e2e4');
+        engine.terminate();
     });
 
     test(`${variant}: terminate in a search, and start again`, { timeout: 60_000 }, async () => {

@@ -12,6 +12,7 @@ import { BoardView } from './view/board.js';
 import { GraphView } from './view/graph.js';
 import { MovesView } from './view/moves.js';
 import { figuresText, pawnsOf, pvText, scoreText } from './view/text.js';
+import { TextBoardView } from './view/text_board.js';
 
 const EvaluationDepth = 10;
 
@@ -22,6 +23,7 @@ function byId<Type extends HTMLElement = HTMLElement>(id: string): Type {
 class Page {
     readonly #service: EngineService;
     readonly #board: BoardView;
+    readonly #textBoard = new TextBoardView(byId('text-board'));
     readonly #moves: MovesView;
     readonly #graph: GraphView;
     #record = new GameRecord();
@@ -56,6 +58,7 @@ class Page {
         const mayMove = outcome === null && (this.#mode === 'analyse' || this.#human === null ||
             (record.isAtEnd && record.position.turn === this.#human));
         this.#board.show(record.position, record.lastMove, mayMove ? record.position.turn : null);
+        this.#textBoard.show(record.position);
         this.#moves.show(record);
         byId<HTMLInputElement>('fen-out').value = record.position.fen;
         byId<HTMLButtonElement>('take-back').disabled = record.length === 0;

@@ -7,6 +7,7 @@ import { ChessClock, clockText } from '../src/game/clock.js';
 import { InputError, readGames } from '../src/game/input.js';
 import { GameRecord } from '../src/game/record.js';
 import { figuresText, pawnsOf, pvText, scoreText } from '../src/view/text.js';
+import { piecesText } from '../src/view/text_board.js';
 
 function play(record: GameRecord, ...moves: string[]): GameRecord {
     for (const text of moves) {
@@ -89,4 +90,10 @@ test('figures as words, from White\'s view', () => {
     assert.equal(pawnsOf({ type: 'cp', value: 5000 }, 'w'), 10);
     assert.equal(figuresText({ multipv: 1, pv: [], depth: 9, nodes: 1_250_000, nps: 640_000 }), 'Depth 9, 1.3 M nodes, 640 k a second');
     assert.equal(pvText(ChessPosition.start(), { multipv: 1, pv: ['e2e4', 'e7e5'] }), '1. e4 e5');
+});
+
+test('the pieces of a side in words', () => {
+    const position = ChessPosition.fromFen('4k3/8/8/8/7N/1N6/P6P/4K3 w - - 0 1');
+    assert.equal(piecesText(position, 'w'), 'king e1, knights b3 h4, pawns a2 h2');
+    assert.equal(piecesText(position, 'b'), 'king e8');
 });

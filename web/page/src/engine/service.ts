@@ -44,6 +44,12 @@ export class EngineService {
             engine.on('crash', (error) => {
                 void this.#recover(error);
             });
+            // Found out in the middle of a search, when nobody waits for an answer to a file.
+            engine.on('message', (text) => {
+                if (/corrupt/i.test(text)) {
+                    this.#events.onProblem(`A table is damaged and is not used. The engine says: ${text}`);
+                }
+            });
             this.engine = engine;
             this.#events.onReady(engine);
         } catch (error) {

@@ -25,7 +25,7 @@ export class BoardView {
                 { class: Markers, props: { autoMarkers: null } },
                 { class: Arrows },
                 { class: PromotionDialog, props: { language: 'en' } },
-                { class: Accessibility, props: { language: 'en', keyboardMoveInput: true, movePieceForm: false, boardAsTable: true, piecesAsList: true } },
+                { class: Accessibility, props: { language: 'en', keyboardMoveInput: true, movePieceForm: false, boardAsTable: false, piecesAsList: false } },
             ],
         });
     }
