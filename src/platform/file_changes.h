@@ -5,7 +5,9 @@
 // LastFileError says why in words. No exceptions, except for want of memory in the texts.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,11 +23,35 @@ namespace brenquil {
 /// Makes a folder in one that exists. True also when it is there already.
 [[nodiscard]] bool MakeDirectory(const std::string& name) noexcept;
 
-/// The names in a folder, without the folder, in no order; empty when it cannot be read.
-[[nodiscard]] std::vector<std::string> NamesInDirectory(const std::string& path);
+/// The names in a folder, without the folder, in no order; nothing when it cannot be read.
+[[nodiscard]] std::optional<std::vector<std::string>> NamesInDirectory(const std::string& path);
 
 /// Writes out what the stream holds and waits until the system has it on the disk.
 [[nodiscard]] bool FlushToDisk(std::FILE* stream) noexcept;
+
+/// A folder that one program at a time works in: while an object holds it, no other one can.
+/// Nothing is left behind by a program that is ended. Where the system knows no such locks, all
+/// succeed.
+class CFolderLock {
+public:
+    /// Holds nothing.
+    CFolderLock() noexcept = default;
+    CFolderLock(const CFolderLock&) = delete;
+    CFolderLock& operator=(const CFolderLock&) = delete;
+
+    CFolderLock(CFolderLock&& other) noexcept : handle_(other.handle_) { other.handle_ = None; }
+
+    CFolderLock& operator=(CFolderLock&& other) = delete;
+    ~CFolderLock();
+
+    /// Takes the folder. False if another object, of this program or of another one, holds it.
+    [[nodiscard]] bool Take(const std::string& folder);
+
+private:
+    static constexpr std::intptr_t None = -1;
+
+    std::intptr_t handle_ = None;  // a descriptor or a handle of the system
+};
 
 /// Why the last call of this header, or of the C library's files, failed on this thread.
 [[nodiscard]] std::string LastFileError();

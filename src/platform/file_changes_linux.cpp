@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,12 +24,12 @@ bool MakeDirectory(const std::string& name) noexcept {
     return mkdir(name.c_str(), Everything) == 0 || errno == EEXIST;
 }
 
-std::vector<std::string> NamesInDirectory(const std::string& path) {
-    std::vector<std::string> names;
+std::optional<std::vector<std::string>> NamesInDirectory(const std::string& path) {
     DIR* const directory = opendir(path.c_str());
     if (directory == nullptr) {
-        return names;
+        return std::nullopt;
     }
+    std::vector<std::string> names;
     while (const dirent* const entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
         const std::string_view name(&entry->d_name[0]);
         if (name != "." && name != "..") {
@@ -40,6 +42,21 @@ std::vector<std::string> NamesInDirectory(const std::string& path) {
 
 bool FlushToDisk(std::FILE* stream) noexcept {
     return std::fflush(stream) == 0 && fsync(fileno(stream)) == 0;
+}
+
+CFolderLock::~CFolderLock() {
+    if (handle_ != None) {
+        close(static_cast<int>(handle_));
+    }
+}
+
+bool CFolderLock::Take(const std::string& folder) {
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return true;
+    }
+    handle_ = descriptor;
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 std::string LastFileError() {

@@ -50,13 +50,14 @@ bool MakeDirectory(const std::string& name) noexcept {
     return Note(CreateDirectoryW(WindowsName(name).c_str(), nullptr) != 0) || errno == EEXIST;
 }
 
-std::vector<std::string> NamesInDirectory(const std::string& path) {
-    std::vector<std::string> names;
+std::optional<std::vector<std::string>> NamesInDirectory(const std::string& path) {
     WIN32_FIND_DATAW entry;
     HANDLE const search = FindFirstFileW(WindowsName(path + "\\*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
-        return names;
+        (void)Note(false);
+        return std::nullopt;
     }
+    std::vector<std::string> names;
     do {
         const std::string name = NarrowName(&entry.cFileName[0]);
         if (name != "." && name != "..") {
@@ -69,6 +70,25 @@ std::vector<std::string> NamesInDirectory(const std::string& path) {
 
 bool FlushToDisk(std::FILE* stream) noexcept {
     return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0;
+}
+
+CFolderLock::~CFolderLock() {
+    if (handle_ != None) {
+        CloseHandle(reinterpret_cast<HANDLE>(handle_));
+    }
+}
+
+// A file that nobody else may open; the system removes it with its last handle.
+bool CFolderLock::Take(const std::string& folder) {
+    const std::string name = folder + "\\brenquil-tables.lock";
+    HANDLE const file =
+        CreateFileW(WindowsName(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                    FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return GetLastError() != ERROR_SHARING_VIOLATION;
+    }
+    handle_ = reinterpret_cast<std::intptr_t>(file);
+    return true;
 }
 
 std::string LastFileError() {

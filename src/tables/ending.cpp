@@ -13,6 +13,7 @@ namespace brenquil {
 namespace {
 
 constexpr std::string_view Letters = "PNBRQK";
+constexpr std::string_view SmallLetters = "pnbrqk";
 constexpr std::array<PieceType, 4> PromotionTypes = {Queen, Rook, Bishop, Knight};
 
 /// How many men of each kind there are, three bits each: the order of the men plays no part.
@@ -175,19 +176,22 @@ std::optional<EndingExit> FindEnding(std::span<const EndingMan> men) {
 }
 
 int EndingOfName(std::string_view name) {
-    std::string plain;
+    std::vector<EndingMan> men;
+    bool isBlack = false;
     for (const char letter : name) {
         const char small = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-        if (small != 'v') {
-            plain += small;
+        const std::size_t type = SmallLetters.find(small);
+        if (small == 'v' && men.size() > 1) {
+            continue;
         }
-    }
-    for (int number = 1; number <= EndingCount; ++number) {
-        if (EndingOf(number).name == plain) {
-            return number;
+        if (type == std::string_view::npos || (men.empty() && small != 'k')) {
+            return 0;
         }
+        isBlack = isBlack || (small == 'k' && !men.empty());
+        men.push_back({static_cast<PieceType>(type), isBlack ? Black : White});
     }
-    return 0;
+    const std::optional<EndingExit> found = FindEnding(men);
+    return found ? found->ending : 0;
 }
 
 std::string FenOfEnding(const Ending& ending, const EndingSquares& squares, Colour sideToMove) {

@@ -92,8 +92,8 @@ struct Ending {
 /// @return nothing if there are too many men or not one king of each colour
 [[nodiscard]] std::optional<EndingExit> FindEnding(std::span<const EndingMan> men);
 
-/// The number of the ending with that name of either family, in any letter case ("kqkr", "KQvKR");
-/// 0 if there is none. The stronger side has to come first.
+/// The number of the ending with these men, by a name of either family, in any letter case ("kqkr",
+/// "KQvKR"); either side and its men in any order. 0 if there is none.
 [[nodiscard]] int EndingOfName(std::string_view name);
 
 /// The position as FEN, without castling rights and en passant square.

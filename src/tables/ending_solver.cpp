@@ -20,8 +20,8 @@ constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
 constexpr std::size_t SmallSlice = std::size_t{1} << 18U;
 
 [[noreturn]] void FailForMemory(const Ending& ending, std::size_t bytes) {
-    throw CTableError("out of memory: solving " + ending.name + " needs " +
-                      std::to_string(bytes >> 20U) + " MiB more");
+    throw COutOfMemory("out of memory: solving " + ending.name + " needs " +
+                       std::to_string(bytes >> 20U) + " MiB more");
 }
 
 [[noreturn]] void FailForDistance(const Ending& ending) {

@@ -31,8 +31,8 @@ public:
     void Allocate(Colour sideToMove) {
         pages_[sideToMove] = CPages::Allocate(BytesOfSide());
         if (!Has(sideToMove)) {
-            throw CTableError("out of memory: " + ending_.name + " needs " +
-                              std::to_string(2 * BytesOfSide() >> 20U) + " MiB for its values");
+            throw COutOfMemory("out of memory: " + ending_.name + " needs " +
+                               std::to_string(2 * BytesOfSide() >> 20U) + " MiB for its values");
         }
     }
 

@@ -27,16 +27,6 @@ void ForPlaces(const CEndingIndex& index, CWorkers& workers, CProgress& progress
     });
 }
 
-/// Like men have one order only in a file.
-bool AreInOrder(const Ending& ending, const EndingSquares& squares) noexcept {
-    for (std::size_t man = 2; man + 1 < ending.pieces; ++man) {
-        if (squares[man] > squares[man + 1] && ending.man[man] == ending.man[man + 1]) {
-            return false;
-        }
-    }
-    return true;
-}
-
 /// Places and positions are many to one, so two threads can write the same value to one place.
 void Put(std::vector<std::uint8_t>& bytes, std::uint64_t place, int code) noexcept {
     if (place != CNalimovCalculator::NoIndex) {

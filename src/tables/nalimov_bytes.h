@@ -36,6 +36,17 @@ inline constexpr std::uint8_t NalimovNoValue = 127;
 [[nodiscard]] std::uint64_t NalimovPlaceOf(const Ending& ending, const EndingSquares& squares,
                                            Colour sideToMove, std::size_t victim);
 
+/// Do like pieces stand in ascending order: of positions that differ in nothing else, one. (Pawns
+/// always do in the numbering of the solver.)
+[[nodiscard]] inline bool AreInOrder(const Ending& ending, const EndingSquares& squares) noexcept {
+    for (std::size_t man = 2; man + 1 < ending.pieces; ++man) {
+        if (squares[man] > squares[man + 1] && ending.man[man] == ending.man[man + 1]) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// The contents of the file of one side to move.
 [[nodiscard]] std::vector<std::uint8_t> NalimovBytes(const SolvedValues& values,
                                                      const SolvedEndings& solved, int side,

@@ -25,16 +25,23 @@ int FileCount(const Ending& ending) {
 
 }  // namespace
 
-std::optional<NalimovFileChoice> FindNalimovFile(const std::string& folder, const Ending& ending,
+std::vector<NalimovFileChoice> NalimovFilesThere(const std::string& folder, const Ending& ending,
                                                  int side) {
+    std::vector<NalimovFileChoice> files;
     const std::string plain = PlainName(ending, side);
     if (IsTableFile(PathOf(folder, plain))) {
-        return NalimovFileChoice{plain, false};
+        files.push_back({plain, false});
     }
     if (IsTableFile(PathOf(folder, plain + CompressedSuffix))) {
-        return NalimovFileChoice{plain + CompressedSuffix, true};
+        files.push_back({plain + CompressedSuffix, true});
     }
-    return std::nullopt;
+    return files;
+}
+
+std::optional<NalimovFileChoice> FindNalimovFile(const std::string& folder, const Ending& ending,
+                                                 int side) {
+    const std::vector<NalimovFileChoice> files = NalimovFilesThere(folder, ending, side);
+    return files.empty() ? std::nullopt : std::optional(files.front());
 }
 
 std::vector<std::uint8_t> ReadNalimovFile(const std::string& folder, const NalimovFileChoice& file,
@@ -65,15 +72,17 @@ std::vector<std::string> CNalimovFamily::FilesOf(const Ending& ending) const {
 TableState CNalimovFamily::Look(const Ending& ending, std::string& culprit) const {
     TableState state = TableState::Sound;
     for (int side = 0; side < FileCount(ending); ++side) {
-        const auto file = FindNalimovFile(setting_.folder, ending, side);
-        if (!file) {
+        const auto files = NalimovFilesThere(setting_.folder, ending, side);
+        if (files.empty() || (writing_.plain && files.front().isCompressed)) {
             return TableState::Absent;
         }
-        const std::vector<std::uint8_t> contents =
-            ReadNalimovFile(setting_.folder, *file, setting_.workers);
-        if (contents.size() != NalimovPlaces(ending, side)) {
-            culprit = file->name;
-            state = TableState::Damaged;
+        for (const NalimovFileChoice& file : files) {
+            const std::vector<std::uint8_t> contents =
+                ReadNalimovFile(setting_.folder, file, setting_.workers);
+            if (contents.size() != NalimovPlaces(ending, side)) {
+                culprit = file.name;
+                state = TableState::Damaged;
+            }
         }
     }
     return state;
@@ -88,13 +97,19 @@ CNalimovFamily::Make(const Ending& ending, const SolvedEndings& solved, std::uin
     for (int side = 0; side < FileCount(ending); ++side) {
         std::vector<std::uint8_t> contents =
             NalimovBytes(*values, solved, side, setting_.workers, setting_.progress);
-        std::string name = PlainName(ending, side);
-        if (!plain_) {
+        const std::string plainName = PlainName(ending, side);
+        const std::string compressedName = plainName + CompressedSuffix;
+        if (!writing_.plain) {
             contents = CompressEmd(contents, setting_.workers, setting_.progress);
-            name += CompressedSuffix;
         }
-        WriteTableFile(PathOf(setting_.folder, name), contents);
+        WriteTableFile(PathOf(setting_.folder, writing_.plain ? plainName : compressedName),
+                       contents);
         bytes += contents.size();
+        const std::string other =
+            PathOf(setting_.folder, writing_.plain ? compressedName : plainName);
+        if (writing_.replaces && !RemoveFile(other)) {
+            throw CTableError("cannot remove " + other + ": " + LastFileError());
+        }
     }
     return values;
 }
@@ -117,7 +132,7 @@ void CNalimovFamily::Read(Colour sideToMove, SolvedValues& values) {
 std::uint64_t CNalimovFamily::MakingBytes(const Ending& ending) const {
     // Behind the solving: contents of one file, and of what it becomes about as much at worst.
     const std::uint64_t file = std::max(NalimovPlaces(ending, 0), NalimovPlaces(ending, 1));
-    const std::uint64_t writing = 2 * KeptBytesOfSide(ending) + (plain_ ? 1 : 2) * file;
+    const std::uint64_t writing = 2 * KeptBytesOfSide(ending) + (writing_.plain ? 1 : 2) * file;
     return std::max(SolvingBytes<DistanceToMate>(ending, setting_.workers.Count()), writing);
 }
 

@@ -18,15 +18,24 @@ struct NalimovFileChoice {
 [[nodiscard]] std::optional<NalimovFileChoice> FindNalimovFile(const std::string& folder,
                                                                const Ending& ending, int side);
 
+/// Both files of a side, where a plain and a compressed one are there; the plain one counts.
+[[nodiscard]] std::vector<NalimovFileChoice> NalimovFilesThere(const std::string& folder,
+                                                               const Ending& ending, int side);
+
 /// The contents of a file; empty if it is damaged. Throws `CTableError` if it cannot be read.
 [[nodiscard]] std::vector<std::uint8_t>
 ReadNalimovFile(const std::string& folder, const NalimovFileChoice& file, CWorkers& workers);
 
+/// How Nalimov files are written.
+struct NalimovWriting {
+    bool plain = false;     ///< plain files are wanted, and compressed ones do not do
+    bool replaces = false;  ///< what was there is not trusted: the other form of a file goes
+};
+
 class CNalimovFamily final : public ITableFamily {
 public:
-    /// @param plain  write plain files, not compressed ones
-    CNalimovFamily(TableSetting setting, bool plain)
-        : setting_(std::move(setting)), plain_(plain) {}
+    explicit CNalimovFamily(TableSetting setting, NalimovWriting writing = {})
+        : setting_(std::move(setting)), writing_(writing) {}
 
     [[nodiscard]] std::string Name() const override { return "nalimov"; }
 
@@ -41,7 +50,7 @@ public:
 
 private:
     TableSetting setting_;
-    bool plain_;
+    NalimovWriting writing_;
 };
 
 }  // namespace brenquil

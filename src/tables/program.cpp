@@ -1,6 +1,8 @@
 #include "tables/program.h"
 
+#include "platform/file_changes.h"
 #include "platform/processor.h"
+#include "tables/command_words.h"
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"
 #include "tables/table_check.h"
@@ -15,7 +17,7 @@
 #include <csignal>
 #include <cstdio>
 #include <new>
-#include <stdexcept>
+#include <string_view>
 
 namespace brenquil {
 
@@ -25,21 +27,20 @@ constexpr int Failure = 1;
 constexpr int Misuse = 2;
 constexpr int Interrupted = 130;
 
-constexpr std::size_t DefaultGibibytes = 4;
-constexpr std::size_t MostGibibytes = 4096;
+constexpr std::uint64_t DefaultMemory = std::uint64_t{4} << 30U;
 
 constexpr const char* Usage =
     R"(usage: brenquil-tables make nalimov|syzygy WHAT... DIR    make tables
        brenquil-tables check DIR                         hold every value against the rules
        brenquil-tables show 'FEN' DIR                    what the tables know of a position
        brenquil-tables statistics DIR                    counts, longest mates
-       brenquil-tables --help | --version
+       brenquil-tables help [COMMAND] | --version
 
 WHAT is 3, 4 or 5, for all endings of up to so many men, or names of endings such as kqkr.
 What an ending can turn into is made with it.
 
   --threads N     work on N threads (default: all that the machine has)
-  --memory N      use up to N gibibytes (default: 4)
+  --memory N      use up to N gibibytes, or 512M for mebibytes (default: 4)
   --force         make: make again what is there
   --plain         make nalimov: write plain files, not compressed ones
   --quiet         make, check: print no progress
@@ -48,68 +49,77 @@ What an ending can turn into is made with it.
   --svg           statistics: print a picture
 )";
 
+constexpr const char* MakeUsage =
+    R"(usage: brenquil-tables make nalimov|syzygy WHAT... DIR
+
+Solves endings from the rules of chess and writes their tables into the folder DIR, which is made
+if it is not there. nalimov tables tell the moves to mate, syzygy tables win, draw or loss under
+the fifty-move rule and the half-moves to the next capture or pawn move.
+
+WHAT is 3, 4 or 5, for all endings of up to so many men, or names of endings such as kqkr or
+KQvKR. What an ending can turn into is made with it. A table that is there and sound is not made
+again, so a run that was ended goes on where it stopped.
+
+  --threads N     work on N threads (default: all that the machine has)
+  --memory N      use up to N gibibytes, or 512M for mebibytes (default: 4)
+  --force         make again what is there
+  --plain         nalimov: write plain files, not compressed ones
+  --quiet         print no progress
+
+    brenquil-tables make nalimov 4 tables
+    brenquil-tables make syzygy kqkr krkp tables
+)";
+
+constexpr const char* CheckUsage =
+    R"(usage: brenquil-tables check DIR
+
+Holds every value of every table in the folder DIR against the rules of chess, and the two families
+against each other. A table is checked with the help of those that it can turn into. Ends with
+status 0 if all are sound, with 1 if one is faulty, damaged or could not be checked.
+
+  --threads N     work on N threads (default: all that the machine has)
+  --memory N      use up to N gibibytes, or 512M for mebibytes (default: 4)
+  --quiet         print nothing; the exit status tells
+)";
+
+constexpr const char* ShowUsage =
+    R"(usage: brenquil-tables show 'FEN' DIR
+
+Prints a position of up to five men, what the tables in the folder DIR know of it and of each of its
+moves, and the best line, to mate if there is one.
+
+  --json          print JSON, for scripts
+
+    brenquil-tables show '8/8/8/4k3/8/8/3QK3/8 w - - 0 1' tables
+)";
+
+constexpr const char* StatisticsUsage =
+    R"(usage: brenquil-tables statistics DIR
+
+Prints for each table in the folder DIR how many positions are won, drawn and lost for the side to
+move, the longest mate and a position that has it.
+
+  --markdown      print a table in Markdown
+  --svg           print a picture: bars of won, drawn and lost, and how the distances are spread
+  --threads N     work on N threads (default: all that the machine has)
+  --memory N      use up to N gibibytes, or 512M for mebibytes (default: 4)
+)";
+
 constexpr const char* UsageHint = "brenquil-tables --help tells how it is used\n";
 
-/// Thrown where the arguments make no sense.
-class CMisuse : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// The words of a command, options taken out.
-class CArguments {
-public:
-    explicit CArguments(std::vector<std::string> words) : words_(std::move(words)) {}
-
-    /// Takes an option without a value out.
-    [[nodiscard]] bool Flag(const std::string& name) {
-        const auto found = std::find(words_.begin(), words_.end(), name);
-        if (found == words_.end()) {
-            return false;
-        }
-        words_.erase(found);
-        return true;
+[[noreturn]] void RefuseName(const std::string& word) {
+    const auto isMan = [](char letter) {
+        return std::string_view("kqrbnpKQRBNP").find(letter) != std::string_view::npos;
+    };
+    const auto men = std::count_if(word.begin(), word.end(), isMan);
+    const bool isNumber = word == "6" || word == "7";
+    if (isNumber || (men > 5 && std::all_of(word.begin(), word.end(), [&](char letter) {
+                         return isMan(letter) || letter == 'v';
+                     }))) {
+        throw CMisuse("'" + word + "': tables are made of up to five men, kings included");
     }
-
-    /// Takes an option with a number out: `--name 3` or `--name=3`.
-    [[nodiscard]] std::size_t Number(const std::string& name, std::size_t otherwise,
-                                     std::size_t most) {
-        for (auto word = words_.begin(); word != words_.end(); ++word) {
-            std::string text;
-            if (word->starts_with(name + "=")) {
-                text = word->substr(name.size() + 1);
-            } else if (*word == name && word + 1 != words_.end()) {
-                text = *(word + 1);
-                words_.erase(word + 1);
-            } else if (*word != name) {
-                continue;
-            }
-            words_.erase(word);
-            const bool isNumber =
-                !text.empty() && text.size() < 6 &&
-                std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-            const std::size_t number = isNumber ? std::stoul(text) : 0;
-            if (number == 0 || number > most) {
-                throw CMisuse(name + " takes a number from 1 to " + std::to_string(most));
-            }
-            return number;
-        }
-        return otherwise;
-    }
-
-    /// What is left. Throws `CMisuse` if an option is among it.
-    [[nodiscard]] const std::vector<std::string>& Rest() const {
-        for (const std::string& word : words_) {
-            if (word.size() > 1 && word.front() == '-') {
-                throw CMisuse("unknown option " + word);
-            }
-        }
-        return words_;
-    }
-
-private:
-    std::vector<std::string> words_;
-};
+    throw CMisuse("'" + word + "' is neither 3, 4 or 5 nor the name of an ending, such as kqkr");
+}
 
 std::vector<int> EndingsOf(const std::string& word) {
     std::vector<int> endings;
@@ -123,22 +133,20 @@ std::vector<int> EndingsOf(const std::string& word) {
     } else if (const int number = EndingOfName(word); number != 0) {
         endings.push_back(number);
     } else {
-        throw CMisuse("'" + word +
-                      "' is neither 3, 4 or 5 nor the name of an ending, such as kqkr");
+        RefuseName(word);
     }
     return endings;
 }
 
-std::size_t ThreadsOf(CArguments& arguments) {
+std::size_t ThreadsOf(CCommandWords& arguments) {
     constexpr std::size_t MostThreads = 256;
     return arguments.Number("--threads", static_cast<std::size_t>(ProcessorCount()), MostThreads);
 }
 
-int Make(CArguments arguments) {
+int Make(CCommandWords arguments) {
     CWorkers workers(ThreadsOf(arguments));
     MakingPlan plan;
-    plan.memoryBytes = std::uint64_t{arguments.Number("--memory", DefaultGibibytes, MostGibibytes)}
-                    << 30U;
+    plan.memoryBytes = arguments.Size("--memory", DefaultMemory);
     plan.force = arguments.Flag("--force");
     const bool plain = arguments.Flag("--plain");
     const bool quiet = arguments.Flag("--quiet");
@@ -154,10 +162,10 @@ int Make(CArguments arguments) {
         const std::vector<int> more = EndingsOf(words[place]);
         plan.endings.insert(plan.endings.end(), more.begin(), more.end());
     }
-    PrepareFolder(words.back());
+    const CFolderLock lock = PrepareFolder(words.back());
     CProgress progress(quiet ? CProgress::Output::Silent : CProgress::OutputOfSystem());
     if (family == "nalimov") {
-        CNalimovFamily nalimov({words.back(), workers, progress}, plain);
+        CNalimovFamily nalimov({words.back(), workers, progress}, {plain, plan.force});
         MakeTables(nalimov, plan, progress);
     } else {
         CSyzygyFamily syzygy({words.back(), workers, progress});
@@ -166,10 +174,9 @@ int Make(CArguments arguments) {
     return 0;
 }
 
-int Check(CArguments arguments) {
+int Check(CCommandWords arguments) {
     CWorkers workers(ThreadsOf(arguments));
-    const std::uint64_t memory =
-        std::uint64_t{arguments.Number("--memory", DefaultGibibytes, MostGibibytes)} << 30U;
+    const std::uint64_t memory = arguments.Size("--memory", DefaultMemory);
     const bool quiet = arguments.Flag("--quiet");
     const std::vector<std::string>& words = arguments.Rest();
     if (words.size() != 1) {
@@ -183,7 +190,7 @@ int Check(CArguments arguments) {
     return outcome.IsGood() ? 0 : Failure;
 }
 
-int Show(CArguments arguments) {
+int Show(CCommandWords arguments) {
     const bool asJson = arguments.Flag("--json");
     const std::vector<std::string>& words = arguments.Rest();
     if (words.size() != 2) {
@@ -195,10 +202,9 @@ int Show(CArguments arguments) {
     return 0;
 }
 
-int Statistics(CArguments arguments) {
+int Statistics(CCommandWords arguments) {
     CWorkers workers(ThreadsOf(arguments));
-    const std::uint64_t memory =
-        std::uint64_t{arguments.Number("--memory", DefaultGibibytes, MostGibibytes)} << 30U;
+    const std::uint64_t memory = arguments.Size("--memory", DefaultMemory);
     const bool markdown = arguments.Flag("--markdown");
     const bool picture = arguments.Flag("--svg");
     const std::vector<std::string>& words = arguments.Rest();
@@ -211,20 +217,45 @@ int Statistics(CArguments arguments) {
     RequireFolder(words.front());
     // What is printed goes to people or into a file, so only a terminal sees progress.
     const bool isTerminal = CProgress::OutputOfSystem() == CProgress::Output::Terminal;
-    std::string text;
+    FolderStatistics found;
     {
         CProgress progress(isTerminal ? CProgress::Output::Terminal : CProgress::Output::Silent);
-        text = StatisticsText(CollectStatistics(words.front(), memory, workers, progress),
-                              markdown  ? StatisticsForm::Markdown
-                              : picture ? StatisticsForm::Picture
-                                        : StatisticsForm::Text);
+        found = CollectStatistics(words.front(), memory, workers, progress);
     }
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (!found.tables.empty()) {
+        const std::string text = StatisticsText(found.tables, markdown  ? StatisticsForm::Markdown
+                                                              : picture ? StatisticsForm::Picture
+                                                                        : StatisticsForm::Text);
+        std::fwrite(text.data(), 1, text.size(), stdout);
+    }
+    for (const std::string& fault : found.faults) {
+        std::fprintf(stderr, "brenquil-tables: %s\n", fault.c_str());
+    }
+    return found.faults.empty() ? 0 : Failure;
+}
+
+/// What tells how a command is used; nullptr if there is no such command.
+const char* UsageOf(std::string_view command) noexcept {
+    return command == "make"       ? MakeUsage
+         : command == "check"      ? CheckUsage
+         : command == "show"       ? ShowUsage
+         : command == "statistics" ? StatisticsUsage
+                                   : nullptr;
+}
+
+int Help(const std::string& command) {
+    const char* const usage = command.empty() ? Usage : UsageOf(command);
+    if (usage == nullptr) {
+        throw CMisuse("unknown command '" + command + "'");
+    }
+    std::fputs(usage, stdout);
     return 0;
 }
 
-void HandleSignal(int /*signal*/) {
+/// The first signal ends the work cleanly, a second one at once.
+void HandleSignal(int signal) {
     RequestEnd();
+    (void)std::signal(signal, SIG_DFL);
 }
 
 int RunCommand(const std::vector<std::string>& arguments) {
@@ -232,15 +263,17 @@ int RunCommand(const std::vector<std::string>& arguments) {
         throw CMisuse("a command is missing");
     }
     const std::string& command = arguments.front();
-    if (command == "--help" || command == "-h") {
-        std::fputs(Usage, stdout);
-        return 0;
+    if (command == "--help" || command == "-h" || command == "help") {
+        return Help(arguments.size() > 1 ? arguments[1] : "");
     }
     if (command == "--version") {
         std::printf("brenquil-tables %s\n", BRENQUIL_VERSION);
         return 0;
     }
-    CArguments rest({arguments.begin() + 1, arguments.end()});
+    CCommandWords rest({arguments.begin() + 1, arguments.end()});
+    if (UsageOf(command) != nullptr && (rest.Flag("--help") || rest.Flag("-h"))) {
+        return Help(command);
+    }
     if (command == "make") {
         return Make(std::move(rest));
     }
@@ -256,13 +289,25 @@ int RunCommand(const std::vector<std::string>& arguments) {
     throw CMisuse("unknown command '" + command + "'");
 }
 
+/// Standard output may be a file on a full disk.
+void RequireWritten() {
+    if (std::fflush(stdout) != 0) {
+        throw CTableError("cannot write the output: " + LastFileError());
+    }
+    if (std::ferror(stdout) != 0) {  // some time ago, so the reason is lost
+        throw CTableError("cannot write the output");
+    }
+}
+
 }  // namespace
 
 int RunTablesProgram(const std::vector<std::string>& arguments) {
     (void)std::signal(SIGINT, HandleSignal);
     (void)std::signal(SIGTERM, HandleSignal);
     try {
-        return RunCommand(arguments);
+        const int status = RunCommand(arguments);
+        RequireWritten();
+        return status;
     } catch (const CMisuse& misuse) {
         std::fprintf(stderr, "brenquil-tables: %s\n%s", misuse.what(), UsageHint);
         return Misuse;

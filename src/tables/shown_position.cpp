@@ -20,7 +20,7 @@ constexpr std::string_view Letters = "pnbrqk";
 std::vector<std::string> Words(const std::string& text) {
     std::vector<std::string> words(1);
     for (const char letter : text) {
-        if (letter == ' ' || letter == '\t') {
+        if (std::string_view(" \t\r\n").find(letter) != std::string_view::npos) {
             words.emplace_back();
         } else {
             words.back() += letter;
@@ -102,6 +102,12 @@ ShownPosition ShownPosition::FromFen(const std::string& fen) {
     }
     if (words.size() > 2 && words[2] != "-") {
         Refuse("tables know no castling");
+    }
+    for (std::size_t counter = 4; counter < words.size(); ++counter) {
+        if (!std::all_of(words[counter].begin(), words[counter].end(),
+                         [](char digit) { return digit >= '0' && digit <= '9'; })) {
+            Refuse("a counter behind the en passant square is no number");
+        }
     }
     ShownPosition position;
     position.ending = found->ending;

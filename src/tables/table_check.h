@@ -1,15 +1,9 @@
-// Holds table files against the rules of chess.
+// Checks every table file in a folder against the rules of chess.
 //
-// A Nalimov table is checked without solving anything: a distance is right if, and only if, it
-// follows from the distances behind each single move, and mates and captures are where the counting
-// begins. Places of the file that no position has must hold the mark. A Syzygy table is compared
-// with a solution made anew in memory from the tables of what it can turn into: its classes do not
-// follow from each other, and its distances are rounded. Where both families are in the folder,
-// they are held against each other: there is a mate exactly where there is a win without the
-// fifty-move rule.
-//
-// A table can only be checked together with those that it can turn into; without them it counts as
-// not checked.
+// A Nalimov table is held against itself (tables/distance_check.h), a Syzygy table against a
+// solution made anew (tables/class_check.h), and where both families are in the folder, they are
+// held against each other. A table can only be checked together with those that it can turn into;
+// without them it counts as not checked, and so does one for which the memory is not enough.
 #pragma once
 
 #include "tables/progress.h"
@@ -23,7 +17,7 @@ namespace brenquil {
 struct CheckOutcome {
     int sound = 0;
     int faulty = 0;
-    int unchecked = 0;  ///< tables that they need are not there
+    int unchecked = 0;  ///< what they need, tables or memory, is not there
 
     [[nodiscard]] bool IsGood() const noexcept { return faulty == 0 && unchecked == 0; }
 };

@@ -13,6 +13,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The memory is not to be had, or not allowed.
+class COutOfMemory : public CTableError {
+public:
+    using CTableError::CTableError;
+};
+
 /// The user has asked for the end, by an interrupt from the keyboard or a signal of the system.
 class CInterrupted : public CTableError {
 public:

@@ -1,18 +1,21 @@
 #include "tables/table_file.h"
 
 #include "platform/directory.h"
-#include "platform/file_changes.h"
 #include "platform/file_mapping.h"
 #include "tables/table_error.h"
 #include "tables/workers.h"
 #include "text/file.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace brenquil {
 
 namespace {
+
+constexpr std::string_view TableSuffixes[] = {".nbw",     ".nbb",  ".nbw.emd",
+                                              ".nbb.emd", ".rtbw", ".rtbz"};
 
 [[noreturn]] void FailToWrite(const std::string& path) {
     throw CTableError("cannot write " + path + ": " + LastFileError());
@@ -75,14 +78,17 @@ private:
     bool isFinished_ = false;
 };
 
-bool IsUnfinished(std::string_view name) {
-    // Nothing but what this program has written: a table's name and the suffix.
-    for (const std::string_view ending : {".nbw", ".nbb", ".emd", ".rtbw", ".rtbz"}) {
-        if (name.ends_with(std::string(ending) + UnfinishedSuffix)) {
-            return true;
-        }
+/// Is it what this program writes: a table's name and the suffix.
+bool IsUnfinished(std::string_view name) noexcept {
+    const std::string_view suffix = UnfinishedSuffix;
+    return name.ends_with(suffix) && IsTableName(name.substr(0, name.size() - suffix.size()));
+}
+
+/// The reader of Syzygy tables takes a semicolon for the end of a folder's name.
+void RequireOneFolder(const std::string& folder) {
+    if (folder.find(';') != std::string::npos) {
+        throw CTableError("a folder of tables must have a name without a semicolon: " + folder);
     }
-    return false;
 }
 
 }  // namespace
@@ -104,21 +110,46 @@ bool IsTableFile(const std::string& path) {
     return LengthOfFile(path).has_value();
 }
 
-void RequireFolder(const std::string& folder) {
-    if (!DirectoryExists(folder)) {
-        throw CTableError("there is no folder " + folder);
-    }
+bool IsTableName(std::string_view name) noexcept {
+    return std::any_of(std::begin(TableSuffixes), std::end(TableSuffixes),
+                       [name](std::string_view suffix) { return name.ends_with(suffix); });
 }
 
-void PrepareFolder(const std::string& folder) {
-    if (!MakeDirectory(folder) || !DirectoryExists(folder)) {
-        throw CTableError("cannot make the folder " + folder + ": " + LastFileError());
+std::vector<std::string> NamesIn(const std::string& folder) {
+    std::optional<std::vector<std::string>> names = NamesInDirectory(folder);
+    if (!names) {
+        throw CTableError("cannot read the folder " + folder + ": " + LastFileError());
     }
-    for (const std::string& name : NamesInDirectory(folder)) {
+    return std::move(*names);
+}
+
+void RequireFolder(const std::string& folder) {
+    RequireOneFolder(folder);
+    if (!DirectoryExists(folder)) {
+        throw CTableError("there is no folder " + (folder.empty() ? "''" : folder));
+    }
+    (void)NamesIn(folder);
+}
+
+CFolderLock PrepareFolder(const std::string& folder) {
+    RequireOneFolder(folder);
+    if (!MakeDirectory(folder)) {
+        throw CTableError("cannot make the folder " + (folder.empty() ? "''" : folder) + ": " +
+                          LastFileError());
+    }
+    if (!DirectoryExists(folder)) {
+        throw CTableError("cannot make the folder " + folder + ": there is a file of that name");
+    }
+    CFolderLock lock;
+    if (!lock.Take(folder)) {
+        throw CTableError("another run is making tables in " + folder);
+    }
+    for (const std::string& name : NamesIn(folder)) {
         if (IsUnfinished(name) && !RemoveFile(PathOf(folder, name))) {
             throw CTableError("cannot remove " + PathOf(folder, name) + ": " + LastFileError());
         }
     }
+    return lock;
 }
 
 }  // namespace brenquil

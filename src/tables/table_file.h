@@ -1,10 +1,13 @@
 // Files of tables: reading whole ones, and writing them so that there never is half of one.
 #pragma once
 
+#include "platform/file_changes.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brenquil {
@@ -22,11 +25,18 @@ void WriteTableFile(const std::string& path, std::span<const std::uint8_t> bytes
 /// Is there a file of that name that can be opened.
 [[nodiscard]] bool IsTableFile(const std::string& path);
 
-/// Makes the folder if it is not there, and removes what an ended run has left unfinished in it.
-/// Throws `CTableError` if nothing can be written there.
-void PrepareFolder(const std::string& folder);
+/// Is that the name of a table file of either family.
+[[nodiscard]] bool IsTableName(std::string_view name) noexcept;
 
-/// Throws `CTableError` if there is no such folder.
+/// Makes the folder if it is not there, and removes what an ended run has left unfinished in it.
+/// Throws `CTableError` if nothing can be written there, or if another run is making tables there.
+/// @return what keeps other runs out
+[[nodiscard]] CFolderLock PrepareFolder(const std::string& folder);
+
+/// The names in a folder, in no order. Throws `CTableError` if it cannot be read.
+[[nodiscard]] std::vector<std::string> NamesIn(const std::string& folder);
+
+/// Throws `CTableError` if there is no such folder or it cannot be read.
 void RequireFolder(const std::string& folder);
 
 }  // namespace brenquil

@@ -13,6 +13,8 @@ constexpr unsigned SideBit(Colour colour) noexcept {
     return 1U << colour;
 }
 
+constexpr unsigned BothSides = SideBit(White) | SideBit(Black);
+
 /// By ending: the sides to move that are looked up in it, as bits.
 std::vector<std::uint8_t> SidesNeeded(const Ending& ending) {
     std::vector<std::uint8_t> needed(EndingCount + 1);
@@ -50,9 +52,30 @@ std::uint64_t BytesOf(const SolvedValues& values) {
 }  // namespace
 
 const SolvedEndings& CSolvedStore::SuccessorsOf(const Ending& ending, std::uint64_t workBytes) {
-    const std::vector<std::uint8_t> needed = SidesNeeded(ending);
+    return LoadAll(ending, SidesNeeded(ending), workBytes);
+}
+
+const SolvedEndings& CSolvedStore::WithSuccessorsOf(const Ending& ending, std::uint64_t workBytes) {
+    Sides needed = SidesNeeded(ending);
+    needed[static_cast<std::size_t>(ending.number)] = BothSides;
+    return LoadAll(ending, needed, workBytes);
+}
+
+std::shared_ptr<const SolvedValues> CSolvedStore::ValuesOf(const Ending& ending) {
+    Sides needed(EndingCount + 1);
+    needed[static_cast<std::size_t>(ending.number)] = BothSides;
+    return LoadAll(ending, needed, 0)[static_cast<std::size_t>(ending.number)];
+}
+
+void CSolvedStore::Clear() noexcept {
+    solved_ = {};
+    recent_.clear();
+}
+
+const SolvedEndings& CSolvedStore::LoadAll(const Ending& ending, const Sides& needed,
+                                           std::uint64_t workBytes) {
     std::uint64_t bytes = workBytes;
-    for (const int number : ending.Successors()) {
+    for (int number = 1; number <= EndingCount; ++number) {
         for (const Colour colour : {White, Black}) {
             if ((needed[static_cast<std::size_t>(number)] & SideBit(colour)) != 0) {
                 bytes += KeptBytesOfSide(EndingOf(number));
@@ -61,23 +84,17 @@ const SolvedEndings& CSolvedStore::SuccessorsOf(const Ending& ending, std::uint6
     }
     if (bytes > memoryBytes_) {
         constexpr std::uint64_t Gibibyte = std::uint64_t{1} << 30U;
-        throw CTableError("out of memory: " + ending.name + " needs " + SizeText(bytes) +
-                          "; allow more with --memory " +
-                          std::to_string((bytes + Gibibyte - 1) / Gibibyte));
+        throw COutOfMemory("out of memory: " + ending.name + " needs " + SizeText(bytes) +
+                           "; allow more with --memory " +
+                           std::to_string((bytes + Gibibyte - 1) / Gibibyte));
     }
     MakeRoom(workBytes, needed);
-    for (const int number : ending.Successors()) {
-        Load(number, needed[static_cast<std::size_t>(number)]);
+    for (int number = 1; number <= EndingCount; ++number) {
+        if (needed[static_cast<std::size_t>(number)] != 0) {
+            Load(number, needed[static_cast<std::size_t>(number)]);
+        }
     }
     return solved_;
-}
-
-std::shared_ptr<const SolvedValues> CSolvedStore::ValuesOf(const Ending& ending) {
-    std::vector<std::uint8_t> needed(EndingCount + 1);
-    needed[static_cast<std::size_t>(ending.number)] = SideBit(White) | SideBit(Black);
-    MakeRoom(0, needed);
-    Load(ending.number, SideBit(White) | SideBit(Black));
-    return solved_[static_cast<std::size_t>(ending.number)];
 }
 
 void CSolvedStore::Keep(std::shared_ptr<SolvedValues> values) {
@@ -89,7 +106,7 @@ void CSolvedStore::Keep(std::shared_ptr<SolvedValues> values) {
 
 /// Gives back what is not needed, the longest unused first, until all that is needed and `bytes`
 /// more fit.
-void CSolvedStore::MakeRoom(std::uint64_t bytes, const std::vector<std::uint8_t>& needed) {
+void CSolvedStore::MakeRoom(std::uint64_t bytes, const Sides& needed) {
     for (std::size_t number = 1; number <= EndingCount; ++number) {
         const std::shared_ptr<SolvedValues>& values = solved_[number];
         for (const Colour colour : {White, Black}) {

@@ -31,14 +31,26 @@ public:
     /// read.
     [[nodiscard]] const SolvedEndings& SuccessorsOf(const Ending& ending, std::uint64_t workBytes);
 
+    /// The same with all values of the ending itself.
+    [[nodiscard]] const SolvedEndings& WithSuccessorsOf(const Ending& ending,
+                                                        std::uint64_t workBytes);
+
     /// All values of an ending, read if need be.
     [[nodiscard]] std::shared_ptr<const SolvedValues> ValuesOf(const Ending& ending);
+
+    /// Gives all memory back.
+    void Clear() noexcept;
 
     /// Takes values over.
     void Keep(std::shared_ptr<SolvedValues> values);
 
 private:
-    void MakeRoom(std::uint64_t bytes, const std::vector<std::uint8_t>& needed);
+    /// By ending: the sides to move that are needed, as bits.
+    using Sides = std::vector<std::uint8_t>;
+
+    const SolvedEndings& LoadAll(const Ending& ending, const Sides& needed,
+                                 std::uint64_t workBytes);
+    void MakeRoom(std::uint64_t bytes, const Sides& needed);
     void Load(int number, unsigned sides);
 
     ITableFamily& family_;

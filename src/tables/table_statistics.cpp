@@ -328,34 +328,39 @@ std::string AsPicture(const std::vector<TableStatistics>& tables) {
 
 }  // namespace
 
-std::vector<TableStatistics> CollectStatistics(const std::string& folder, std::uint64_t memoryBytes,
-                                               CWorkers& workers, CProgress& progress) {
-    CNalimovFamily nalimov({folder, workers, progress}, false);
+FolderStatistics CollectStatistics(const std::string& folder, std::uint64_t memoryBytes,
+                                   CWorkers& workers, CProgress& progress) {
+    CNalimovFamily nalimov({folder, workers, progress});
     CSyzygyFamily syzygy({folder, workers, progress});
-    std::vector<TableStatistics> tables;
+    FolderStatistics found;
     for (ITableFamily* const family :
          {static_cast<ITableFamily*>(&nalimov), static_cast<ITableFamily*>(&syzygy)}) {
         CSolvedStore store(*family, memoryBytes);
         for (int number = 1; number <= EndingCount; ++number) {
             const Ending& ending = EndingOf(number);
-            std::string culprit;
-            const TableState state = family->Look(ending, culprit);
-            if (state == TableState::Damaged) {
-                throw CTableError(culprit + " is damaged");
-            }
-            if (state == TableState::Absent) {
-                continue;
-            }
             progress.BeginTable(family->NameOf(ending), static_cast<std::size_t>(number),
                                 EndingCount);
-            tables.push_back(CountTable(*store.ValuesOf(ending), family->NameOf(ending),
-                                        family == &syzygy, workers, progress));
+            try {
+                std::string culprit;
+                const TableState state = family->Look(ending, culprit);
+                if (state == TableState::Damaged) {
+                    found.faults.push_back(culprit + " is damaged");
+                } else if (state == TableState::Sound) {
+                    found.tables.push_back(CountTable(*store.ValuesOf(ending),
+                                                      family->NameOf(ending), family == &syzygy,
+                                                      workers, progress));
+                }
+            } catch (const CInterrupted&) {
+                throw;
+            } catch (const CTableError& error) {
+                found.faults.emplace_back(error.what());
+            }
         }
     }
-    if (tables.empty()) {
+    if (found.tables.empty() && found.faults.empty()) {
         throw CTableError("there are no tables of three to five men in " + folder);
     }
-    return tables;
+    return found;
 }
 
 std::string StatisticsText(const std::vector<TableStatistics>& tables, StatisticsForm form) {

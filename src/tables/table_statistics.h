@@ -36,11 +36,15 @@ struct TableStatistics {
     std::array<SideStatistics, 2> sides;  ///< White to move, Black to move
 };
 
-/// The statistics of all tables in a folder. Throws `CTableError`, also when there are none.
-[[nodiscard]] std::vector<TableStatistics> CollectStatistics(const std::string& folder,
-                                                             std::uint64_t memoryBytes,
-                                                             CWorkers& workers,
-                                                             CProgress& progress);
+struct FolderStatistics {
+    std::vector<TableStatistics> tables;
+    std::vector<std::string> faults;  ///< what is wrong with those that are left out
+};
+
+/// The statistics of all tables in a folder. Throws `CTableError` when there are none.
+[[nodiscard]] FolderStatistics CollectStatistics(const std::string& folder,
+                                                 std::uint64_t memoryBytes, CWorkers& workers,
+                                                 CProgress& progress);
 
 enum class StatisticsForm { Text, Markdown, Picture };
 

@@ -1,10 +1,13 @@
 # ctest: slow release-only timeout=900
 """The program brenquil-tables: what it makes, that the engine reads it, ended runs, damaged files, texts and pictures."""
 
+import fcntl
 import json
 import os
 import random
 import re
+import resource
+import signal
 import subprocess
 import tempfile
 import time
@@ -18,10 +21,10 @@ PROGRAM = Path(os.environ.get("BRENQUIL_TABLES", Path(ENGINE).with_name("brenqui
 QUEEN = "8/8/8/4k3/8/8/3QK3/8 w - - 0 1"
 
 
-def run(*words, status=0, folder=None):
-    """Runs the program; returns what it has printed on both streams."""
+def run(*words, status=0, folder=None, limit=None):
+    """Runs the program, `limit` called in it first; returns what it has printed, on both streams if it failed."""
     done = subprocess.run([PROGRAM, *map(str, words)], capture_output=True, text=True, timeout=6 * SECONDS, check=False,
-                          cwd=folder)
+                          cwd=folder, preexec_fn=limit)
     if done.returncode != status:
         raise AssertionError(f"{words} ended with {done.returncode}: {done.stdout}{done.stderr}")
     return done.stdout if status == 0 else done.stdout + done.stderr
@@ -128,17 +131,102 @@ class Tables(unittest.TestCase):
             for name, data in good.items():
                 (self.folder / name).write_bytes(data)
 
-    def test_a_folder_that_cannot_be_written(self):
+    def test_what_is_no_table_is_told_apart(self):
+        self.make("nalimov", "kqk", "kbk")
+        (self.folder / "krk.nbw.emd").write_bytes(b"")
+        (self.folder / "krk.nbb.emd").write_bytes(random.Random(3).randbytes(5000))
+        (self.folder / "kpk.nbw").mkdir()
+        os.mkfifo(self.folder / "knk.nbw.emd")
+        (self.folder / "KQvK.rtbw").write_bytes(random.Random(4).randbytes(500))
+        (self.folder / "kqrbkq.nbw").write_bytes(b"6")
+        (self.folder / "notes.txt").write_text("no table")
+        text = run("check", self.folder, status=1)
+        self.assertRegex(text, r"krk +DAMAGED: krk.nbb.emd")
+        self.assertRegex(text, r"KQvK +INCOMPLETE|KQvK +DAMAGED")
+        self.assertIn("kqrbkq.nbw  not checked", text)
+        self.assertNotIn("notes", text)
+        self.assertIn("2 sound, 2 faulty, 1 not checked", text)
+        text = run("statistics", self.folder, status=1)
+        self.assertIn("krk.nbb.emd is damaged", text)
+        self.assertRegex(text, r"kqk +white +18,081 ")
+        for position in ("8/8/8/4k3/8/8/3RK3/8 w - - 0 1", "8/8/8/4k3/8/8/3NK3/8 w - - 0 1"):
+            self.assertRegex(run("show", position, self.folder, status=1), "is damaged|no table in")
+        self.assertIn("Nalimov: mate in 7", run("show", QUEEN, self.folder))
+
+    def test_both_forms_of_a_file_must_be_equal(self):
+        self.make("nalimov", "kqk")
+        self.make("nalimov", "kqk", "--plain")
+        self.assertEqual(len(contents(self.folder)), 4, "plain files are made beside the others")
+        self.assertIn("1 sound, 0 faulty", run("check", self.folder))
+        packed = (self.folder / "kqk.nbw.emd").read_bytes()
+        (self.folder / "kqk.nbw.emd").write_bytes((self.folder / "kqk.nbb.emd").read_bytes())
+        self.assertIn("DAMAGED: kqk.nbw.emd", run("check", self.folder, status=1))
+        (self.folder / "kqk.nbw").write_bytes(b"old")
+        self.make("nalimov", "kqk", "--force")
+        self.assertEqual(sorted(contents(self.folder)), ["kqk.nbb.emd", "kqk.nbw.emd"], "what was not trusted is gone")
+        self.assertEqual((self.folder / "kqk.nbw.emd").read_bytes(), packed)
+
+    def test_one_run_at_a_time_makes_tables_in_a_folder(self):
+        self.folder.mkdir()
+        handle = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, handle)
+        fcntl.flock(handle, fcntl.LOCK_EX)
+        self.assertIn("another run is making tables", self.make("nalimov", "kqk", status=1))
+        fcntl.flock(handle, fcntl.LOCK_UN)
+        self.make("nalimov", "kqk")
+
+    def test_a_folder_that_cannot_be_used(self):
         blocked = self.folder.parent / "file"
         blocked.write_text("no folder")
         self.assertIn("cannot make the folder", run("make", "nalimov", "kqk", blocked, status=1))
+        self.assertIn("cannot make the folder ''", run("make", "nalimov", "kqk", "", status=1))
+        self.assertIn("without a semicolon", run("make", "syzygy", "kqk", "a;b", status=1))
         self.assertIn("there is no folder", run("check", self.folder, status=1))
         self.folder.mkdir()
-        self.assertIn("there are no tables", run("check", self.folder, status=1))
+        for command in ("check", "statistics"):
+            self.assertIn("there are no tables", run(command, self.folder, status=1))
+        self.assertIn("no table in", run("show", QUEEN, self.folder, status=1))
+        if os.geteuid() != 0:
+            self.folder.chmod(0o555)
+            self.assertIn("cannot write", self.make("nalimov", "kqk", status=1))
+            self.folder.chmod(0o000)
+            self.assertIn("cannot read the folder", run("check", self.folder, status=1))
+            self.folder.chmod(0o755)
+
+    def test_a_file_that_cannot_grow_leaves_nothing(self):
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (9000, 9000))
+
+        self.assertRegex(run("make", "nalimov", "kpk", self.folder, status=1, limit=limit),
+                         r"cannot write .*kpk.nbw.emd: File too large")
+        self.assertEqual({name.partition(".")[0] for name in contents(self.folder)}, {"knk", "kbk", "krk", "kqk"})
+        self.make("nalimov", "kpk")
+        self.assertIn("5 sound, 0 faulty", run("check", self.folder))
+
+    def test_output_that_cannot_be_written_is_a_failure(self):
+        self.make("nalimov", "kqk")
+        for words in (("--help",), ("show", QUEEN, self.folder), ("statistics", self.folder), ("check", self.folder)):
+            with self.subTest(words), Path("/dev/full").open("wb") as full:
+                done = subprocess.run([PROGRAM, *map(str, words)], stdout=full, stderr=subprocess.PIPE, text=True,
+                                      timeout=SECONDS, check=False)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn("cannot write the output", done.stderr)
 
     def test_too_little_memory_is_said(self):
-        self.assertRegex(self.make("nalimov", "kqkrn", "--memory", "1", status=2), "neither 3, 4 or 5 nor the name")
-        self.assertRegex(self.make("syzygy", "kqkr", "--memory", "0", status=2), "--memory takes a number")
+        self.assertRegex(self.make("nalimov", "kqkrn", "--memory", "0", status=2), "--memory takes gibibytes")
+        self.assertRegex(self.make("syzygy", "kqkr", "--memory", "16M", status=1),
+                         r"out of memory: krk needs .* MiB; allow more with --memory 1")
+        self.assertEqual(contents(self.folder), {})
+        self.make("syzygy", "kqk")
+        text = run("check", self.folder, "--memory=16M", status=1)
+        self.assertIn("not checked: out of memory", text)
+        self.assertIn("0 sound, 0 faulty, 1 not checked", text)
+        # What the system refuses.
+        small = 16 << 20
+        self.assertIn("out of memory", run("make", "nalimov", "kqkr", self.folder, "--threads=1", status=1, limit=lambda:
+                                           resource.setrlimit(resource.RLIMIT_AS, (small, small))))
+        self.assertEqual([name for name in contents(self.folder) if name.endswith(".part")], [])
 
     def test_show_for_people_and_scripts(self):
         self.make("nalimov", "3")
@@ -155,7 +243,13 @@ class Tables(unittest.TestCase):
         self.assertEqual((other["turn"], other["nalimov"]["result"]), ("black", "win"))
         for fen, why in (("8/8/8/8/8/8/8/8 w - - 0 1", "king"), ("rubbish", "fields"),
                          ("8/8/8/4k3/8/8/3QK3/7 w - - 0 1", "rank"), ("4k3/4Q3/8/8/8/8/8/4K3 w - - 0 1", "in check"),
-                         ("rnbqkbnr/8/8/8/8/8/8/4K3 w - - 0 1", "9 men")):
+                         ("rnbqkbnr/8/8/8/8/8/8/4K3 w - - 0 1", "9 men"), ("", "fields"),
+                         ("8/8/8/4k3/8/8/3QK3/8 x - - 0 1", "w or b"), ("8/8/8/4k3/8/8/3QK3/8 w K - 0 1", "castling"),
+                         ("8/8/8/4k3/8/8/3QK3/8 w - e6 0 1", "no pawn has just passed"),
+                         ("8/8/8/4k3/8/8/3QK3/8 w - - -5 1", "no number"), ("8" * 100000 + " w", "rank"),
+                         ("P7/8/8/4k3/8/8/4K3/8 w - - 0 1", "a pawn stands"),
+                         ("8/8/8/8/8/8/8/Kk6 w - - 0 1", "side by side"),
+                         ("8/8/8/4k3/8/8/2RQK3/8 w - - 0 1", "it would be kqrk")):
             self.assertIn(why, run("show", fen, self.folder, status=1))
 
     def test_statistics_have_the_figures_of_the_literature(self):
@@ -186,6 +280,13 @@ class Tables(unittest.TestCase):
             with self.subTest(words):
                 self.assertIn("brenquil-tables --help", run(*words, status=2))
         self.assertIn("usage:", run("--help"))
+        for command in ("make", "check", "show", "statistics"):
+            usage = run("help", command)
+            self.assertTrue(usage.startswith(f"usage: brenquil-tables {command} "))
+            self.assertEqual(run(command, "--help"), usage)
+        for name, why in (("kqrkrn", "up to five men"), ("6", "up to five men"), ("kk", "neither"), ("", "neither")):
+            self.assertIn(why, run("make", "nalimov", name, "x", status=2))
+        self.assertIn("kqk", run("make", "nalimov", "kkq", self.folder), "sides in any order")
         self.assertRegex(run("--version"), r"^brenquil-tables \d+\.\d+\n$")
 
 

@@ -21,9 +21,12 @@ std::vector<std::string> NamesOf(const std::vector<int>& numbers) {
 TEST(Ending, NamesOfBothFamilies) {
     EXPECT_EQ(EndingOf(EndingOfName("kqk")).syzygyName, "KQvK");
     EXPECT_EQ(EndingOf(EndingOfName("KRPvKB")).name, "krpkb");
-    EXPECT_EQ(EndingOfName("kkq"), 0);
-    EXPECT_EQ(EndingOfName("krkq"), 0) << "the stronger side comes first";
-    EXPECT_EQ(EndingOfName(""), 0);
+    EXPECT_EQ(EndingOfName("krkq"), EndingOfName("kqkr")) << "sides in any order";
+    EXPECT_EQ(EndingOfName("kkq"), EndingOfName("kqk"));
+    EXPECT_EQ(EndingOfName("kpqkr"), EndingOfName("kqpkr"));
+    for (const char* const name : {"", "k", "kk", "kqq", "kkk", "qkk", "vkqk", "kqkx"}) {
+        EXPECT_EQ(EndingOfName(name), 0) << name;
+    }
     EXPECT_EQ(EndingOfName("kqqkqq"), 0) << "six men";
 }
 
