@@ -128,6 +128,9 @@ public:
 
     CProtocol protocol;
 
+    /// Called now and then by a command that works for long. May be null.
+    std::function<void()> onLongWork;
+
 protected:
     CEngineParts parts_{protocol};  ///< for tests to look at
 

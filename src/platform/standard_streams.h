@@ -12,4 +12,8 @@ void UseBinaryStandardStreams() noexcept;
 /// no file or pipe.
 [[nodiscard]] bool StandardOutputIsTerminal() noexcept;
 
+/// False when standard output is a pipe that nobody will ever read from again. Where a system does
+/// not tell that before something is written, true.
+[[nodiscard]] bool StandardOutputHasReader() noexcept;
+
 }  // namespace brenquil

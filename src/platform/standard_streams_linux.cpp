@@ -1,5 +1,6 @@
 #include "platform/standard_streams.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace brenquil {
@@ -10,6 +11,12 @@ void UseBinaryStandardStreams() noexcept {
 
 bool StandardOutputIsTerminal() noexcept {
     return isatty(STDOUT_FILENO) == 1;
+}
+
+bool StandardOutputHasReader() noexcept {
+    // No event is asked for: an error is reported in any case.
+    pollfd output{STDOUT_FILENO, 0, 0};
+    return poll(&output, 1, 0) != 1 || (output.revents & POLLERR) == 0;
 }
 
 }  // namespace brenquil

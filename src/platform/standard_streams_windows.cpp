@@ -16,4 +16,8 @@ bool StandardOutputIsTerminal() noexcept {
     return _isatty(_fileno(stdout)) != 0;
 }
 
+bool StandardOutputHasReader() noexcept {
+    return true;
+}
+
 }  // namespace brenquil

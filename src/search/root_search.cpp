@@ -150,7 +150,8 @@ void CRootSearch::NameSomeMove() {
         bestLine_.Append(FirstMove());
         score = search_.StaticScore();
     }
-    receiver_.PrintPv({1, 1, score, -MateScore, MateScore, &bestLine_, 0}, Statistics());
+    const std::int32_t number = options_.multiPv.number >= 2 ? 1 : 0;
+    receiver_.PrintPv({1, 1, score, -MateScore, MateScore, &bestLine_, number}, Statistics());
 }
 
 /// Deepens until the bound, a stopping rule or `stop`. An iteration that was stopped is thrown away

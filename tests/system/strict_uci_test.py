@@ -62,6 +62,25 @@ class Switch(EngineTestCase):
         self.assertEqual(ended.returncode, 0)
         self.assertLess(time.monotonic() - begin, seconds(30))
 
+    def test_client_that_dies_in_the_middle_of_a_perft_leaves_no_process(self):
+        if SYSTEM != "Linux":
+            self.skipTest("only there it is known before something is written")
+        with subprocess.Popen([ENGINE, "--strict-uci"], cwd=self.directory, stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE) as engine:
+            engine.stdin.write(b"uci\nisready\ngo perft 12\n")
+            engine.stdin.flush()
+            while engine.stdout.readline() != b"readyok\n":
+                pass
+            engine.stdout.close()
+            engine.stdin.close()
+            try:
+                self.assertEqual(engine.wait(seconds(30)), 0)
+            finally:
+                engine.kill()
+
+    def test_perft_of_a_client_that_has_no_more_to_say_is_answered(self):
+        self.assertTrue(run("--strict-uci", text="uci\ngo perft 5\n").stdout.endswith("Nodes searched: 4865609\n"))
+
     def test_name_of_the_program_is_the_switch(self):
         if SYSTEM != "Linux":
             self.skipTest("the emulator starts a program by another name")

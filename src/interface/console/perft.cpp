@@ -10,6 +10,9 @@ namespace brenquil {
 
 namespace {
 
+/// Plies that are counted within a fraction of a second.
+constexpr std::int32_t ShortDepth = 4;
+
 [[nodiscard]] bool IsInRange(std::int32_t depth) noexcept {
     return depth >= 0 && depth <= CPerft::MaxDepth;
 }
@@ -54,6 +57,24 @@ std::uint64_t CPerft::Count(std::int32_t depth) {
     for (const Move move : MoveListFor(depth)) {
         if (position.MakeMove(move)) {
             count += Count(depth - 1);
+            position.UndoMove(move);
+        }
+    }
+    return count;
+}
+
+/// CountNodes, and `onLongWork` between its parts.
+std::uint64_t CPerft::CountWatched(std::int32_t depth) {
+    if (depth <= ShortDepth) {
+        if (onLongWork) {
+            onLongWork();
+        }
+        return CountNodes(depth);
+    }
+    std::uint64_t count = 0;
+    for (const Move move : MoveListFor(depth)) {
+        if (position.MakeMove(move)) {
+            count += CountWatched(depth - 1);
             position.UndoMove(move);
         }
     }
@@ -113,7 +134,7 @@ void CPerft::PerftSplit(std::int32_t depth) {
             if (!position.MakeMove(move)) {
                 continue;
             }
-            const std::uint64_t count = CountNodes(depth - 1);
+            const std::uint64_t count = CountWatched(depth - 1);
             position.UndoMove(move);
             total += count;
             output_.PrintLine(text + ": " + std::to_string(count));

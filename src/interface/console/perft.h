@@ -12,6 +12,7 @@
 #include "interface/line_output.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace brenquil {
@@ -45,8 +46,12 @@ public:
 
     CPosition position;
 
+    /// Called by PerftSplit some times a second at least. May be null.
+    std::function<void()> onLongWork;
+
 private:
     [[nodiscard]] std::uint64_t Count(std::int32_t depth);
+    [[nodiscard]] std::uint64_t CountWatched(std::int32_t depth);
 
     CLineOutput output_;
     CastlingNotation notation_;

@@ -35,6 +35,15 @@ using namespace brenquil;
     };
     sink.onLongWait = leaveIfAsked;
     engine.SetLongWait(leaveIfAsked);
+    if (dialect.EndsWithItsInput()) {
+        // A client that has died leaves the end of both pipes behind. One that has only said all
+        // that it had to say waits for the answer.
+        engine.onLongWork = [] {
+            if (!StandardOutputHasReader()) {
+                EndProcess(0);
+            }
+        };
+    }
 
     // The log can be switched on by the ini file, and then holds the banner as well.
     engine.protocol.logSink = AppendToLog;

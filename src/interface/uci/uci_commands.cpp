@@ -99,6 +99,7 @@ void GoStrictly(CEngine& engine, std::string_view line) {
         const auto perft = std::make_unique<CPerft>(engine.protocol.Sink(),
                                                     LineNotation(engine.protocol, engine.Output()));
         perft->position = engine.Position();
+        perft->onLongWork = engine.onLongWork;
         perft->PerftSplit(*go.perftDepth);
         return;
     }

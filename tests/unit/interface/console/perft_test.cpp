@@ -68,6 +68,16 @@ TEST_F(Perft, DivideCountsBehindEachMove) {
     EXPECT_EQ(lines[22], "nodes: 8902");
 }
 
+TEST_F(Perft, SplitOfAGreatDepthCountsTheSameAndLooksUpOnTheWay) {
+    Set("8/8/8/p3k3/8/4K3/7P/8 w - - 0 1");
+    constexpr std::int32_t Depth = 7;
+    int calls = 0;
+    perft->onLongWork = [&calls] { ++calls; };
+    perft->PerftSplit(Depth);
+    EXPECT_EQ(sink.Take().back(), "Nodes searched: " + std::to_string(perft->CountNodes(Depth)));
+    EXPECT_GT(calls, 50);
+}
+
 TEST_F(Perft, DivideSpellsCastlingInItsNotation) {
     perft = std::make_unique<CPerft>(sink, CastlingNotation::KingTakesRook);
     Set("4k3/8/8/8/8/8/8/4K2R w K - 0 1");

@@ -260,6 +260,13 @@ TEST_F(StrictUci, RepeatedSearchShowsALineAsLongAsTheFirst) {
     ExpectAnswer(again);
 }
 
+TEST_F(StrictUci, LineOfAStoppedFirstIterationIsTheFirstOfSeveral) {
+    (void)Obey("setoption name MultiPV value 3");
+    const Strings lines = Search({"position startpos", "go nodes 1"});
+    EXPECT_EQ(WordAfter(LastPv(lines), " multipv"), "1");
+    ExpectAnswer(lines);
+}
+
 TEST_F(StrictUci, TwentyLinesAreShownAndTheBestIsTheFirst) {
     (void)Obey("setoption name MultiPV value 20");
     const Strings lines = Search({"position fen 3qk3/8/8/8/8/8/8/QQ1RKR2 w - - 0 1", "go depth 3"});
