@@ -97,6 +97,17 @@ def is_insufficient(board):
             and len({(square // 8 + square % 8) % 2 for _, square in men}) == 1)
 
 
+def texts_of(move, chess960):
+    """How a move is written; castling in Chess960 in two ways."""
+    origin, target, promotion = move
+    if promotion != CASTLING:
+        return (square_name(origin) + square_name(target) + promotion,)
+    if chess960:
+        return square_name(origin) + square_name(target), "O-O" if target > origin else "O-O-O"
+    king_to = origin // 8 * 8 + (6 if target > origin else 2)
+    return (square_name(origin) + square_name(king_to),)
+
+
 class Position:
     """A lawful position. Never changes; `after` makes the next one.
 
@@ -170,8 +181,8 @@ class Position:
                                    for square in way):
                 yield king, rook, CASTLING
 
-    def _pseudo_moves(self):
-        for square in range(64):
+    def _pseudo_moves(self, squares=range(64)):
+        for square in squares:
             if not self.is_own(square):
                 continue
             kind = self.board[square].lower()
@@ -208,29 +219,32 @@ class Position:
         board[target] = man
         return board
 
+    def _is_legal(self, move):
+        board = self._board_after(move)
+        return not is_attacked(board, board.index("K" if self.white else "k"), not self.white)
+
     def _legal(self):
-        moves = []
-        for move in [*self._pseudo_moves(), *self._castling_moves()]:
-            board = self._board_after(move)
-            if not is_attacked(board, board.index("K" if self.white else "k"), not self.white):
-                moves.append(move)
-        return moves
+        return [move for move in [*self._pseudo_moves(), *self._castling_moves()]
+                if self._is_legal(move)]
 
     def moves(self, chess960):
         """The legal moves by their texts. In Chess960 castling has two: king takes rook, and its
         name; in standard chess the one of the king's squares."""
-        texts = {}
-        for move in self._legal():
-            origin, target, promotion = move
-            if promotion != CASTLING:
-                texts[square_name(origin) + square_name(target) + promotion] = move
-            elif chess960:
-                texts[square_name(origin) + square_name(target)] = move
-                texts["O-O" if target > origin else "O-O-O"] = move
-            else:
-                king_to = origin // 8 * 8 + (6 if target > origin else 2)
-                texts[square_name(origin) + square_name(king_to)] = move
-        return texts
+        return {text: move for move in self._legal() for text in texts_of(move, chess960)}
+
+    def move(self, text, chess960):
+        """The legal move of that text, or None: what `moves` has, found without all the others."""
+        if text[:1] == "O":
+            squares = [self.king(self.white)]
+        elif len(text) >= 2 and text[0] in "abcdefgh" and text[1] in "12345678":
+            squares = [square_of(text)]
+        else:
+            return None
+        moves = [*self._pseudo_moves(squares)]
+        if squares[0] == self.king(self.white):
+            moves += self._castling_moves()
+        return next((move for move in moves
+                     if text in texts_of(move, chess960) and self._is_legal(move)), None)
 
     def after(self, move):
         """The position that a legal move leads to."""

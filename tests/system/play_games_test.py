@@ -46,6 +46,20 @@ class Rules(unittest.TestCase):
             for depth, expected in enumerate(counts, 1):
                 self.assertEqual(count(chess_rules.Position(fen), depth, chess960), expected, fen)
 
+    def test_a_single_move_is_found_as_among_all_of_them(self):
+        source = random.Random(5)
+        for chess960 in (False, True):
+            for _ in range(4):
+                position = chess_rules.Position(
+                    play_games.chess960_fen(source) if chess960 else chess_rules.START_FEN)
+                for _ in range(60):
+                    legal = position.moves(chess960)
+                    for text in (*legal, "e1g1", "e8c8", "O-O", "O-O-O", "a7a8", "a7a8q", "e2e9", "x", "", "h5e2"):
+                        self.assertEqual(position.move(text, chess960), legal.get(text), (position.fen(), text))
+                    if not legal:
+                        break
+                    position = position.after(legal[source.choice(list(legal))])
+
     def test_castling_has_the_texts_of_its_kind_of_chess(self):
         position = chess_rules.Position("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1")
         self.assertLessEqual({"e1g1", "e1c1"}, set(position.moves(False)))
