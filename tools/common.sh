@@ -55,21 +55,27 @@ if command -v ccache >/dev/null 2>&1; then
     export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
 fi
 
-# configure PRESET [OPTION...]: runs cmake for it. Systems whose g++ or clang++ is too old or missing have the compiler
-# under a name with its version, which overrules the one in the preset.
+# configure PRESET [OPTION...]: runs cmake for it. Where the preset or its toolchain names no compiler it is CXX, as for a
+# bare cmake, and otherwise a GCC that is new enough: systems whose g++ or clang++ is too old or missing have it under a
+# name with its version. A folder keeps the compiler that it was made with, so for another one it is begun afresh.
 configure() {
-    local preset=$1 compiler=()
+    local preset=$1 folder=build/$1 compiler='' known arguments=()
     shift
     case $preset in
     release-clang | asan | fuzz)
-        if ! command -v clang++ >/dev/null 2>&1; then compiler=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
+        if ! command -v clang++ >/dev/null 2>&1; then arguments=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
         ;;
-    windows | package-windows | arm64 | web | web-single) ;;
-    *)
-        if [[ $(find_gcc) != g++ ]]; then compiler=("-DCMAKE_CXX_COMPILER=$(find_gcc)"); fi
-        ;;
+    windows | package-windows* | arm64 | web | web-single) ;;
+    pgo-*) folder=build/pgo compiler=${CXX:-$(find_gcc)} ;;
+    *) compiler=${CXX:-$(find_gcc)} ;;
     esac
-    "$(find_cmake)" --preset "$preset" "${compiler[@]}" "$@"
+    if [[ -n $compiler ]]; then
+        known=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$folder/CMakeCache.txt" 2>/dev/null || true)
+        # Options may stand behind the program.
+        if [[ -n $known && $known != "$(command -v "${compiler%% *}")" ]]; then arguments=(--fresh); fi
+        local -x CXX=$compiler
+    fi
+    "$(find_cmake)" --preset "$preset" "${arguments[@]}" "$@"
 }
 
 # has_profile FOLDER: the training run of a profile-guided build has left its counts there. Without them the second half
