@@ -81,6 +81,9 @@ class Run(Script):
         self.fails("unknown option '--depth'", "--depth", "3")
         self.fails("names no program", ENGINE="nowhere")
         self.fails("not a FEN", "8/8")
+        self.fails("not a FEN", "8/8/8/8/8/8/8/7", "w", ENGINE="nowhere")  # said before anything is built
+        self.fails("SECONDS_TO_THINK must be", SECONDS_TO_THINK="soon")
+        self.fails("THREADS must be", THREADS="33")
         self.fails("did not answer", ENGINE="/bin/true")
 
 
@@ -113,7 +116,11 @@ class Analyse(Script):
         self.assertEqual((best, info["depth"], info["nodes"]), (info["pv"][0], 5, 5289))
 
     def test_failures(self):
-        self.assertEqual(self.analyse("--option", "Foo=1"), (1, "analyse.py: the engine has no option 'Foo'\n"))
+        self.assertEqual(self.analyse("--option", "Foo=1"), (1, "analyse.py: the engine has no option 'Foo'; "
+                                                                "README.md lists them all\n"))
+        self.assertEqual(self.analyse("startpos", "8/8/8/8/8/8/8/9 w"),
+                         (1, "analyse.py: this is not a FEN (eight ranks of eight squares, divided by '/'): "
+                             "8/8/8/8/8/8/8/9 w\n"))
         code, printed = self.analyse("--option", "Foo")
         self.assertEqual(code, 2)
         self.assertIn("NAME=VALUE", printed)
