@@ -2,19 +2,20 @@
 # ctest: once release-only timeout=180
 """What the documents tell people to type is there and works.
 
-Each command of README.md, CONTRIBUTING.md, CHANGELOG.md and docs/ is run, or, where it would take
-long, looked at word by word: scripts, options, stages, presets, targets and paths have to exist. A
-command that no rule here knows fails, and so does a block of code of an unknown kind:
+README.md, CONTRIBUTING.md, CHANGELOG.md and docs/ mark up what they hold, and nothing else is looked at:
 
-    ```sh         commands, one a line; "#" or two blanks begin a remark (also blocks by indentation)
+    ```sh         commands, one a line; " # " begins a remark
     ```console    a session with the engine: "> " marks what is typed, "..." stands for any lines
     ```ini        settings; below [Engine] they are options of the engine
-    ```text       drawings; not looked at
-    ```html, js   pieces of pages; the tests of web/ run those that can be run
+    ```text       drawings and layouts; ```html, ```js: pieces of pages, which the tests of web/ run
+    `code`        in a sentence: a command when it begins with a program, a path when it has a slash
 
-The tables of options in README.md are compared with what the engine prints.
+Each command has to name programs, options, stages, presets, targets and paths that exist; what is the reader's own
+to choose is a number, a quoted text or in capitals. Sessions are played, ./run and tools/analyse.py run.
 """
+import fnmatch
 import functools
+import html
 import json
 import os
 import re
@@ -22,20 +23,24 @@ import shlex
 import subprocess
 import tempfile
 import unittest
+from itertools import zip_longest
 from pathlib import Path
 
 from engine_process import ENGINE, ROOT, VARYING, EngineTestCase, main, seconds, without_status
 
-DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md",
-             *sorted((ROOT / "docs").glob("*.md"))]
-README = ROOT / "README.md"
-OPTION_LINE = re.compile(r"option name (?P<name>.+?) type (?P<type>\w+)"
-                         r"(?: default (?P<default>.*?))?(?: min (?P<min>-?\d+) max (?P<max>-?\d+))?"
-                         r"(?P<vars>(?: var \w+)*)$")
-# What people put in place of these words is theirs.
-PLACEHOLDER = re.compile(r"<\w+>|[A-Z][A-Z-]*(?:=[A-Z]+)?|NAME=VALUE|/(?:tables|books)\b.*")
-# Paths in the documents that are not files of the repository: what is built or unpacked.
-MADE_PATHS = re.compile(r"(?:build|dist|bin|web/(?:package|page)/dist)(?:/|$)|(?:/|[A-Z]:).*")
+README, CONTRIBUTING = ROOT / "README.md", ROOT / "CONTRIBUTING.md"
+DOCUMENTS = [README, CONTRIBUTING, ROOT / "CHANGELOG.md", *sorted((ROOT / "docs").glob("*.md"))]
+KINDS = {"sh", "console", "ini", "text", "html", "js", "code", "link"}
+PIECE = re.compile(r"^```(.*)\n((?:.*\n)*?)```$|`([^`]+)`|\]\(([^)]+)\)", re.MULTILINE)
+VARIABLES = r"(?:[A-Z_]+=\S+ )*"
+COMMAND = re.compile(VARIABLES + r"(?:\./(?:run|test|package)\b|"
+                     r"(?:(?:tools|bench|web|build)/\S+|cmake|ctest|make|xboard|printf|polyglot|apt|podman) )")
+OPTION = re.compile(r"option name (?P<name>.+?) type (?P<type>\w+)(?: default (?P<default>.*?))?"
+                    r"(?: min (?P<min>-?\d+) max (?P<max>-?\d+))?(?P<vars>(?: var \w+)*)$")
+# Of other people's programs, what has been tried.
+TRIED = {"xboard": "-fUCI -fcp -fd -sUCI -scp -matchGames -tc -inc -variant -xponder -firstOptions",
+         "cmake": "--preset --build --target --install --prefix", "ctest": "--preset -R",
+         "podman": "--tag --rm --interactive", "printf": "", "polyglot": "", "apt": ""}
 
 
 class Wrong(Exception):
@@ -47,534 +52,326 @@ def require(condition, message):
         raise Wrong(message)
 
 
-# ---- the parts of a document
+# ---- what a document holds
 
-class Block:
-    """A block of code: its kind, its lines, and where it stands."""
-
-    def __init__(self, kind, number):
-        self.kind, self.number, self.lines = kind, number, []
-
-
-def blocks_and_prose(path):
-    """The blocks of code of a document, and its other lines with their numbers."""
-    blocks, prose, fence, before = [], [], None, ""
-    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
-        if line.lstrip().startswith("```"):
-            if fence:
-                fence = None
-            else:
-                fence = Block(line.strip()[3:], number)
-                blocks.append(fence)
-        elif fence:
-            fence.lines.append(line)
-        elif line.startswith("    ") and not before.strip():
-            # Text that is set in below a point of a list is no code; points begin at the margin.
-            blocks.append(Block("sh", number))
-            blocks[-1].lines.append(line)
-            continue
-        elif line.startswith("    ") and blocks and before == "code":
-            blocks[-1].lines.append(line)
-            continue
-        else:
-            prose.append((number, line))
-        before = line
-    return blocks, prose
+def pieces(document):
+    """Line number, kind and text of all that is marked."""
+    text = document.read_text(encoding="utf-8")
+    for match in PIECE.finditer(text):
+        kind = "code" if match[3] else "link" if match[4] else match[1]
+        yield text.count("\n", 0, match.start()) + 1, kind, match[2] or match[3] or match[4]
 
 
-def remark_cut(line):
-    """The command of a line, without a remark behind two blanks or a hash."""
-    return re.sub(r"(?<=\S)(?:  .*| #.*)$", "", line.strip())
+def commands_in_blocks():
+    """Document, line number and text of every command."""
+    for document in DOCUMENTS:
+        for number, kind, text in pieces(document):
+            if kind == "sh":
+                for offset, line in enumerate(text.splitlines(), 1):
+                    if line := re.sub(r"(^| +)# .*", "", line):
+                        yield document, number + offset, line
 
 
-def spans(prose):
-    """The pieces in backticks, also those that run over the end of a line."""
-    text = "\n".join(line for _, line in prose)
-    for match in re.finditer(r"`([^`]+)`", text):
-        yield prose[text.count("\n", 0, match.start())][0], " ".join(match[1].split())
+def commands_in_sentences():
+    for document in DOCUMENTS:
+        for number, kind, text in pieces(document):
+            if kind == "code" and COMMAND.match(text := " ".join(text.split())):
+                yield document, number, text
 
 
 # ---- what there is
 
-@functools.lru_cache(maxsize=None)
-def presets(kind):
-    data = json.loads((ROOT / "CMakePresets.json").read_text())
-    return {entry["name"]: entry for entry in data[kind] if not entry.get("hidden")}
+def read(*patterns):
+    return "\n".join(file.read_text(errors="replace") for pattern in patterns for file in ROOT.glob(pattern))
 
 
-@functools.lru_cache(maxsize=None)
-def build_folders():
-    """The names below build/ that the presets use."""
-    folders = set()
-    for name, entry in presets("configurePresets").items():
-        folders.add(Path(entry.get("binaryDir", f"build/{name}")).name)
-    return folders | {"pgo"}
+def stems(pattern, prefix=""):
+    return {prefix + file.stem for file in ROOT.glob(pattern)}
 
 
-@functools.lru_cache(maxsize=None)
-def cmake_text():
-    files = [ROOT / "CMakeLists.txt", *ROOT.glob("cmake/*.cmake"),
-             *(file for top in ("src", "tests", "bench") for file in (ROOT / top).rglob("CMakeLists.txt"))]
-    return "\n".join(file.read_text() for file in files)
-
-
-@functools.lru_cache(maxsize=None)
-def test_names():
-    names = [f"system.{file.stem}" for file in (ROOT / "tests" / "system").glob("*_test.py")]
-    for room in re.findall(r"brenquil_room\((\w+)", cmake_text()):
-        names.append(f"{room}.unit")
-    return names
-
-
-@functools.lru_cache(maxsize=None)
-def help_of(script):
-    """What a script says of itself: the answer to --help, or its text if it has no such option."""
-    path = ROOT / script
-    require(path.is_file() and os.access(path, os.X_OK), f"there is no script {script}")
-    text = path.read_text()
-    if "--help" not in text and "argparse" not in text:
-        return text
-    done = subprocess.run([path, "--help"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                          stdin=subprocess.DEVNULL, text=True, timeout=seconds(60), check=False)
-    require(done.returncode == 0 and done.stdout.strip(), f"{script} --help fails: {done.stdout[-500:]}")
-    return done.stdout
-
-
-def room_folder(room):
-    return next((ROOT / "tests" / "unit").rglob(room), None)
-
-
-# ---- the rules for commands
-
-def split_variables(words):
-    """NAME=value in front of a command, and the rest."""
-    count = 0
-    while count < len(words) and re.match(r"[A-Z][A-Z_]*=", words[count]):
-        count += 1
-    return [word.split("=", 1)[0] for word in words[:count]], words[count:]
-
-
-def check_script(variables, words):
-    script, *arguments = words
-    text = help_of(script)
-    for name in variables:
-        require(name in text, f"{script} says nothing of the variable {name}")
-    for option in {word.split("=", 1)[0] for word in arguments if word.startswith("-")} - {"--help"}:
-        require(re.search(rf"(?<![\w-]){re.escape(option)}(?![\w-])", text),
-                f"{script} says nothing of {option}")
-    if script == "./test":
-        for stage in arguments:
-            require(PLACEHOLDER.fullmatch(stage) or stage.startswith("-")
-                    or re.search(rf"^ +(?:\./test )?{stage}\b", text, re.MULTILINE),
-                    f"./test has no stage {stage}")
-    for path in (word for word in arguments if word.startswith("build/")):
-        check_built(path)
-
-
-def check_built(path):
-    """build/<preset>/<program>"""
-    _, folder, *rest = path.split("/", 2)
-    require(PLACEHOLDER.fullmatch(folder) or folder in build_folders() | {"test", "tools"},
-            f"no preset builds in build/{folder}")
-    program = rest[0].removesuffix(".exe") if rest else ""
-    if program in ("", "brenquil"):
-        return
-    place, _, name = program.rpartition("/")
-    name = re.sub(r"<\w+>", "*", name)
-    known = (place == "bench" and list((ROOT / "bench").glob(name + ".cpp"))
-             or place == "tests/fuzz" and list((ROOT / "tests" / "fuzz").glob(name + ".cpp"))
-             or place == "tests/unit" and name.startswith("unit_") and room_folder(name[len("unit_"):])
-             or f"add_executable({name} " in cmake_text())
-    require(known, f"nothing builds {path}")
-
-
-def check_program(variables, words):
-    check_built(words[0])
-    for name in variables:
-        sources = (ROOT / top for top in ("src", "tests", "bench"))
-        require(any(name in file.read_text(errors="replace") for source in sources
-                    for file in source.rglob("*.cpp")), f"nobody reads the variable {name}")
-    if words[0].endswith("/brenquil"):
-        require(len(words) == 1 or words[1] == "bench", f"the engine has no argument {words[1:]}")
-
-
-def check_cmake(_, words):
-    arguments = words[1:]
-    kind = "configurePresets"
-    while arguments:
-        word = arguments.pop(0)
-        if word == "--build":
-            kind = "buildPresets"
-        elif word == "--preset":
-            name = arguments.pop(0)
-            require(name in presets(kind), f"CMakePresets.json has no {name} in {kind}")
-        elif word == "--target":
-            target = arguments.pop(0)
-            require(re.search(rf"\b{target}\b", cmake_text()) or
-                    list((ROOT / "tests" / "fuzz").glob(target + ".cpp")), f"no target {target}")
-        elif word == "--install":
-            check_built(arguments.pop(0))
-        elif word == "--prefix":
-            arguments.pop(0)
-        elif word.startswith("-DBRENQUIL_"):
-            require(re.search(rf"\b{word[2:].split('=')[0]}\b", cmake_text()), f"no option {word}")
-        else:
-            raise Wrong(f"no rule for cmake {word}")
-
-
-def check_make(_, words):
-    """Variables and targets that the Makefile knows."""
-    text = (ROOT / "Makefile").read_text()
-    for word in words[1:]:
-        name, _, value = word.partition("=")
-        known = rf"(?m)^\s*{name} \?= |\$\({name}\)" if value else rf"(?m)^{name}:"
-        require(re.fullmatch(r"-j\d*", word) or re.search(known, text), f"the Makefile has no {name}")
-
-
-def check_ctest(_, words):
-    arguments = words[1:]
-    while arguments:
-        word, value = arguments[:2]
-        del arguments[:2]
-        if word == "--preset":
-            require(value in presets("testPresets"), f"CMakePresets.json has no test preset {value}")
-        elif word == "-R":
-            require(any(re.search(value, name) for name in test_names()), f"no test is called {value}")
-        elif word == "-L":
-            require(value in ("slow", "release-only", "unit", "system"), f"no label {value}")
-        else:
-            raise Wrong(f"no rule for ctest {word}")
-
-
-def check_xboard(_, words):
-    """Other people's program: these of its options have been tried."""
-    tried = {"-fUCI", "-fcp", "-fd", "-sUCI", "-scp", "-matchGames", "-tc", "-inc", "-variant",
-             "-xponder", "-firstOptions"}
-    for word in words[1:]:
-        require(not word.startswith("-") or word in tried, f"nobody has tried xboard {word}")
-    if "-firstOptions" in words:
-        for setting in words[words.index("-firstOptions") + 1].split(","):
-            require(setting.split("=")[0] in option_names(), f"the engine has no option in {setting}")
-
-
-def check_engine_input(_, words):
-    """printf of lines for the engine: each begins with a command."""
-    known = set(re.findall(r"^(\w+) ", engine_help(), re.MULTILINE)) | {
-        "quit", "isready", "ucinewgame", "setoption", "position", "go", "stop"}
-    for line in words[1].replace("\\n", "\n").split("\n"):
-        require(not line or line.split()[0] in known, f"the engine has no command {line}")
-
-
-def check_nothing(_, words):
-    """Commands of the system."""
-
-
-RULES = {"cmake": check_cmake, "make": check_make, "ctest": check_ctest, "xboard": check_xboard, "printf": check_engine_input,
-         "polyglot": check_nothing, "apt": check_nothing, "podman": check_nothing}
-
-
-def rule_for(program):
-    if program in ("./run", "./test", "./package") or program.startswith(("tools/", "bench/", "web/")):
-        return check_script
-    return check_program if program.startswith("build/") else RULES.get(program)
-
-
-def commands_of(line):
-    """The commands of a line that are joined by && or |."""
-    words = shlex.split(line)
-    commands = [[]]
-    for word in words:
-        if word in ("&&", "|", ";"):
-            commands.append([])
-        else:
-            commands[-1].append(word)
-    return [split_variables(command) for command in commands]
-
-
-def check_line(line):
-    for variables, words in commands_of(line):
-        require(words, f"no command in {line}")
-        rule = rule_for(words[0])
-        require(rule, f"no rule for {words[0]}")
-        rule(variables, words)
-
-
-def check_path(path, document):
-    """A path in backticks is that of a file or folder; <word> and * stand for anything."""
-    if MADE_PATHS.match(path):
-        if path.startswith("build/"):
-            check_built(path.rstrip("/"))
-        return
-    pattern = re.sub(r"<\w+>", "*", path).rstrip("/")
-    for top in (ROOT, ROOT / "src", ROOT / "tests", document.parent):
-        if next(top.glob(pattern), None) or next(top.glob(pattern + ".*"), None):
-            return
-    raise Wrong(f"there is no {path}")
-
-
-@functools.lru_cache(maxsize=None)
-def answers(*lines):
-    """What the engine prints on these lines, in a folder without an ini file."""
+def printed_by(*words, lines=""):
     with tempfile.TemporaryDirectory(prefix="brenquil-") as folder:
-        done = subprocess.run([ENGINE], input="\n".join((*lines, "quit\n")), stdout=subprocess.PIPE, text=True,
+        done = subprocess.run(words, input=lines, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                               cwd=folder, timeout=seconds(60), check=False)
+    require(done.returncode == 0 and done.stdout.strip(), f"{words} fails: {done.stdout[-500:]}")
     return done.stdout
 
 
-def engine_help():
-    return answers("help")
+@functools.cache
+def presets(kind):
+    entries = json.loads((ROOT / "CMakePresets.json").read_text())[kind]
+    return {entry["name"] for entry in entries if not entry.get("hidden")}
 
 
+@functools.cache
+def cmake_text():
+    return read("CMakeLists.txt", "cmake/*.cmake", *(f"{top}/**/CMakeLists.txt" for top in ("src", "tests", "bench")))
+
+
+@functools.cache
+def targets():
+    return set(re.findall(r"add_(?:executable|custom_target)\(([\w-]+)", cmake_text())) | stems("tests/fuzz/*_fuzz.cpp")
+
+
+@functools.cache
+def rooms():
+    return set(re.findall(r"brenquil_room\((\w+)", cmake_text()))
+
+
+@functools.cache
+def built_programs():
+    """Below build/<preset>/."""
+    return (targets() | {f"tests/unit/unit_{room}" for room in rooms()} | stems("bench/*.cpp", "bench/")
+            | stems("tests/fuzz/*_fuzz.cpp", "tests/fuzz/"))
+
+
+@functools.cache
 def option_lines():
-    return [match for line in answers("uci").splitlines() if (match := OPTION_LINE.match(line))]
+    return [match for line in printed_by(ENGINE, lines="uci\nquit\n").splitlines() if (match := OPTION.match(line))]
 
 
 def option_names():
     return {match["name"] for match in option_lines()}
 
 
+@functools.cache
+def engine_commands():
+    listed = re.findall(r"^(\w+) ", printed_by(ENGINE, lines="help\nquit\n"), re.MULTILINE)
+    return {*listed, "quit", "isready", "ucinewgame", "setoption", "position", "go", "stop"}
+
+
+@functools.cache
+def vocabulary(program):
+    """The options that a program has, the variables that it reads and the commands that it knows."""
+    if program == "make":
+        return {"-j4", *re.findall(r"(?m)(?<=\$\()\w+(?=\))|^[\w-]+(?=:| \?=)", read("Makefile"))}
+    if program in TRIED:
+        return set(TRIED[program].split())
+    if program.startswith("build/"):
+        place = Path(program).name
+        if not place.startswith("brenquil"):
+            return {"--gtest_filter"} if place.startswith("unit_") else set()
+        text = printed_by(Path(ENGINE).with_name(place), "--help")
+    else:
+        script = ROOT / program
+        require(script.is_file() and os.access(script, os.X_OK), f"there is no {program}")
+        text = script.read_text()
+        text = printed_by(script, "--help") if "--help" in text or "argparse" in text else text
+    return set(re.findall(r"(?<![\w-])[\w-]+", text))
+
+
+# A name behind one of these words has to be one of these.
+NAMED = [
+    (r"cmake --preset (\S+)", lambda: presets("configurePresets")),
+    (r"cmake --build --preset (\S+)", lambda: presets("buildPresets")),
+    (r"ctest --preset (\S+)", lambda: presets("testPresets")),
+    (r"cmake .*--target (\S+)", targets),
+    (r"ctest .*-R (\S+)", lambda: rooms() | stems("tests/system/*_test.py")),
+    (r"(?:printf '|\\n)(\w+)", engine_commands),
+    (r'(?:-firstOptions "|,)([^=",]+)=', option_names),
+]
+
+
+def check_built(path):
+    """build/<preset>/<program>"""
+    folder, _, program = path.removeprefix("build/").rstrip("/").partition("/")
+    require(folder in presets("configurePresets") | {"pgo", "test", "tools", "<preset>"}, f"no build/{folder}")
+    pattern = re.sub(r"<\w+>", "*", program)
+    require(not program or fnmatch.filter(built_programs(), pattern), f"nothing builds {path}")
+
+
+def check_command(_, line):
+    require(COMMAND.match(line + " "), f"no rule for {line}")
+    for expression, names in NAMED:
+        for name in re.findall(expression, line):
+            require(name in names(), f"there is no {name}")
+    for command in re.split(r" (?:&&|\|) ", line):
+        words = shlex.split(command)
+        variables = [word.split("=")[0] for word in words if re.match(r"[A-Z_]+=", word)]
+        program, *rest = [word for word in words if not re.match(r"[A-Z_]+=", word)]
+        if program.startswith("build/"):
+            check_built(program)
+        known = vocabulary(program)
+        wanted = [word.split("=")[0] for word in rest if word.startswith("-") and word != "--help"]
+        if program in ("./test", "make"):
+            wanted += rest
+        elif Path(program).name.startswith("brenquil"):
+            wanted += rest[:1]
+        for word in wanted + variables:
+            require(word in known, f"{program} says nothing of {word}")
+        for word in rest:
+            if word.startswith("build/"):
+                check_built(word)
+
+
+def check_path(document, path):
+    """A path is that of a file or folder; <word> and * stand for anything."""
+    if path.startswith("build/"):
+        check_built(path)
+    elif not re.match(r"(?:dist|bin|web/(?:package|page)/dist)(?:/|$)", path):  # what is made or unpacked
+        pattern = re.sub(r"<\w+>", "*", path).rstrip("/")
+        tops = (ROOT, ROOT / "src", ROOT / "tests", document.parent)
+        require(any(next(top.glob(pattern + end), None) for top in tops for end in ("", ".*")), f"there is no {path}")
+
+
 # ---- the tests
 
 class Documents(unittest.TestCase):
-    def for_all(self, check, items):
-        """Runs a check on (document, line number, what) and tells all that is wrong."""
+    def for_all(self, least, check, items):
+        """Runs a check on (document, line number, text) and tells all that is wrong."""
         wrong, count = [], 0
-        for document, number, what in items:
+        for document, number, text in items:
             count += 1
             try:
-                check(document, what)
+                check(document, text)
             except Wrong as error:
                 wrong.append(f"{document.relative_to(ROOT)}:{number}: {error}")
         self.assertEqual(wrong, [])
-        return count
+        self.assertGreater(count, least)
 
-    def test_commands_in_blocks(self):
-        def lines():
-            for document in DOCUMENTS:
-                for block in blocks_and_prose(document)[0]:
-                    if block.kind == "sh":
-                        for offset, line in enumerate(block.lines):
-                            if remark_cut(line) and not line.strip().startswith("#"):
-                                yield document, block.number + offset, remark_cut(line)
-                    elif block.kind not in ("console", "ini", "text", "html", "js"):
-                        yield document, block.number, None
+    def of_kind(self, kind, pattern=".*", documents=tuple(DOCUMENTS)):
+        for document in documents:
+            for number, found, text in pieces(document):
+                if found == kind and re.fullmatch(pattern, text, re.DOTALL):
+                    yield document, number, text
 
-        def check(_, line):
-            require(line, "a block of code of an unknown kind")
-            check_line(line)
-        self.assertGreater(self.for_all(check, lines()), 25)
+    def test_kinds(self):
+        for document in DOCUMENTS:
+            self.assertEqual({kind for _, kind, _ in pieces(document)} - KINDS, set(), document)
+            self.assertEqual(re.findall(r"^ {4,}(?:\./|tools/|cmake ).*", document.read_text(), re.MULTILINE), [])
 
-    def test_commands_and_paths_in_sentences(self):
-        def pieces():
-            for document in DOCUMENTS:
-                for number, piece in spans(blocks_and_prose(document)[1]):
-                    yield document, number, piece
+    def test_commands(self):
+        self.for_all(25, check_command, commands_in_blocks())
+        self.for_all(10, check_command, commands_in_sentences())
 
-        def check(document, piece):
-            first = split_variables(piece.split(" "))[1][:1]
-            if first and rule_for(first[0]) and (" " in piece or piece.startswith("./")):
-                check_line(piece)
-            elif re.fullmatch(r"[\w.*<>-]+(?:/[\w.*<>-]*)+", piece):
-                check_path(piece, document)
-        self.assertGreater(self.for_all(check, pieces()), 100)
+    def test_paths(self):
+        self.for_all(100, check_path, self.of_kind("code", r"[\w.*<>-]+(?:/[\w.*<>-]*)+"))
 
     def test_links(self):
-        def links():
-            for document in DOCUMENTS:
-                for number, line in blocks_and_prose(document)[1]:
-                    for target in re.findall(r"\]\(([^)]+)\)", line):
-                        yield document, number, target
-
         def check(document, target):
-            if not re.match(r"[a-z]+://", target):
-                require((document.parent / target.split("#")[0]).exists(), f"there is no {target}")
-        self.assertGreater(self.for_all(check, links()), 10)
+            require(re.match(r"[a-z]+://", target) or (document.parent / target.split("#")[0]).exists(),
+                    f"there is no {target}")
+        self.for_all(10, check, self.of_kind("link"))
 
     def test_names_of_classes_and_functions(self):
-        source = "\n".join(file.read_text() for file in (ROOT / "src").rglob("*.[hc]*"))
-        words = set(re.findall(r"\w+", source + "".join(
-            file.read_text() for file in (ROOT / "tests").rglob("*.[hc]*"))))
+        words = set(re.findall(r"\w+", read("src/**/*.[hc]*", "tests/**/*.[hc]*"))) | option_names()
+        architecture = [ROOT / "docs" / "architecture.md"]
 
-        def names():
-            document = ROOT / "docs" / "architecture.md"
-            blocks, prose = blocks_and_prose(document)
-            for number, piece in spans(prose):
-                if re.fullmatch(r"[CI][A-Z]\w+(?:::\w+)?|[A-Z][a-z]+[A-Z]\w*", piece):
-                    yield document, number, piece
-            for block in blocks:
-                for offset, line in enumerate(block.lines, 1):
-                    for name in re.findall(r"\b(?:C[A-Z]|[A-Z][a-z]+[A-Z])\w+", line):
-                        yield document, block.number + offset, name
-
-        def check(_, name):
-            for part in name.split("::"):
-                require(part in words or part in option_names(), f"nothing is called {part}")
-        self.assertGreater(self.for_all(check, names()), 30)
+        def check(_, text):
+            for name in re.findall(r"\b(?:[CI][A-Z]|[A-Z][a-z]+[A-Z])\w+", text):
+                require(name in words, f"nothing is called {name}")
+        self.for_all(30, check, [*self.of_kind("code", r"[CI]?[A-Z]\w+(?:::\w+)?", architecture),
+                                 *self.of_kind("text", documents=architecture)])
 
     def test_settings_in_ini_blocks(self):
-        def settings():
-            for document in DOCUMENTS:
-                for block in blocks_and_prose(document)[0]:
-                    section = ""
-                    for offset, line in enumerate(block.lines if block.kind == "ini" else [], 1):
-                        section = line if line.startswith("[") else section
-                        if section == "[Engine]" and "=" in line:
-                            yield document, block.number + offset, line.split("=")[0].strip()
-
-        def check(_, name):
-            require(name in option_names(), f"the engine has no option {name}")
-        self.assertGreater(self.for_all(check, settings()), 0)
+        def check(_, text):
+            for name in re.findall(r"^(.+?) *=", text.partition("[Engine]\n")[2], re.MULTILINE):
+                require(name in option_names(), f"the engine has no option {name}")
+        self.for_all(0, check, self.of_kind("ini"))
 
     def test_presets_are_told(self):
-        told = set()
-        for _, line in blocks_and_prose(ROOT / "CONTRIBUTING.md")[1]:
-            if line.startswith("| `"):
-                told.update(re.findall(r"`([\w-]+)`", line.split("|")[1]))
-        self.assertEqual(set(presets("configurePresets")) - told, set())
+        rows = re.findall(r"^\| (`.*?) \|", CONTRIBUTING.read_text(), re.MULTILINE)
+        self.assertLessEqual(presets("configurePresets"), set(re.findall(r"`([\w-]+)`", " ".join(rows))))
 
     def test_version_and_signature(self):
         version = re.search(r"project\(brenquil VERSION (\S+)", cmake_text())[1]
         for document in DOCUMENTS:
             text = document.read_text(encoding="utf-8")
             self.assertEqual(set(re.findall(r"[Bb]renquil[ _-]?(\d+\.\d+)", text)) - {version}, set(), document)
-        signature = (ROOT / "tests" / "system" / "bench_signature.txt").read_text().split()[-1]
+        signature = read("tests/system/bench_signature.txt").split()[-1]
         for document in (README, ROOT / "docs" / "testing.md"):
             self.assertIn(signature, document.read_text(encoding="utf-8"))
-
-    def test_packages(self):
-        version = re.search(r"project\(brenquil VERSION (\S+)", cmake_text())[1]
         named = set(re.findall(r"`(brenquil[-_][\d.]+[-_][\w-]+(?:\.\w+)+)`", README.read_text(encoding="utf-8")))
-        made = set(re.findall(r"brenquil[-_]VERSION\S+", help_of("./package")))
+        made = set(re.findall(r"brenquil[-_]VERSION\S+", printed_by(ROOT / "package", "--help")))
         self.assertEqual({name.replace(version, "VERSION") for name in named}, made)
 
 
-class Options(unittest.TestCase):
+class Options(EngineTestCase):
     """The tables in README.md against the engine."""
 
-    def groups(self):
-        """The rows of each table of options, under the name of its group."""
-        groups, group, inside = {}, "", False
-        for _, line in blocks_and_prose(README)[1]:
-            if line.startswith("#"):
-                group, inside = line.lstrip("# "), False
-            elif line.startswith("| option | type | default | range |"):
-                groups[group], inside = [], True
-            elif inside and line.startswith("| `"):
-                groups[group].append([cell.strip().strip("`") for cell in line.strip("|").split("|")])
-            else:
-                inside = inside and line.startswith("|--")
-        return groups
+    def test_tables_are_what_the_engine_prints(self):
+        rows = re.findall(r"^\| `.*?` \| (?:check|spin|combo|string|button) \|.*", README.read_text(), re.MULTILINE)
+        self.assertGreater(len(rows), 30)
+        for row, match in zip_longest(rows, option_lines()):
+            # The number of processors bounds what is printed for the threads.
+            highest = "32" if match["name"] == "Threads" else match["max"]
+            extent = f"{match['min']} to {highest}" if match["min"] else ", ".join(match["vars"].split(" var ")[1:])
+            cells = [f"`{match['name']}`", match["type"], html.escape(match["default"]), extent]
+            self.assertRegex(row, "^" + re.escape(f"| {' | '.join(cells)} | ".replace("|  |", "| |")) + r".+ \|$")
 
-    def test_table_is_what_the_engine_prints(self):
-        printed = option_lines()
-        self.assertGreater(len(printed), 30)
-        rows = [row for group in self.groups().values() for row in group]
-        self.assertEqual([row[0] for row in rows], [match["name"] for match in printed])
-        for (name, kind, default, extent, sentence), match in zip(rows, printed):
-            self.assertEqual(kind, match["type"], name)
-            self.assertEqual(default.replace("&lt;", "<").replace("&gt;", ">"), match["default"], name)
-            self.assertTrue(sentence, name)
-            if kind == "spin":
-                # The number of processors bounds what is printed for the threads.
-                highest = "32" if name == "Threads" else match["max"]
-                self.assertLessEqual(int(match["max"]), int(highest))
-                self.assertEqual(extent, f"{match['min']} to {highest}", name)
-            elif kind == "combo":
-                self.assertEqual(extent, ", ".join(match["vars"].split(" var ")[1:]), name)
-            else:
-                self.assertEqual(extent, "", name)
-
-
-class IniNames(EngineTestCase):
     def test_groups_and_names_of_the_ini_file(self):
         engine = self.start_console()
         engine.send("ini")
         engine.until(lambda line: line == "created")
         self.assert_quits(engine)
-        written = (Path(self.directory) / "Brenquil3.00.ini").read_text().splitlines()
-        groups = [line[2:] for line in written if re.match(r"# \w", line)]
-        self.assertEqual(list(Options().groups()), groups)
+        written = (Path(self.directory) / "Brenquil3.00.ini").read_text()
+        readme = README.read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r"^### (.*)\n\n\| option \|", readme, re.MULTILINE),
+                         re.findall(r"^# (\w.*)", written, re.MULTILINE))
 
-        others = dict(re.findall(r"^\| (`.*?`|-) \| (`.*?`|-) \|$", README.read_text(encoding="utf-8"),
-                                 re.MULTILINE))
-        others = {uci.strip("`"): ini.strip("`") for uci, ini in others.items()}
-        names = {line.split("=")[0] for line in written if "=" in line}
-        expected = {others.get(match["name"], match["name"]) for match in option_lines()} - {"-"}
-        self.assertEqual(expected | {others["-"]}, names)
+        table = readme.partition("| in the ini file |\n|---|---|\n")[2]
+        others = dict(re.findall(r"^\| `?([^|`]+?)`? \| `?([^|`]+?)`? \|$", table, re.MULTILINE))
+        names = {others.get(match["name"], match["name"]) for match in option_lines()} - {"-"} | {others["-"]}
+        self.assertEqual(names, set(re.findall(r"^([^#\n].*?)=", written, re.MULTILINE)))
 
 
 class Sessions(EngineTestCase):
     """The examples in the documents, typed line by line."""
 
-    def masked(self, line):
-        return VARYING.sub("", line).rstrip()
-
     def play(self, lines):
+        def masked(line):
+            return VARYING.sub("", line).rstrip()
+
         engine = self.start_console()
-        for at, line in enumerate(lines):
+        skips = False
+        for line in lines:
             if line.startswith("> "):
                 engine.send(line[2:])
-                if line == "> quit":
-                    # Nothing may have been printed that the document does not show.
-                    self.assertEqual(engine.wait(), 0)
-                    self.assertIsNone(engine.lines.get(timeout=seconds(10)))
-                    return
             elif line == "...":
-                following = self.masked(lines[at + 1])
-                engine.until(lambda text: self.masked(text) == following)
-            elif at and lines[at - 1] == "...":
-                pass
+                skips = True
+            elif skips:
+                engine.until(lambda printed, wanted=masked(line): masked(printed) == wanted)
+                skips = False
             else:
-                printed = engine.line()
                 # A slow machine reports once a second what a fast one has no time for.
-                while self.masked(printed) != self.masked(line) and not without_status([printed]):
-                    printed = engine.line()
-                self.assertEqual(self.masked(printed), self.masked(line))
-        self.fail("a session ends with quit")
+                while not without_status([printed := engine.line()]) and masked(printed) != masked(line):
+                    pass
+                self.assertEqual(masked(printed), masked(line))
+        self.assertEqual(lines[-1], "> quit")
+        self.assertEqual(engine.wait(), 0)
+        self.assertIsNone(engine.lines.get(timeout=seconds(10)))  # nothing that the document does not show
 
     def test_sessions(self):
-        count = 0
-        for document in DOCUMENTS:
-            for block in blocks_and_prose(document)[0]:
-                if block.kind == "console":
-                    with self.subTest(f"{document.name}:{block.number}"):
-                        self.play(block.lines)
-                    count += 1
-        self.assertGreaterEqual(count, 2)
+        sessions = [(document, number, text) for document in DOCUMENTS for number, kind, text in pieces(document)
+                    if kind == "console"]
+        self.assertGreaterEqual(len(sessions), 2)
+        for document, number, text in sessions:
+            with self.subTest(f"{document.name}:{number}"):
+                self.play(text.splitlines())
 
 
 class Commands(unittest.TestCase):
     """Commands that are quick are run, with the engine under test in place of the one they name."""
 
-    def run_command(self, words, **variables):
-        done = subprocess.run(words, cwd=ROOT, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                              stderr=subprocess.STDOUT, text=True, timeout=seconds(60), check=False,
-                              env={**os.environ, **variables})
-        self.assertEqual(done.returncode, 0, f"{words}: {done.stdout}")
-        return done.stdout
-
-    def commands(self, script):
-        for document in DOCUMENTS:
-            for block in blocks_and_prose(document)[0]:
-                for line in block.lines if block.kind == "sh" else []:
-                    for variables, words in commands_of(remark_cut(line)):
-                        if words and words[0] == script:
-                            yield variables, words
+    def run_all(self, program, least, **variables):
+        lines = [line for _, _, line in commands_in_blocks() if re.match(rf"{VARIABLES}{program}(?: |$)", line)]
+        self.assertGreaterEqual(len(lines), least)
+        for line in lines:
+            words = shlex.split(re.sub(f"^{VARIABLES}", "", line))
+            done = subprocess.run([ENGINE if word.startswith("build/") else word for word in words], cwd=ROOT,
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                                  timeout=seconds(60), check=False, env={**os.environ, **variables})
+            self.assertEqual(done.returncode, 0, f"{line}: {done.stdout}")
+            yield done.stdout
 
     def test_run(self):
-        commands = list(self.commands("./run"))
-        self.assertGreaterEqual(len(commands), 2)
-        for _, words in commands:
-            printed = self.run_command(words, ENGINE=ENGINE, SECONDS_TO_THINK="1")
+        for printed in self.run_all(r"\./run", 2, ENGINE=ENGINE, SECONDS_TO_THINK="1"):
             self.assertRegex(printed, r"(?m)^info depth 1 .*(?:\n.*)*\nbestmove [a-h][1-8][a-h][1-8]")
             self.assertIn(str(Path(ENGINE).resolve()), printed)
 
     def test_analyse(self):
-        commands = list(self.commands("tools/analyse.py"))
-        self.assertGreaterEqual(len(commands), 1)
-        for _, words in commands:
-            words[words.index("--engine") + 1] = ENGINE
-            self.assertRegex(self.run_command(words), r"^[a-h][1-8][a-h][1-8]  depth \d+  score ")
+        for printed in self.run_all("tools/analyse.py", 1):
+            self.assertRegex(printed, r"^[a-h][1-8][a-h][1-8]  depth \d+  score ")
 
 
 if __name__ == "__main__":
