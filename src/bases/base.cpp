@@ -1,11 +1,13 @@
 #include "bases/base.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace brenquil {
 
 void CBaseList::Add(IBase& base, int menInSearch) {
+    assert(menInSearch >= 0);
     menInSearch_ = std::max(menInSearch_, menInSearch);
     bases_.push_back(&base);
     std::vector<IBase*> ordered;

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -52,6 +53,7 @@ template <int Step>
 
 /// All squares of a rank counted from that side's own first rank, 0 to 7.
 [[nodiscard]] constexpr Bitboard RelativeRankMask(int rank, Colour colour) noexcept {
+    assert(rank >= 0 && rank <= 7);
     return Rank1 << (8 * (colour == White ? rank : 7 - rank));
 }
 

@@ -1,5 +1,7 @@
 #include "board/capture_order.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 namespace {
@@ -10,8 +12,11 @@ int KeyOf(Move move, const CPosition& position) noexcept {
     switch (move.Kind()) {
     case MoveKind::Promotion: return PromotionKeys[move.Index()][victim];
     case MoveKind::EnPassant: return EnPassantKeys[victim];
-    default: return CaptureKeys[TypeOf(position.board[move.From()])][victim];
+    default: break;
     }
+    const Piece attacker = position.board[move.From()];
+    assert(attacker != PieceNone);
+    return CaptureKeys[TypeOf(attacker)][victim];
 }
 
 }  // namespace

@@ -25,6 +25,7 @@ public:
 
     /// The capacity is tested once for all targets.
     void Man(PieceType, Square from, Bitboard targets) noexcept {
+        assert(PopCount(targets) <= MostTargetsOfOneMan);
         if (list_.count > MoveList::Capacity - MostTargetsOfOneMan) [[unlikely]] {
             while (targets != 0) {
                 list_.Append(Move::Make(from, PopLowestBit(targets)));

@@ -84,6 +84,7 @@ void CPosition::Clear() noexcept {
 }
 
 void CPosition::SetupDerived() noexcept {
+    assert(Occupied() == 0 && key == 0 && menKey == 0);
     for (Square square = A1; square <= H8; ++square) {
         const Piece piece = board[square];
         if (piece == PieceNone) {
@@ -196,6 +197,7 @@ void CPosition::PromotePawn(Move move, Colour colour) noexcept {
 }
 
 bool CPosition::MakeMove(Move move) noexcept {
+    assert(IsOwnMove(move));
     if (ply >= UndoCapacity) [[unlikely]] {
         return false;
     }
@@ -355,6 +357,7 @@ template <Colour Us>
 void CPosition::Undo(Move move) noexcept {
     --ply;
     const UndoRecord& record = undo[ply];
+    assert(SameMove(record.move, move) && record.movedPiece != PieceNone);
     const Piece moved = record.movedPiece;
     const Piece captured = record.capturedPiece;
     const Square from = move.From();
@@ -411,6 +414,7 @@ inline void CPosition::ToggleLeaf(Move move, Piece moved, Piece captured) noexce
 }
 
 bool CPosition::MakeLeaf(Move move) noexcept {
+    assert(IsOwnMove(move));
     if (IsMadeWhole(move)) [[unlikely]] {
         return MakeMove(move);
     }

@@ -17,6 +17,7 @@
 #include "board/types.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 
 namespace brenquil {
@@ -159,6 +160,7 @@ public:
 
     /// Is castling right `CastlingIndex` held.
     [[nodiscard]] bool HasRight(unsigned index) const noexcept {
+        assert(index < CastlingRightsCount);
         return (castlingRights >> index & 1U) != 0;
     }
 
@@ -206,6 +208,11 @@ private:
     void ToggleMen(Piece piece, Bitboard squares) noexcept;
     std::uint64_t RemoveMan(Piece piece, Square square) noexcept;
     void RestoreMan(Piece piece, Square square) noexcept;
+
+    /// For assertions: a man of the side to move stands on the move's first square.
+    [[nodiscard]] bool IsOwnMove(Move move) const noexcept {
+        return (colours[sideToMove] & BitOf(move.From())) != 0;
+    }
 
     [[nodiscard]] bool IsMadeWhole(Move move) const noexcept {
         return !isRegular_ || move.Kind() != MoveKind::Normal;

@@ -7,6 +7,8 @@
 
 #include "board/types.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 /// The score of giving mate at the root. As the pair -32000, 32000 also the widest window, and the
@@ -20,6 +22,7 @@ inline constexpr Score DrawScore = 0;
 
 /// The score of the side to move being mated `ply` half-moves from the root.
 [[nodiscard]] constexpr Score MatedAt(int ply) noexcept {
+    assert(ply >= 0);
     return ply - MateScore;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace brenquil {
 
@@ -20,6 +21,7 @@ Score StaticExchange(const CPosition& position, Move move) noexcept {
     const Square to = move.To();
     const Piece moved = position.board[move.From()];
     const Piece target = position.board[to];
+    assert(moved != PieceNone);
     Bitboard rest = position.Occupied() & ~BitOf(move.From());
     const Bitboard queens = Both(position, Queen);
     const Bitboard diagonal = Both(position, Bishop) | queens;
@@ -65,6 +67,7 @@ bool LosesExchange(const CPosition& position, Move move) noexcept {
     const Square to = move.To();
     const Piece moved = position.board[move.From()];
     const Piece target = position.board[to];
+    assert(moved != PieceNone);
     const Colour us = ColourOf(moved);
     Score balance = target == PieceNone ? 0 : SeeValues[TypeOf(target)];  // in the mover's view
     Score next = SeeValues[TypeOf(moved)];                                // what stands on `to`

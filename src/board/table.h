@@ -6,21 +6,24 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 namespace brenquil {
 
-/// An aggregate like `std::array`, without a constructor and without a test of the index. The index
-/// is never negative, which spares the extension of its sign.
+/// An aggregate like `std::array`, without a constructor and without a test of the index in release
+/// builds. The index is never negative, which spares the extension of its sign.
 template <class T, std::size_t Size>
 struct Table {
     T values[Size];
 
     [[nodiscard]] constexpr const T& operator[](int index) const noexcept {
+        assert(index >= 0 && static_cast<unsigned>(index) < Size);
         return values[static_cast<unsigned>(index)];
     }
 
     [[nodiscard]] constexpr T& operator[](int index) noexcept {
+        assert(index >= 0 && static_cast<unsigned>(index) < Size);
         return values[static_cast<unsigned>(index)];
     }
 

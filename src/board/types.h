@@ -5,6 +5,7 @@
 // by accident. Everything here is trivially copyable and costs what the bare integer costs.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -37,7 +38,9 @@ enum : Square {
     return square >> 3;
 }
 
+/// File and rank count from 0 to 7.
 [[nodiscard]] constexpr Square MakeSquare(int file, int rank) noexcept {
+    assert(file >= 0 && file <= 7 && rank >= 0 && rank <= 7);
     return rank * 8 + file;
 }
 
@@ -108,6 +111,7 @@ inline constexpr int PieceCodes = 12;  ///< real pieces; `PieceNone` is the code
 using Bitboard = std::uint64_t;
 
 [[nodiscard]] constexpr Bitboard BitOf(Square square) noexcept {
+    assert(square >= A1 && square <= H8);
     return Bitboard{1} << square;
 }
 
@@ -145,6 +149,7 @@ struct Move {
 
     [[nodiscard]] static constexpr Move
     Make(Square from, Square to, MoveKind kind = MoveKind::Normal, unsigned index = 0) noexcept {
+        assert(from >= A1 && from <= H8 && to >= A1 && to <= H8 && index <= 3);
         return Move{static_cast<std::uint32_t>(from) | static_cast<std::uint32_t>(to) << 6U |
                     static_cast<std::uint32_t>(kind) << 12U | index << 14U};
     }
@@ -189,6 +194,7 @@ inline constexpr Move NoMove{0};
 /// The man that a promotion makes, by `PromotionIndex`.
 [[nodiscard]] constexpr PieceType PromotionType(unsigned index) noexcept {
     constexpr PieceType Types[] = {Rook, Bishop, Knight, Queen};
+    assert(index <= PromoteQueen);
     return Types[index];
 }
 

@@ -37,6 +37,7 @@ std::int32_t RangeOf(CBookOptions::Mode mode, std::int32_t count) noexcept {
     if (mode == CBookOptions::BestMove) {
         return 1;
     }
+    assert(count > 0);
     const double percent = RangePercent[mode];
     return static_cast<std::int32_t>(std::ceil(percent / 100.0 * count));
 }

@@ -48,12 +48,14 @@ void CBookFile::LookUp(MoveList& list, const CPosition& position) noexcept {
 
 /// Goes to the start of a record.
 bool CBookFile::SeekRecord(std::uint32_t index) noexcept {
+    assert(IsOpen());
     return SeekStream(file_.file, std::uint64_t{index} * RecordSize);
 }
 
 /// The next bytes as a number, the most significant one first. Bytes past the end of the file are
 /// skipped.
 std::uint64_t CBookFile::ReadNumber(int bytes) noexcept {
+    assert(bytes >= 0 && bytes <= 8);
     std::uint64_t number = 0;
     for (int i = 0; i < bytes; ++i) {
         const int byte = std::fgetc(file_.file);

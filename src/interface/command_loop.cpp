@@ -5,6 +5,7 @@
 #include "text/text.h"
 
 #include <array>
+#include <cassert>
 #include <vector>
 
 namespace brenquil {
@@ -77,6 +78,7 @@ std::optional<std::string> CCommandLoop::TakeLine() {
 /// An empty pending line counts as none. Pending lines are echoed and never logged as input.
 std::optional<std::string> CCommandLoop::TakePendingLine() {
     std::optional<std::string> line = engine_.protocol.pendingLines.Take();
+    assert(line);
     if (line->empty()) {
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 // Where finished output lines go: standard output in the program, a list in the tests.
 #pragma once
 
+#include <cassert>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -30,9 +31,10 @@ protected:
 class CFileSink final : public ILineSink {
 public:
     /// @param stream  stays open as long as the sink is used
-    explicit CFileSink(std::FILE* stream) noexcept : stream_(stream) {}
+    explicit CFileSink(std::FILE* stream) noexcept : stream_(stream) { assert(stream != nullptr); }
 
     void Write(const std::string& line) override {
+        assert(line.ends_with('\n'));
         Enter();
         // A reader that has gone away is no reason to stop: the result is not looked at.
         (void)std::fwrite(line.data(), 1, line.size(), stream_);

@@ -2,6 +2,7 @@
 #include "platform/system_pages.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <fstream>
 #include <limits>
@@ -119,6 +120,7 @@ std::size_t AvailableMemory() noexcept {
 }
 
 void* ReservePages(std::size_t bytes) noexcept {
+    assert(bytes > 0);
     // A huge page must start at a multiple of its size. The system aligns to small pages only, so
     // ask for more and give the ends back.
     const std::size_t mappedBytes = RoundToPages(bytes);

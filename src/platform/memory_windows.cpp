@@ -1,6 +1,7 @@
 #include "platform/memory.h"
 #include "platform/system_pages.h"
 
+#include <cassert>
 #include <windows.h>
 
 namespace brenquil {
@@ -16,6 +17,7 @@ std::size_t AvailableMemory() noexcept {
 }
 
 void* ReservePages(std::size_t bytes) noexcept {
+    assert(bytes > 0);
     return VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
 }
 

@@ -8,6 +8,8 @@
 #include "board/score.h"
 #include "search/search.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 namespace {
@@ -25,6 +27,7 @@ bool HasPiece(const CPosition& position, Colour colour) noexcept {
 }  // namespace
 
 Score CSearch::SearchRoot(std::int32_t depth) noexcept {
+    assert(master_ != nullptr && depth > 0);
     pv_[0].count = 0;
     nodes_.AddLossily(1);
     CheckLimits(0);
@@ -37,6 +40,7 @@ Score CSearch::SearchRoot(std::int32_t depth) noexcept {
 
 Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
                          bool afterNull) noexcept {
+    assert(ply >= 0 && ply <= MaxPly);
     pv_[ply].count = 0;
     nodes_.AddLossily(1);
     CheckLimits(ply);

@@ -11,6 +11,7 @@
 #include "platform/bits.h"
 #include "search/history.h"
 
+#include <cassert>
 #include <cstdint>
 #include <utility>
 
@@ -37,6 +38,7 @@ enum class PickStage : std::uint32_t {
 /// Takes the best of a list from `index` on: walks to the end and exchanges the entry at `index`
 /// with every later one of a strictly higher key. There is an entry at `index`.
 [[nodiscard]] inline Move TakeBest(MoveList& list, std::int32_t index) noexcept {
+    assert(index >= 0 && index < list.count);
     Move best = list[index];
     for (std::int32_t later = index + 1; later < list.count; ++later) {
         if (HasHigherKey(list[later], best)) {
@@ -78,6 +80,7 @@ public:
 
     /// Not at the end.
     [[nodiscard]] Move Take() noexcept {
+        assert(!IsAtEnd());
         const std::int32_t index = next_++;
         if (list.count > MaskedEntries) [[unlikely]] {
             return TakeBest(list, index);

@@ -3,12 +3,15 @@
 #include "board/static_exchange.h"
 #include "search/search.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 /// Small on purpose: no table, no bases, no repetition, no quiet checks. In check every evasion is
 /// searched, so a mate can be found; otherwise captures and promotions that do not lose material
 /// by the exchange test. Fail-soft on a move's cut-off, `beta` itself on standing pat.
 Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Score beta) noexcept {
+    assert(ply >= 0 && ply <= MaxPly && qply >= 0);
     nodes_.AddLossily(1);
     CheckLimits(ply);
     if (stop_) {

@@ -4,6 +4,7 @@
 #include "platform/give_way.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <span>
 #include <utility>
@@ -239,6 +240,7 @@ void CRootSearch::RootMoveIsScored(Move move, Score value) noexcept {
             return;
         }
     }
+    assert(lineCount_ < lines_.size());
     ScoredLine& slot = lines_[lineCount_++];
     slot.score = value;
     search_.BuildLine(slot.line, 0, move);

@@ -1,5 +1,7 @@
 #include "search/search.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 CSearch::CSearch(CPosition& position, const SearchContext& context)
@@ -23,11 +25,13 @@ void CSearch::ResetSearch() noexcept {
 }
 
 void CSearch::SetMaster(ISearchMaster& master, std::int64_t checks) noexcept {
+    assert(checks > 0);
     master_ = &master;
     countdown_ = checks;
 }
 
 void CSearch::BuildLine(PvLine& line, std::int32_t ply, Move move) const noexcept {
+    assert(ply >= 0 && ply <= MaxPly && !move.IsNone());
     line.count = 0;
     line.Append(move);
     for (const Move reply : pv_[ply + 1]) {

@@ -26,6 +26,7 @@
 #include "search/search_options.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -91,7 +92,9 @@ public:
             stop_ = true;
         }
         if (--countdown_ == 0) [[unlikely]] {
+            assert(master_ != nullptr);
             countdown_ = master_->LookAtLimits();
+            assert(countdown_ > 0);
             GiveWay();
         }
     }

@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace brenquil {
 
@@ -60,6 +61,7 @@ std::int32_t CTimeControl::IterationBound() const noexcept {
 }
 
 bool CTimeControl::MayFinish(Score score, std::int32_t depth) const noexcept {
+    assert(depth > 0);
     // Negative when this side is mated, which ends the search at any depth.
     const std::int32_t distance = MateDistance(score);
     if (distance != 0 && depth >= distance) {

@@ -81,6 +81,7 @@ COptionSpin::COptionSpin(COptionGroup* group, const OptionNames& names, std::int
       max(maximum),
       number(defaultValue),
       bounded_(defaultValue) {
+    assert(minimum <= defaultValue && defaultValue <= maximum);
     value = std::to_string(defaultValue);
 }
 
@@ -130,6 +131,7 @@ COptionCombo::COptionCombo(COptionGroup* group, const OptionNames& names,
                            std::string_view defaultValue, std::vector<std::string> words)
     : COption(group, "combo", names), vars(std::move(words)) {
     value = defaultValue;
+    assert(std::find(vars.begin(), vars.end(), value) != vars.end());
     Apply(value);
 }
 

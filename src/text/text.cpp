@@ -1,6 +1,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cctype>
 #include <limits>
 
@@ -71,6 +72,7 @@ bool HasWord(std::string_view line, std::string_view word) {
 
 std::string ValueOf(std::string_view line, std::string_view key, std::string_view terminators) {
     const std::string lowerLine = ToLower(line);
+    assert(!key.empty());
     const std::size_t keyStart = lowerLine.find(ToLower(key));
     if (keyStart == std::string::npos) {
         return {};

@@ -2,6 +2,7 @@
 
 #include "board/position_text.h"
 #include "board/static_exchange.h"
+#include "interface/command_loop.h"
 #include "interface/console/cpu_report.h"
 #include "interface/console/help_text.h"
 #include "interface/console/perft.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <memory>
 #include <optional>
 #include <string>
@@ -206,6 +208,7 @@ bool PlayIfMove(CEngine& engine, std::string_view line) {
 }  // namespace
 
 void DispatchConsole(CEngine& engine, std::string_view word, std::string_view line) {
+    assert(word == CommandWord(line));
     if (PlayIfMove(engine, line)) {
         return;
     }

@@ -4,6 +4,7 @@
 #include "interface/uci/uci_text.h"
 #include "platform/clock.h"
 
+#include <cassert>
 #include <string>
 
 namespace brenquil {
@@ -23,6 +24,7 @@ CPerft::CPerft(ILineSink& sink, CastlingNotation notation)
     : output_(sink), notation_(notation), lists_(MaxDepth + 1) {}
 
 const MoveList& CPerft::MoveListFor(std::int32_t depth) {
+    assert(IsInRange(depth));
     MoveList& list = lists_[static_cast<std::size_t>(depth)];
     list.count = 0;
     const CMoveGenerator generator(position);
@@ -44,6 +46,7 @@ std::uint64_t CPerft::CountNodes(std::int32_t depth) {
 /// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and unmade like any
 /// other node, but for the parts of a made move that only a further move would read.
 std::uint64_t CPerft::Count(std::int32_t depth) {
+    assert(depth >= 1 && depth <= MaxDepth);
     std::uint64_t count = 0;
     if (depth == 1) {
         for (const Move move : MoveListFor(depth)) {

@@ -5,6 +5,7 @@
 #include "interface/uci/uci_text.h"
 #include "platform/clock.h"
 
+#include <cassert>
 #include <memory>
 #include <string>
 
@@ -31,6 +32,8 @@ std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t
 }  // namespace
 
 std::uint64_t RunBench(ILineSink& sink, const BenchSettings& settings, CDialect dialect) {
+    assert(settings.depth >= 1 && settings.depth <= DeepestIteration);
+    assert(settings.threads >= 1 && settings.hash >= 0);
     CSilentSink silence;
     const auto engine = std::make_unique<CEngine>(silence, dialect);
     engine->SetOption("Hash", std::to_string(settings.hash));

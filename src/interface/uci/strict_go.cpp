@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <utility>
 
@@ -137,6 +138,7 @@ void TakeOff(std::int32_t overhead, std::int32_t& clock) noexcept {
 StrictGo ParseStrictGo(std::string_view line,
                        const std::function<Move(std::string_view)>& textToMove,
                        std::int32_t moveOverhead) {
+    assert(moveOverhead >= 0);
     StrictGo go = CReader(line, textToMove).Read();
     SearchLimits& limits = go.limits;
     // A player who gives one clock has two of them.

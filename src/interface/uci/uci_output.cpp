@@ -7,6 +7,8 @@
 #include "interface/uci/win_draw_loss.h"
 #include "text/text.h"
 
+#include <cassert>
+
 namespace brenquil {
 
 namespace {
@@ -31,6 +33,7 @@ CUciOutput::CUciOutput(CProtocol& protocol, const COutputOptions& options,
     : protocol_(protocol), options_(options), strictOptions_(strictOptions), bases_(bases) {}
 
 void CUciOutput::PrintPv(const PvReport& report, const SearchStatistics& statistics) {
+    assert(report.line != nullptr && report.multiPv >= 0);
     std::string text = "info depth " + std::to_string(report.depth) + " seldepth " +
                        std::to_string(report.selectiveDepth) + ProgressText(statistics) +
                        ScoreText(report.score) + ChancesText(report.score) +

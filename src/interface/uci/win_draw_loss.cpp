@@ -2,6 +2,7 @@
 
 #include "board/score.h"
 
+#include <cassert>
 #include <cmath>
 
 namespace brenquil {
@@ -24,6 +25,7 @@ WinDrawLoss ChancesOf(Score score) noexcept {
     }
     const std::int32_t win = WinsAt(score);
     const std::int32_t loss = WinsAt(-score);
+    assert(win + loss <= 1000);
     return {win, 1000 - win - loss, loss};
 }
 
