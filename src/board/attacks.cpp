@@ -1,20 +1,47 @@
 #include "board/attacks.h"
 
-#include <bit>
+#include "platform/bits.h"
 
 namespace brenquil {
 
 namespace {
 
-/// The subset of `mask` whose k-th lowest bit is set exactly when bit k of `pattern` is.
-Bitboard SpreadBits(std::size_t pattern, Bitboard mask) noexcept {
-    Bitboard spread = 0;
-    for (; mask != 0; mask &= mask - 1, pattern >>= 1U) {
-        if ((pattern & 1U) != 0) {
-            spread |= mask & (~mask + 1);
+/// The squares of a ray that leads upwards, to higher numbers, as far as the first occupied one.
+constexpr Bitboard UpToFirst(Bitboard ray, Bitboard occupied) noexcept {
+    const Bitboard blockers = ray & occupied;
+    return ray & (blockers ^ (blockers - 1));
+}
+
+/// The same for a ray that leads downwards.
+Bitboard DownToFirst(Bitboard ray, Bitboard occupied) noexcept {
+    // Without a blocker a1 stands in, which ends no ray early.
+    return ray & (AllSquares << HighestBit((ray & occupied) | BitOf(A1)));
+}
+
+/// The four rays of a slider, apart.
+struct Rays {
+    Bitboard up[2];
+    Bitboard down[2];
+};
+
+Rays RaysOf(Square square, bool diagonal) noexcept {
+    const Bitboard all = WalkRays(square, 0, diagonal);
+    const Bitboard above = AllSquares << square;
+    // On this side of the board lies one of the two rays upwards and one of those downwards: the
+    // files to the left of a bishop, the file of a rook.
+    Bitboard side = FileMasks[FileOf(square)];
+    if (diagonal) {
+        side = 0;
+        for (int file = 0; file < FileOf(square); ++file) {
+            side |= FileMasks[file];
         }
     }
-    return spread;
+    return {{all & above & side, all & above & ~side}, {all & ~above & side, all & ~above & ~side}};
+}
+
+Bitboard AttacksAlong(const Rays& rays, Bitboard occupied) noexcept {
+    return UpToFirst(rays.up[0], occupied) | UpToFirst(rays.up[1], occupied) |
+           DownToFirst(rays.down[0], occupied) | DownToFirst(rays.down[1], occupied);
 }
 
 }  // namespace
@@ -26,12 +53,15 @@ CSliderSlabs<Size, Diagonal>::CSliderSlabs() noexcept {
     constexpr unsigned ProductShift = Diagonal ? BishopShift : RookShift;
     for (Square square = A1; square <= H8; ++square) {
         const Bitboard mask = masks[square];
-        const std::size_t patterns = std::size_t{1} << std::popcount(mask);
-        for (std::size_t pattern = 0; pattern < patterns; ++pattern) {
-            const Bitboard occupied = SpreadBits(pattern, mask);
+        const Rays rays = RaysOf(square, Diagonal);
+        // Subtracting the mask from a subset of it carries through the other bits to the next
+        // subset, and from the whole mask to the empty one again.
+        Bitboard occupied = 0;
+        do {
             const std::size_t index = occupied * magics[square] >> ProductShift;
-            slabs_[square][index] = WalkRays(square, occupied, Diagonal);
-        }
+            slabs_[square][index] = AttacksAlong(rays, occupied);
+            occupied = (occupied - mask) & mask;
+        } while (occupied != 0);
     }
 }
 

@@ -64,7 +64,8 @@ template <Colour Us>
 }
 
 /// The slow reference: walks the rays of a rook or bishop from `square` until the first occupied
-/// square, which belongs to the result. Builds the slabs; the tests compare the lookups with it.
+/// square, which belongs to the result. Builds the tables below; the tests compare the lookups
+/// with it.
 [[nodiscard]] constexpr Bitboard WalkRays(Square square, Bitboard occupied,
                                           bool diagonal) noexcept {
     constexpr int Steps[2][4][2] = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}},
@@ -203,7 +204,8 @@ public:
     }
 
 private:
-    SquareTable<std::array<Bitboard, Size>> slabs_{};
+    // Zero from the start, as all of static storage: clearing it again would touch every page.
+    SquareTable<std::array<Bitboard, Size>> slabs_;
 };
 
 inline constexpr unsigned RookShift = 52;

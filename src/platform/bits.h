@@ -98,6 +98,12 @@ template <bool Hardware>
     return __builtin_ctzll(word);
 }
 
+/// The index of the highest set bit. `word` is not 0.
+[[nodiscard]] constexpr int HighestBit(std::uint64_t word) noexcept {
+    assert(word != 0);
+    return 63 - __builtin_clzll(word);
+}
+
 /// Clears the lowest set bit and returns its index. `word` is not 0.
 constexpr int PopLowestBit(std::uint64_t& word) noexcept {
     const int index = LowestBit(word);

@@ -165,12 +165,18 @@ CNalimovTables::CNalimovTables(IHost& host) : host_(host) {
         table.index = number;
         table.flags = signature.flags;
         table.name = signature.name;
+    }
+}
+
+void CNalimovTables::ChooseCalculators() {
+    for (NalimovTable& table : tables_) {
         for (const int side : {0, 1}) {
             const auto place = static_cast<std::size_t>(side);
-            table.calculators[place] = &NalimovCalculator(number, side);
+            table.calculators[place] = &NalimovCalculator(table.index, side);
             table.positions[place] = table.calculators[place]->Positions();
         }
     }
+    hasCalculators_ = true;
 }
 
 int CNalimovTables::RegisterAll(const std::string& path) {
@@ -184,6 +190,9 @@ int CNalimovTables::RegisterAll(const std::string& path) {
         // beginning of a name.
         if (NeedsSeparator(directory) && !DirectoryExists(directory)) {
             continue;
+        }
+        if (!hasCalculators_) {
+            ChooseCalculators();
         }
         for (int number = 1; number <= NalimovTableCount; ++number) {
             NalimovTable& table = Table(number);
@@ -238,6 +247,7 @@ bool CNalimovTables::MayReadDrive(const std::string& directory) {
 
 bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& table, int side,
                                  int extent) {
+    assert(hasCalculators_);
     assert(side == 0 || side == 1);
     assert(extent >= 0 && extent < NalimovMaximumExtents);
     std::unique_ptr<NalimovSide>& slot = table.sides[side];

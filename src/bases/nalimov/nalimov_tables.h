@@ -66,14 +66,14 @@ struct NalimovTable {
 
     [[nodiscard]] bool IsSplit() const noexcept { return (flags & NalimovSplit) != 0; }
 
-    /// The number of files of a side, when they are all there.
+    /// The number of files of a side, when they are all there. Needs `positions`.
     [[nodiscard]] int Extents(int side) const noexcept;
 
     std::int32_t index = 0;
     std::uint32_t flags = 0;
-    std::array<const CNalimovCalculator*, 2> calculators{};
+    std::array<const CNalimovCalculator*, 2> calculators{};  ///< null until files are looked for
     std::string_view name;
-    std::array<std::uint64_t, 2> positions{};
+    std::array<std::uint64_t, 2> positions{};           ///< 0 until then
     std::array<std::unique_ptr<NalimovSide>, 2> sides;  ///< none where no file was found
 };
 
@@ -88,7 +88,7 @@ public:
     /// @return the number of men of the largest table that was found, 3 to 6, or 0
     int RegisterAll(const std::string& path);
 
-    /// Looks for one file.
+    /// Looks for one file, of a list that `RegisterAll` has searched a directory for.
     /// @return false when it is absent; a damaged one ends the program
     bool RegisterOne(const std::string& directory, NalimovTable& table, int side, int extent);
 
@@ -125,6 +125,10 @@ private:
         std::array<bool, 26> isNotReady{};
     };
 
+    /// Takes the numbering of each table over. Not before a directory is searched: making the
+    /// calculators takes longer than all else at the start of the program, and few have tables.
+    void ChooseCalculators();
+
     void Forget();
     [[nodiscard]] bool RegisterSide(const std::string& directory, NalimovTable& table, int side);
     [[nodiscard]] bool MayReadDrive(const std::string& directory);
@@ -135,6 +139,7 @@ private:
     CNalimovMaterialTree tree_;
     Drives drives_;
     bool hasCompressedFiles_ = false;
+    bool hasCalculators_ = false;
 };
 
 }  // namespace brenquil

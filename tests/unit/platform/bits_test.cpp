@@ -97,6 +97,13 @@ TEST(Bits, LowestBitIsTheNumberOfZerosBelowIt) {
     }
 }
 
+TEST(Bits, HighestBitIsTheNumberOfTheLastBit) {
+    for (int bit = 0; bit < 64; ++bit) {
+        EXPECT_EQ(HighestBit(1ULL << bit), bit);
+        EXPECT_EQ(HighestBit(~0ULL >> (63 - bit)), bit);
+    }
+}
+
 TEST(Bits, PopLowestBitWalksUpwardsAndEmptiesTheWord) {
     std::uint64_t word = 0x8000000100000021ULL;
     EXPECT_EQ(PopLowestBit(word), 0);

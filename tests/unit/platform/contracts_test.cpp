@@ -27,6 +27,7 @@ namespace {
 TEST(ContractsDeathTest, BrokenOnesEndTheProgramAtTheirPlace) {
     std::uint64_t zero = 0;
     EXPECT_DEATH((void)LowestBit(zero), "word != 0");
+    EXPECT_DEATH((void)HighestBit(zero), "word != 0");
     EXPECT_DEATH((void)PopLowestBit(zero), "word != 0");
     EXPECT_DEATH((void)CExactModulo(zero), "");  // the division traps before or the assertion
 }

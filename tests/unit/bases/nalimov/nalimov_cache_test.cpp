@@ -2,6 +2,7 @@
 
 #include "../../../support/nalimov_test_folder.h"
 #include "bases/nalimov/nalimov_cache.h"
+#include "bases/nalimov/nalimov_index.h"
 
 #include <algorithm>
 #include <atomic>
@@ -39,8 +40,8 @@ int Meaning(std::uint8_t byte) {
 
 class CNalimovCacheTest : public testing::Test {
 protected:
-    std::uint64_t Positions(std::string_view name, int side) {
-        return tables->Table(TableNumber(name)).positions[static_cast<std::size_t>(side)];
+    static std::uint64_t Positions(std::string_view name, int side) {
+        return NalimovCalculator(TableNumber(name), side).Positions();
     }
 
     void Register() {
@@ -54,7 +55,7 @@ protected:
         for (int table = 1; table < NalimovFirstFourMen; ++table) {
             for (const int side : {0, 1}) {
                 const auto& row = tables->Table(table);
-                const Bytes bytes = Pattern(row.positions[static_cast<std::size_t>(side)],
+                const Bytes bytes = Pattern(NalimovCalculator(table, side).Positions(),
                                             static_cast<unsigned>(table * 2 + side));
                 const std::string name = std::string(row.name) + (side == 0 ? ".nbw" : ".nbb");
                 if ((table + side) % 2 == 0) {
