@@ -73,6 +73,9 @@ Score CEvaluation::PositionalScore(std::int32_t phase) noexcept {
     if (const std::optional<Score> known = positionalCache_.Find(key)) {
         return *known;
     }
+    if (pawnCache_.Slot(position_.pawnKingKey).key != position_.pawnKingKey) {
+        pawnHash_.Prefetch(position_.pawnKingKey);  // arrives while the pieces are looked at
+    }
     const TermPair terms = PieceTerms(position_) + PawnTerms();
     const Score score = Interpolate(terms.Middlegame(), terms.Endgame(), phase);
     positionalCache_.Store(key, score);

@@ -139,6 +139,9 @@ constexpr int PopLowestBit(std::uint64_t& word) noexcept {
 
 /// Asks for the cache line of `address`, which may be any value; a bad one is ignored.
 inline void Prefetch(const void* address) noexcept {
+    // A function that only fetches has no effect in the eyes of GCC 12, which drops calls of it
+    // that it does not inline. The empty statement is an effect.
+    asm volatile("");
     __builtin_prefetch(address);
 }
 

@@ -50,6 +50,9 @@ Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Scor
     if (!afterNull && ply > 0 && IsRepetition()) {
         return DrawScore;
     }
+    if (depth >= options_.nullmoveMinDepth.number && !afterNull) {
+        hash_.Prefetch(position_.key ^ SideKey);  // for the null move, while pruning is considered
+    }
     if (const auto score = ProbeTable(depth, alpha, beta)) {
         return *score;
     }
@@ -140,7 +143,6 @@ std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noex
         !HasPiece(position_, position_.sideToMove)) {
         return std::nullopt;
     }
-    hash_.Prefetch(position_.key ^ SideKey);
     position_.MakeNullMove();
     const Score value = -AlphaBeta(node.depth - options_.nullmoveReduction.Bounded() - 1,
                                    node.ply + 1, -node.beta, 1 - node.beta, true);
@@ -160,7 +162,6 @@ bool CSearch::SearchMoves(Node& node) noexcept {
         }
         const Piece moved = position_.board[move.From()];
         const bool isQuiet = IsQuiet(move);
-        hash_.Prefetch(position_.LikelyKeyAfter(move));  // arrives while the move is made
         if (!position_.MakeMove(move)) {
             continue;
         }

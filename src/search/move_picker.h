@@ -49,7 +49,7 @@ enum class PickStage : std::uint32_t {
     return best;
 }
 
-/// Quiet moves with their keys, handed out as `TakeBest` would.
+/// Quiet moves with their keys, handed out as `TakeBest` would, one move ahead of the asking.
 ///
 /// Most quiet moves were never successful and share the lowest key of all, and so no exchange ever
 /// takes one of them forward. A mask tells where the others stand, and a take visits only those.
@@ -74,22 +74,39 @@ public:
 
     [[nodiscard]] bool IsAtEnd() const noexcept { return next_ >= list.count; }
 
-    /// What the next `Take` will return if only lowest keys are left, and a guess if not. `NoMove`
-    /// at the end.
+    /// Selects the first move, when all have been added and before the first `Peek` or `Take`.
+    void Begin() noexcept {
+        if (list.count != 0) {
+            Select(0);
+        }
+    }
+
+    /// The move that the next `Take` will return; `NoMove` at the end.
     [[nodiscard]] Move Peek() const noexcept { return IsAtEnd() ? NoMove : list[next_]; }
 
-    /// Not at the end.
+    /// Not at the end. Selects the move after this one at once: it depends on nothing that a search
+    /// of this one changes, and can be prepared for meanwhile.
     [[nodiscard]] Move Take() noexcept {
         assert(!IsAtEnd());
-        const std::int32_t index = next_++;
+        const Move taken = list[next_++];
+        if (!IsAtEnd()) {
+            Select(next_);
+        }
+        return taken;
+    }
+
+private:
+    /// Brings the move that `TakeBest` would take to the place `index`.
+    void Select(std::int32_t index) noexcept {
         if (list.count > MaskedEntries) [[unlikely]] {
-            return TakeBest(list, index);
+            static_cast<void>(TakeBest(list, index));
+            return;
         }
         std::uint64_t later = raised_ & ~std::uint64_t{1} << index;
-        Move best = list[index];
         if (later == 0) {
-            return best;
+            return;
         }
+        Move best = list[index];
         if ((raised_ >> index & 1U) == 0) {
             // The first of the others changes places with it: now a lowest key stands there.
             raised_ ^= later & (~later + 1);
@@ -102,10 +119,8 @@ public:
             }
         }
         list[index] = best;
-        return best;
     }
 
-private:
     static constexpr std::int32_t MaskedEntries = 64;
 
     std::int32_t next_ = 0;

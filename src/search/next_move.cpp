@@ -13,6 +13,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         if (const auto hit = hash_.Probe(position_.key);
             hit && !hit->move.IsNone() && generator_.IsStoredMoveValid(hit->move)) {
             picker.hashMove = hit->move;
+            PrefetchAfter(hit->move);
             return hit->move;
         }
         [[fallthrough]];
@@ -32,6 +33,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
             if (SameMove(move, picker.hashMove)) {
                 continue;
             }
+            PrefetchAfter(move);
             if (!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) {
                 return move;
             }
@@ -40,6 +42,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         picker.stage = PickStage::SecondKiller;
         if (const Move killer = killers_[picker.ply].first; IsKillerUsable(killer, picker)) {
             picker.killerMove1 = killer;
+            PrefetchAfter(killer);
             return killer;
         }
         [[fallthrough]];
@@ -48,12 +51,17 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         picker.stage = PickStage::GenerateQuiets;
         if (const Move killer = killers_[picker.ply].second; IsKillerUsable(killer, picker)) {
             picker.killerMove2 = killer;
+            PrefetchAfter(killer);
             return killer;
         }
         [[fallthrough]];
 
     case PickStage::GenerateQuiets:
         GenerateQuiets(picker.quietList, position_, history_);
+        picker.quietList.Begin();
+        if (!picker.quietList.IsAtEnd()) {
+            PrefetchAfter(picker.quietList.Peek());
+        }
         picker.stage = PickStage::Quiets;
         [[fallthrough]];
 
@@ -61,7 +69,9 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         while (!picker.quietList.IsAtEnd()) {
             const Move move = picker.quietList.Take();
             // The entry of the move after this one has the whole search of this one to arrive.
-            hash_.Prefetch(position_.LikelyKeyAfter(picker.quietList.Peek()));
+            if (!picker.quietList.IsAtEnd()) {
+                PrefetchAfter(picker.quietList.Peek());
+            }
             if (!SameMove(move, picker.hashMove) && !SameMove(move, picker.killerMove1) &&
                 !SameMove(move, picker.killerMove2)) {
                 return move;
@@ -73,7 +83,9 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
 
     case PickStage::BadCaptures:
         if (picker.index < picker.badList.count) {
-            return TakeBest(picker.badList, picker.index++);
+            const Move move = TakeBest(picker.badList, picker.index++);
+            PrefetchAfter(move);
+            return move;
         }
     }
     return NoMove;

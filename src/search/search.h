@@ -170,6 +170,9 @@ private:
     [[nodiscard]] bool IsQuiet(Move move) const noexcept;
 
     // next_move.cpp
+    /// Fetches the table's entry of the position after a move that will be made soon.
+    void PrefetchAfter(Move move) const noexcept { hash_.Prefetch(position_.LikelyKeyAfter(move)); }
+
     [[nodiscard]] bool IsKillerUsable(Move killer, const CMovePicker& picker) const noexcept;
 
     [[nodiscard]] HistoryEntry& HistoryOf(Piece piece, Square to) noexcept {

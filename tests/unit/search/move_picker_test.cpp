@@ -115,8 +115,10 @@ TEST(QuietList, TakesWhatSelectionByExchangesTakes) {
             quiets.Append(move, move.Order() != -32000);
             list.push_back(move);
         }
+        quiets.Begin();
         for (const Move expected : SelectAll(list)) {
             ASSERT_FALSE(quiets.IsAtEnd());
+            ASSERT_EQ(quiets.Peek().word, expected.word);
             ASSERT_EQ(quiets.Take().word, expected.word);
         }
         ASSERT_TRUE(quiets.IsAtEnd());
@@ -214,6 +216,7 @@ TEST(GenerateQuiets, IsGeneratorAndHistoryInOne) {
         }
         GenerateQuiets(*quiets, position, *history);
         ASSERT_EQ(Words(quiets->list), Words(expected)) << CPositionText(position).GetFen();
+        quiets->Begin();
         for (const Move move : SelectAll({expected.begin(), expected.end()})) {
             ASSERT_EQ(quiets->Take().word, move.word);
         }
