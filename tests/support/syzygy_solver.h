@@ -1,22 +1,18 @@
-// Solves chess endings of up to four men from the rules of chess alone.
+// The answers of small endings for every placement of the men, by the solver of the program that
+// makes tables, in a form that is easy to walk over.
 //
 //     CSyzygySolver solver;
 //     const SolvedEnding& ending = solver.Solve("KRvKP");
 //     ending.Class(ending.IndexOf(squares, White))
 //
-// For every placement of the men and both sides to move it works out win, draw or loss and the
-// distance to the next capture, pawn move or mate, by going backwards from the positions where the
-// result is plain. It shares nothing with the reader of tables except the attack tables of the
-// board room, so that the two can be held against each other.
+// (That solver is held against the slow rules: tests/support/slow_proof.) No ending of four men
+// needs more than a hundred plies between zeroing moves, so classes are wins, draws and losses.
 //
-// No ending of four men needs more than a hundred plies between zeroing moves; the solver throws
-// std::logic_error if it meets one that does.
-//
-// Cost: half a second for three men, half a minute and 130 MB for four. What has been solved is
-// kept as one byte a position and found again by name.
+// Cost: half a second for three men, some seconds and 70 MB for four. What has been solved is kept
+// and found again by name.
 #pragma once
 
-#include "board/types.h"
+#include "solved_endings.h"
 
 #include <array>
 #include <cstddef>
@@ -27,14 +23,6 @@
 #include <vector>
 
 namespace brenquil::testing_support {
-
-/// A man of an ending.
-struct EndingMan {
-    PieceType type;
-    Colour colour;
-
-    friend bool operator==(const EndingMan&, const EndingMan&) = default;
-};
 
 /// The answers for one material.
 class SolvedEnding {
@@ -74,22 +62,9 @@ public:
     /// The answers for a material, such as "KRvKP".
     const SolvedEnding& Solve(const std::string& name);
 
-    /// Class of any placement of up to four men, kings included, in the view of the side to move.
-    /// `enPassant` is the square behind a pawn that has just moved two squares, or `SquareNone`.
-    [[nodiscard]] int ClassOf(const std::vector<EndingMan>& men, const std::vector<Square>& squares,
-                              Colour toMove, Square enPassant = SquareNone);
-
-    /// Frees the distances of a solved ending, half of its memory. Its classes stay.
-    void DropDistances(const std::string& name) {
-        std::vector<std::uint8_t>().swap(solved_.at(name)->distances);
-    }
-
 private:
+    test::CSolvedInMemory<DistanceToZeroing> solver_{1};
     std::map<std::string, std::unique_ptr<SolvedEnding>> solved_;
 };
-
-/// The name of a material with the stronger side first, as tables are named; whether the sides were
-/// exchanged for it.
-[[nodiscard]] std::string EndingName(const std::vector<EndingMan>& men, bool& exchanged);
 
 }  // namespace brenquil::testing_support

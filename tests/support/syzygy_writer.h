@@ -4,6 +4,9 @@
 //     table.value = [](const TbPosition& position) { return 2; };   // -2 to 2
 //     WriteBytes(folder / "KQvK.rtbw", MakeWdlFile(table));
 //
+// It is independent on purpose: the program that makes tables writes one kind of file, the best
+// that it can; here a test says what a file is like, and nothing of that program is used.
+//
 // The values are given by a function of the position, with White as the side that the name gives
 // first, so a table can hold the truth (see the solver) or anything that a test wants to find
 // again. The function is asked for every placement of the men, also for those that are no position

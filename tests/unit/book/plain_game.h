@@ -1,7 +1,9 @@
-// A second, plain reading of the game for the tests: a board of 64 letters, moves in standard
-// algebraic notation, games in PGN, and the key of the book format by its published rule. It shares
-// nothing with the engine, so that the two can be held against each other.
+// A second, plain reading of games for the tests: moves in standard algebraic notation, games in
+// PGN, and the key of the book format by its published rule. The rules of chess are the slow ones,
+// so it shares nothing with the engine and the two can be held against each other.
 #pragma once
+
+#include "slow_chess.h"
 
 #include <array>
 #include <cstdint>
@@ -14,7 +16,7 @@ namespace brenquil::test {
 /// The 781 random numbers of the format, in its order.
 using BookNumbers = std::array<std::uint64_t, 781>;
 
-/// A board with the letters of a FEN, '.' for an empty square; square 0 is a1, 63 is h8.
+/// A game from the start position.
 class CPlainGame {
 public:
     /// Plays a move such as "Nbd7+", "exd8=Q#" or "O-O".
@@ -28,25 +30,9 @@ public:
     [[nodiscard]] std::uint64_t Key(const BookNumbers& numbers) const;
 
 private:
-    struct Step {
-        int from;
-        int to;
-        char promotion;  ///< the new man's letter for the side to move; 0 for none
-    };
+    [[nodiscard]] bool IsLegal(std::uint32_t move) const;
 
-    [[nodiscard]] bool IsOwn(int square) const;
-    [[nodiscard]] bool IsAttacked(int square, bool byWhite) const;
-    [[nodiscard]] bool Reaches(int from, int to) const;
-    [[nodiscard]] bool LeavesKingSafe(const Step& step) const;
-    [[nodiscard]] std::string PlayCastling(bool kingSide);
-    void Make(const Step& step);
-
-    std::array<char, 64> board_ = StartBoard();
-    bool whiteToMove_ = true;
-    std::array<bool, 4> rights_ = {true, true, true, true};  ///< K, Q, k, q
-    int doubleStep_ = -1;  ///< the square of a pawn that has just made a double step
-
-    static std::array<char, 64> StartBoard();
+    SlowPosition position_ = SlowPosition::AtStart();
 };
 
 /// The moves of each game of a PGN text that begins from the normal start position, without

@@ -1,9 +1,9 @@
 // Syzygy files that the product makes: read back by the reader's own probes, against the solver's
 // values and against the real files where they are at hand.
 
+#include "../../support/solved_endings.h"
 #include "../../support/temporary_folder.h"
 #include "bases/syzygy/tb_probe.h"
-#include "solved_endings.h"
 #include "tables/pair_coder.h"
 #include "tables/syzygy_bytes.h"
 #include "tables/syzygy_family.h"
@@ -204,7 +204,7 @@ TEST(SyzygyFamily, ThreeMenAreTheRealOnes) {
     }
 }
 
-TEST(SyzygyFamilySlowReleaseOnly, FourMenAreTheRealOnes) {
+TEST(SyzygyFamilySlow, FourMenAreTheRealOnes) {
     if (RealFolder().empty()) {
         GTEST_SKIP() << "no shared data";
     }

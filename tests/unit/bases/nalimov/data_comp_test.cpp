@@ -1,6 +1,6 @@
 // The header of compressed files, their codes, and the decoding of a block.
 
-#include "../../../support/nalimov_table_writer.h"
+#include "../../../support/data_comp_writer.h"
 #include "bases/nalimov/data_comp.h"
 
 #include <gtest/gtest.h>

@@ -16,17 +16,17 @@ namespace brenquil {
 namespace {
 
 using test::Bytes;
-using test::CEndgameSolver;
+using test::CSolvedMates;
 using test::CTestFolder;
 using test::NalimovEngine;
 using test::TableNumber;
 using test::TablePosition;
 
 /// Writes both sides of a table, in a form that depends on `form`.
-void WriteTable(const CTestFolder& folder, CEndgameSolver& solver, int table, int form) {
+void WriteTable(const CTestFolder& folder, CSolvedMates& solver, int table, int form) {
     const NalimovSignature& row = NalimovSignatures[static_cast<std::size_t>(table)];
     for (int side = 0; side < ((row.flags & NalimovSymmetric) != 0 ? 1 : 2); ++side) {
-        const Bytes bytes = test::TableBytes(solver, table, side);
+        const Bytes bytes = solver.TableBytes(table, side);
         const std::string name = std::string(row.name) + (side == 0 ? ".nbw" : ".nbb");
         if ((form + side) % 2 == 0) {
             folder.Write(name, bytes);
@@ -37,8 +37,8 @@ void WriteTable(const CTestFolder& folder, CEndgameSolver& solver, int table, in
 }
 
 /// The mark that the listing should show beside a move to a position.
-std::string ExpectedMark(std::uint8_t plies) {
-    if (plies == test::CSolvedEnding::Draw) {
+std::string ExpectedMark(int plies) {
+    if (plies == CSolvedMates::Draw) {
         return "0";
     }
     const int moves = (plies + 1) / 2;
@@ -68,7 +68,7 @@ protected:
     }
 
     /// All positions of a table with both colours, or a sample, one in `oneOf`. Returns how many.
-    std::uint64_t CheckTable(CEndgameSolver& solver, int table, int side, unsigned oneOf) {
+    std::uint64_t CheckTable(CSolvedMates& solver, int table, int side, unsigned oneOf) {
         std::mt19937 random(static_cast<unsigned>(table * 2 + side));
         std::uint64_t count = 0;
         test::CTableEnumerator(table, side).Visit([&](const TablePosition& men) {
@@ -76,18 +76,16 @@ protected:
                 return;
             }
             count += 2;
-            const std::uint8_t plies = test::SolvedPlies(
-                solver.Ending(std::string(NalimovSignatures[static_cast<std::size_t>(table)].name)),
-                men, side);
             for (const bool invert : {false, true}) {
                 test::SetUp(*position, men, side, invert);
+                const int plies = solver.Plies(*position);
                 Score score = 12345;
                 const bool isFound =
                     NalimovProbe(score, *position, engine->bases.Tables(),
                                  const_cast<CNalimovCache&>(engine->bases.Cache()));
                 if (!isFound || score != test::ScoreOfPlies(plies)) {
                     ADD_FAILURE() << CPositionText(*position).GetFen() << " " << score << " "
-                                  << static_cast<int>(plies);
+                                  << plies;
                 }
                 CheckMoves(solver);
             }
@@ -97,7 +95,7 @@ protected:
     }
 
     /// The marks of all moves and the move at the root.
-    void CheckMoves(CEndgameSolver& solver) {
+    void CheckMoves(CSolvedMates& solver) {
         constexpr std::uint64_t OneOf = 193;  // odd, so that both colours have their turns
         if (++movesAsked % OneOf != 0) {
             return;
@@ -115,7 +113,7 @@ protected:
             if (!isKnown) {
                 continue;
             }
-            const std::uint8_t plies = test::SolvedPlies(solver, *after);
+            const int plies = solver.Plies(*after);
             ASSERT_EQ(info.text, ExpectedMark(plies)) << CPositionText(*after).GetFen();
             ASSERT_EQ(info.move.Order(), -test::ScoreOfPlies(plies));
             ASSERT_TRUE(SameMove(info.move, move));
@@ -133,7 +131,7 @@ protected:
 
     struct Shared {
         CTestFolder folder;
-        CEndgameSolver solver;
+        CSolvedMates solver;
     };
 
     inline static std::unique_ptr<Shared> shared;
@@ -165,7 +163,7 @@ TEST_F(NalimovWholePathProof, FourMenAnswerCorrectly) {
     const std::set<std::string_view> sample = {"kpk",  "knk",  "kbk",  "krk",  "kqk",
                                                "kqkn", "kqkb", "kqkr", "kqkq", "kqkp"};
     CTestFolder folder;
-    CEndgameSolver solver;
+    CSolvedMates solver;
     std::vector<int> tables;
     for (int table = 1; table < NalimovFirstFiveMen; ++table) {
         if (all || sample.count(NalimovSignatures[static_cast<std::size_t>(table)].name) != 0) {
@@ -405,7 +403,7 @@ TEST_F(NalimovWholePath, PositionWithCaptureInPassingHasPlaceOfItsOwn) {
 
 TEST_F(NalimovWholePath, MissingSideAnswersFalseForThatSideOnly) {
     const CTestFolder folder;
-    folder.Write("kqk.nbb", test::TableBytes(shared->solver, TableNumber("kqk"), 1));
+    folder.Write("kqk.nbb", shared->solver.TableBytes(TableNumber("kqk"), 1));
     engine->options.SetOption("NalimovPath", folder.Name());
     engine->options.SetOption("Nalimov Usage", "InSearch");
     Score score = 0;

@@ -1,7 +1,6 @@
 // The numberings and the index calculators.
 
-#include "../../../support/nalimov_enumerator.h"
-#include "../../../support/nalimov_table_writer.h"
+#include "../../../support/nalimov_positions.h"
 #include "bases/nalimov/nalimov_index.h"
 #include "board/position_text.h"
 

@@ -133,7 +133,7 @@ TEST_F(SyzygyData, EndingsOfThreeMenAreAllTrue) {
 using SyzygyDataSlow = SyzygyData;
 
 /// A seeded sample of an ending of four men against the solver. Every position is compared by
-/// tools/syzygy_compare.
+/// `brenquil-tables check`.
 TEST_F(SyzygyDataSlow, ASampleOfFourMenIsTrue) {
     std::mt19937_64 random(27182);
     const support::SolvedEnding& ending = solver.Solve("KRvKN");

@@ -51,6 +51,29 @@ int RookTarget(int index) {
 
 }  // namespace
 
+SlowPosition::SlowPosition() : side(White), enPassant(SquareNone), clock(0) {
+    board.fill(PieceNone);
+    for (std::size_t index = 0; index < rights.size(); ++index) {
+        const int home = HomeOf(static_cast<int>(index));
+        rights[index] = {false, home + 4, home + (index % 2 == 0 ? 7 : 0)};
+    }
+}
+
+SlowPosition SlowPosition::AtStart() {
+    constexpr std::array<int, 8> Home = {Rook, Knight, Bishop, Queen, King, Bishop, Knight, Rook};
+    SlowPosition start;
+    for (std::size_t file = 0; file < 8; ++file) {
+        start.board[file] = Home[file] * 2 + White;
+        start.board[8 + file] = Pawn * 2 + White;
+        start.board[48 + file] = Pawn * 2 + Black;
+        start.board[56 + file] = Home[file] * 2 + Black;
+    }
+    for (Right& right : start.rights) {
+        right.held = true;
+    }
+    return start;
+}
+
 SlowPosition::SlowPosition(const CPosition& position)
     : side(position.sideToMove), enPassant(position.enPassant), clock(position.halfmoveClock) {
     for (int square = 0; square < 64; ++square) {

@@ -4,6 +4,10 @@
 
 #include "tables/ending_solver.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string>
 
 namespace brenquil::test {

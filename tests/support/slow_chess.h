@@ -1,6 +1,7 @@
 // The rules of the game once more, slowly: a mailbox, loops over files and ranks, no bitboards and
-// no tables. The tests hold the board room against it, so it shares nothing with that room but the
-// numbering of squares, pieces and move words.
+// no tables. The tests hold the board room, the book's keys and the solver of endings against it,
+// so it is independent on purpose: it shares nothing with them but the numbering of squares, pieces
+// and move words. (Its counterpart for games played over pipes is tools/chess_rules.py.)
 #pragma once
 
 #include "board/position.h"
@@ -18,6 +19,12 @@ struct SlowPosition {
         int kingFrom;
         int rookFrom;
     };
+
+    /// An empty board, White to move.
+    SlowPosition();
+
+    /// The start of the game.
+    [[nodiscard]] static SlowPosition AtStart();
 
     /// Takes over the men, the side, the en passant square, the clock and who castles from where.
     explicit SlowPosition(const CPosition& position);
