@@ -19,6 +19,40 @@
 
 namespace brenquil {
 
+namespace platform_detail {
+
+#if defined(__wasm__)
+// WebAssembly has no atomic access but those in one order among all threads, whose writes are
+// locked instructions; they cost a tenth of the speed. Its plain accesses serve, for which its own
+// rules say what a race does: all that the contract wants, except that on a 32-bit phone the halves
+// of a 64-bit word may be of two writes. The hash table checks its words against one another, and
+// figures forgive it.
+template <class T>
+class SharedWord {
+public:
+    constexpr SharedWord(T value) noexcept : value_(value) {}
+
+    // Volatile: the compiler may leave none out.
+    [[nodiscard]] T load(std::memory_order) const noexcept {
+        return static_cast<const volatile T&>(value_);
+    }
+
+    void store(T value, std::memory_order) noexcept { static_cast<volatile T&>(value_) = value; }
+
+    T fetch_add(T amount, std::memory_order) noexcept {
+        return __atomic_fetch_add(&value_, amount, __ATOMIC_RELAXED);
+    }
+
+private:
+    T value_;
+};
+#else
+template <class T>
+using SharedWord = std::atomic<T>;
+#endif
+
+}  // namespace platform_detail
+
 template <class T>
 class Relaxed {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -62,7 +96,7 @@ public:
     void AddLossily(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
 
 private:
-    std::atomic<T> value_;
+    platform_detail::SharedWord<T> value_;
 };
 
 static_assert(sizeof(Relaxed<bool>) == sizeof(bool));
