@@ -13,9 +13,13 @@ const here = path.dirname(fileURLToPath(import.meta.url));
 const web = path.dirname(here);
 const root = path.dirname(web);
 const pageFolder = path.join(web, 'page', 'dist');
-const shots = process.env.BRENQUIL_SHOTS; // a folder for pictures of each view
+// A folder for pictures of each view.
+const shots = process.env.BRENQUIL_SHOTS === undefined ? undefined : path.resolve(root, process.env.BRENQUIL_SHOTS);
 const axe = fs.readFileSync(path.join(web, 'node_modules', 'axe-core', 'axe.min.js'), 'utf8');
 const patience = 60_000;
+// Real tables, where the folder of shared test data has them.
+const syzygy = [process.env.BRENQUIL_DATA, path.join(root, '..', 'shared', 'data')].filter((folder) => folder !== undefined)
+    .map((folder) => path.join(folder, 'syzygy')).find((folder) => fs.existsSync(path.join(folder, 'KPvK.rtbw')));
 
 let browser;
 const servers = [];
@@ -73,9 +77,6 @@ async function type(page, move) {
     await page.fill('#move-text', move);
     await page.press('#move-text', 'Enter');
 }
-
-// A mate in four for White against any defence of a bare king, so that the game ends.
-const Ladder = '7k/8/8/8/8/8/R7/1R5K w - - 0 1';
 
 async function loadText(page, text) {
     await page.evaluate(() => document.getElementById('exchange').setAttribute('open', ''));
@@ -136,9 +137,19 @@ test('a whole game against the engine, to mate', { timeout: 600_000 }, async () 
                 /Checkmate|1\/2/.test(document.getElementById('status').textContent), count + 2);
         }
         assert.match(await page.textContent('#status'), /Black plays .*#\. Checkmate: 0-1\./);
-        await shoot(page, 'play-desktop-light');
     });
 });
+
+// Evaluating a whole game takes a while; the pictures are worth it. Played in a box of the opera in Paris.
+const ShortGame = '1. e4 e5 2. Nf3 Nc6 *';
+const Game = `[White "Morphy"]
+[Black "Duke of Brunswick and Count Isouard"]
+[Date "1858.??.??"]
+[Result "1-0"]
+
+1. e4 e5 2. Nf3 d6 3. d4 Bg4 4. dxe5 Bxf3 5. Qxf3 dxe5 6. Bc4 Nf6 7. Qb3 Qe7 8. Nc3 c6 9. Bg5 b5 10. Nxb5 cxb5
+11. Bxb5+ Nbd7 12. O-O-O Rd8 13. Rxd7 Rxd7 14. Rd1 Qe6 15. Bxd7+ Nxd7 16. Qb8+ Nxb8 17. Rd8# 1-0
+`;
 
 const Moves = [...'abcdefgh'].flatMap((file) => ['3', '4', '5', '6'].map((rank) => file + rank))
     .concat([...'abcdefgh'].flatMap((file) => ['1', '2', '3', '4'].map((rank) => `K${file}${rank}`)))
@@ -162,7 +173,6 @@ test('a pasted PGN is analysed and evaluated; its graph leads to the moves', { t
         await page.click('#back');
         await page.waitForFunction(() => document.querySelectorAll('#lines li').length > 0 &&
             !/Qxf7#/.test(document.querySelector('#lines b').textContent));
-        await shoot(page, 'analyse-desktop-light');
     });
 });
 
@@ -218,7 +228,7 @@ test('without a net the page is there after the first visit', { timeout: 120_000
     });
 });
 
-test('a book by its address is fetched in parts; a damaged table gives the engine\'s message', { timeout: 120_000 }, async () => {
+test('a book from a file; a damaged table gives the engine\'s message', { timeout: 120_000 }, async () => {
     const { address } = await serve();
     await withPage({}, async (page) => {
         await open(page, address);
@@ -239,6 +249,102 @@ test('a book by its address is fetched in parts; a damaged table gives the engin
     });
 });
 
+test('a book by its address is read in parts where the host has them', { timeout: 120_000 }, async () => {
+    const { server, address } = await serve({ folders: [pageFolder, bookFolder()] });
+    const ranges = [];
+    server.on('request', (request) => {
+        if (request.url.endsWith('.bin')) {
+            ranges.push(request.headers.range);
+        }
+    });
+    await withPage({}, async (page) => {
+        await open(page, address);
+        await page.evaluate(() => document.getElementById('tables').setAttribute('open', ''));
+        await page.fill('#table-url', `${address}large.bin`);
+        await page.click('#load-url');
+        await page.waitForFunction(() => /loaded! \(100001 moves\)/.test(document.getElementById('table-message').textContent));
+        await type(page, 'e4');
+        await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 2);
+    });
+    assert.ok(ranges.length >= 2 && ranges.every((range) => /^bytes=\d+-\d+$/.test(range)), String(ranges));
+    const bytes = ranges.map((range) => range.match(/\d+/g).map(Number)).reduce((sum, [start, end]) => sum + end - start + 1, 0);
+    assert.ok(bytes < 800_000, `${bytes} of 1,600,016 bytes`);
+});
+
+// A book of 100,001 records, most of them of positions that do not come.
+function bookFolder() {
+    const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'brenquil-'));
+    after(() => fs.rmSync(folder, { recursive: true }));
+    const book = Buffer.alloc(16 * 100_001);
+    for (let record = 0; record <= 100_000; ++record) {
+        book.writeBigUInt64BE((BigInt(record) * 0xffff_ffff_ffff_ffffn) / 100_000n, 16 * record);
+        book.writeUInt16BE(1, 16 * record + 10);
+    }
+    fs.writeFileSync(path.join(folder, 'large.bin'), book);
+    return folder;
+}
+
+test('the verdict of tables, where they are loaded', { timeout: 120_000, skip: syzygy === undefined && 'no tables beside the repository' }, async () => {
+    const { address } = await serve();
+    await withPage({}, async (page) => {
+        await open(page, address);
+        await page.evaluate(() => document.getElementById('tables').setAttribute('open', ''));
+        await page.setInputFiles('#table-files', ['KPvK.rtbw', 'KPvK.rtbz', 'KQvK.rtbw', 'KQvK.rtbz'].map((name) => path.join(syzygy, name)));
+        await page.waitForFunction(() => /Found \d+ tablebases/.test(document.getElementById('table-message').textContent));
+        for (const [fen, words] of [['8/8/8/8/4k3/8/4P3/4K3 w - - 0 1', 'Tables: a draw'], ['8/8/8/4K3/8/4P3/8/4k3 w - - 0 1', 'Tables: White wins'],
+            ['8/8/8/4K3/8/4P3/8/4k3 b - - 0 1', 'Tables: Black loses']]) {
+            await loadText(page, fen);
+            await page.waitForFunction((expected) => document.getElementById('verdict').textContent.startsWith(expected), words);
+        }
+    });
+});
+
+test('Chess960, the other colour, a clock, and a game from a position', { timeout: 180_000 }, async () => {
+    const { address } = await serve();
+    await withPage({}, async (page) => {
+        await open(page, address);
+        await page.selectOption('#colour', 'b');
+        await page.selectOption('#variant', 'chess960');
+        await page.selectOption('#strength', 'clock 60 0');
+        await page.click('#new-game');
+        await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 1);
+        assert.match(await page.textContent('#clock-bottom'), /^Black (1:00|0:5\d)$/);
+        assert.match(await page.inputValue('#fen-out'), /^[nbrqk]{8}\/pppppppp\/.* b [A-H]{2}[a-h]{2} /);
+        for (const pawn of ['a6', 'h6', 'e6']) {
+            const count = await page.locator('#moves button').count();
+            await type(page, pawn);
+            await page.waitForFunction((least) => document.querySelectorAll('#moves button').length >= least, count + 2);
+        }
+        // Without a clock, from a position that was loaded: the engine takes the side to move.
+        await loadText(page, 'k7/8/1K6/8/8/8/8/7R w - - 0 1');
+        await page.click('#tab-play');
+        await page.click('#engine-move');
+        await page.waitForFunction(() => /White plays Rh8#\. Checkmate: 1-0\./.test(document.getElementById('status').textContent));
+    });
+});
+
+test('a PGN by file and by drop, and what is copied reads back', { timeout: 120_000 }, async () => {
+    const { address } = await serve();
+    await withPage({ permissions: ['clipboard-read', 'clipboard-write'] }, async (page) => {
+        await open(page, address);
+        await page.evaluate(() => document.getElementById('exchange').setAttribute('open', ''));
+        const games = '[White "A"]\n\n1. e4 *\n\n[White "B"]\n\n1. d4 d5 2. c4 *\n';
+        await page.setInputFiles('#load-file', { name: 'two.pgn', mimeType: 'text/plain', buffer: Buffer.from(games) });
+        await page.waitForSelector('#game-choice:not([hidden])');
+        await page.selectOption('#game-number', '1');
+        assert.equal(await page.locator('#moves button').count(), 3);
+        await page.click('#copy-pgn');
+        await page.waitForFunction(() => /clipboard/.test(document.getElementById('status').textContent));
+        assert.match(await page.evaluate(() => navigator.clipboard.readText()), /\[White "B"\][^]*1\. d4 d5 2\. c4 \*/);
+        await page.evaluate(() => {
+            const data = new DataTransfer();
+            data.items.add(new File(['1. c4 e5 *'], 'one.pgn'));
+            document.body.dispatchEvent(new DragEvent('drop', { dataTransfer: data, bubbles: true, cancelable: true }));
+        });
+        await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 2);
+    });
+});
+
 for (const [name, options] of Object.entries({
     'desktop-light': { viewport: { width: 1280, height: 900 }, colorScheme: 'light' },
     'desktop-dark': { viewport: { width: 1280, height: 900 }, colorScheme: 'dark' },
@@ -252,14 +358,23 @@ for (const [name, options] of Object.entries({
             await type(page, 'e4');
             await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 2);
             await assertAccessible(page);
+            await page.evaluate(() => document.activeElement.blur());
             await shoot(page, `play-${name}`);
-            await page.click('#tab-analyse');
+            await loadText(page, shots === undefined ? ShortGame : Game);
+            await page.click('#evaluate');
+            await page.waitForFunction(() => /has been evaluated/.test(document.getElementById('status').textContent));
+            await page.click(`#moves button >> nth=${shots === undefined ? 3 : 13}`);
             await page.check('#analysing');
-            await page.waitForFunction(() => document.querySelectorAll('#lines li').length === 3);
+            await page.waitForFunction(() => /^Depth (8|9|\d\d)/.test(document.getElementById('figures').textContent) &&
+                document.querySelectorAll('#lines li').length === 3);
+            await page.evaluate(() => document.getElementById('exchange').removeAttribute('open'));
+            await shoot(page, `analyse-${name}`);
             await page.uncheck('#analysing');
             await page.evaluate(() => document.querySelectorAll('details').forEach((each) => each.setAttribute('open', '')));
+            await page.evaluate(() => {
+                document.getElementById('problem').textContent = 'Something is wrong.';
+            });
             await assertAccessible(page);
-            await shoot(page, `analyse-${name}`);
             assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
         });
     });
@@ -269,6 +384,23 @@ test('keyboard alone: tabs, board and moves', { timeout: 120_000 }, async () => 
     const { address } = await serve();
     await withPage({}, async (page) => {
         await open(page, address);
+        // On the board from a1: the knight from g1 to f3.
+        await page.focus('#board svg.cm-chessboard');
+        const press = async (key, times) => {
+            for (let round = 0; round < times; ++round) {
+                await page.keyboard.press(key);
+            }
+        };
+        await press('ArrowRight', 6);
+        await press('Enter', 1);
+        await press('ArrowUp', 2);
+        await press('ArrowLeft', 1);
+        await press('Enter', 1);
+        await page.waitForFunction(() => document.querySelector('#moves button')?.textContent === 'Nf3');
+        assert.match(await page.textContent('#text-board'), /White(, to move)?: king e1, .* knights b1 f3/);
+        await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 2);
+        await page.click('#take-back');
+        await page.waitForFunction(() => document.querySelectorAll('#moves button').length === 0);
         await page.focus('#tab-play');
         await page.keyboard.press('ArrowRight');
         assert.equal(await page.getAttribute('#tab-analyse', 'aria-selected'), 'true');

@@ -35,7 +35,8 @@ class Page {
     #pawns: (number | null)[] | null = null;
     #hasTables = false;
 
-    constructor() {
+    /** `onStarted`: called once, when the engine is there or has failed to start. */
+    constructor(onStarted: () => void = () => {}) {
         const fragment = new URLSearchParams(location.hash.slice(1));
         const wanted = fragment.get('variant');
         this.#service = new EngineService({
@@ -47,7 +48,7 @@ class Page {
         this.#graph = new GraphView(byId('graph'), (place) => this.#goTo(place));
         this.#bind();
         this.#show();
-        void this.#service.start();
+        void this.#service.start().then(onStarted);
     }
 
     // ---- what is seen
@@ -107,6 +108,7 @@ class Page {
         threads.replaceChildren(...Array.from({ length: most }, (_, index) => new Option(String(index + 1))));
         byId('engine-state').textContent = `${engine.name}, ${engine.variant === 'threads' ? `up to ${most} thread${most === 1 ? '' : 's'}` : 'one thread'}`;
         document.documentElement.dataset['engine'] = engine.variant;
+        performance.mark('engine-ready');
         this.#show();
         if (this.#mode === 'play') {
             void this.#engineMoves();
@@ -185,6 +187,25 @@ class Page {
         if (move !== null) {
             this.#play(move);
         }
+    }
+
+    /** The engine plays the side to move from now on, also from a position that was loaded. */
+    #letEngineMove(): void {
+        const { position, isAtEnd, length } = this.#record;
+        if (this.#record.outcome() !== null && isAtEnd) {
+            this.#problem('The game has ended.');
+            return;
+        }
+        byId('problem').textContent = '';
+        if (!isAtEnd) {
+            this.#record.takeBack(length - this.#record.place);
+            this.#pawns = null;
+            this.#graph.clear();
+        }
+        this.#human = position.turn === 'w' ? 'b' : 'w';
+        this.#pace = this.#clock === null ? readPace(byId<HTMLSelectElement>('strength').value) : this.#pace;
+        this.#show();
+        void this.#engineMoves();
     }
 
     #takeBack(): void {
@@ -387,6 +408,7 @@ class Page {
         });
         click('new-game', () => this.#newGame());
         click('take-back', () => this.#takeBack());
+        click('engine-move', () => this.#letEngineMove());
         click('to-start', () => this.#goTo(0));
         click('back', () => this.#goTo(this.#record.place - 1));
         click('forward', () => this.#goTo(this.#record.place + 1));
@@ -403,6 +425,13 @@ class Page {
         byId('analysing').addEventListener('change', () => {
             this.#service.rest();
             this.#show();
+        });
+        byId('strength').addEventListener('change', (event) => {
+            const pace = readPace((event.target as HTMLSelectElement).value);
+            // A clock cannot be changed in the middle of a game.
+            if (this.#clock === null && pace.kind === 'move') {
+                this.#pace = pace;
+            }
         });
         byId('line-count').addEventListener('change', () => this.#show());
         for (const [id, option] of [['threads', 'Threads'], ['hash', 'Hash']] as const) {
@@ -503,5 +532,10 @@ async function registerServiceWorker(): Promise<void> {
     }
 }
 
-void registerServiceWorker();
-new Page();
+// On a page that is isolated anyway the engine comes first, and what is kept for later, later.
+if (crossOriginIsolated) {
+    new Page(() => void registerServiceWorker());
+} else {
+    void registerServiceWorker();
+    new Page();
+}

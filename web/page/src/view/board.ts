@@ -28,6 +28,12 @@ export class BoardView {
                 { class: Accessibility, props: { language: 'en', keyboardMoveInput: true, movePieceForm: false, boardAsTable: false, piecesAsList: false } },
             ],
         });
+        // The board itself tells of a move given up by the mouse only.
+        element.addEventListener('keydown', (event) => {
+            if (event.key === 'Escape') {
+                this.#clearTargets();
+            }
+        });
     }
 
     get orientation(): Color {
@@ -62,6 +68,11 @@ export class BoardView {
         }
     }
 
+    #clearTargets(): void {
+        this.#board.removeMarkers(MARKER_TYPE.dot);
+        this.#board.removeMarkers(MARKER_TYPE.bevel);
+    }
+
     #movesBetween(from: string | undefined, to: string | undefined): Move[] {
         const moves = this.#position.legalMoves().filter((move) => move.from === from);
         const direct = moves.filter((move) => move.to === to && move.castling === undefined);
@@ -74,6 +85,7 @@ export class BoardView {
         if (event.type === INPUT_EVENT_TYPE.moveInputStarted) {
             const from = event.squareFrom ?? event.square;
             const moves = this.#position.legalMoves().filter((move) => move.from === from);
+            this.#clearTargets();
             for (const move of moves) {
                 this.#board.addMarker(move.captured === undefined ? MARKER_TYPE.dot! : MARKER_TYPE.bevel!, move.castling?.rook ?? move.to);
             }
@@ -101,8 +113,7 @@ export class BoardView {
             return true;
         }
         if (event.type === INPUT_EVENT_TYPE.moveInputFinished || event.type === INPUT_EVENT_TYPE.moveInputCanceled) {
-            this.#board.removeMarkers(MARKER_TYPE.dot);
-            this.#board.removeMarkers(MARKER_TYPE.bevel);
+            this.#clearTargets();
         }
         return undefined;
     }

@@ -26,8 +26,8 @@ export class GraphView {
                 legend: { show: false },
                 scales: { x: { time: false }, y: { range: [-10, 10] } },
                 axes: [
-                    { stroke: ink, grid: { stroke: line }, values: (_plot, ticks) => ticks.map((tick) => (Number.isInteger(tick / 2) ? String(tick / 2) : '')) },
-                    { stroke: ink, grid: { stroke: line }, size: 40 },
+                    { stroke: ink, grid: { stroke: line, width: 1 }, values: (_plot, ticks) => ticks.map((tick) => (Number.isInteger(tick / 2) ? String(tick / 2) : '')) },
+                    { stroke: ink, grid: { stroke: line, width: 1 }, size: 40, splits: () => [-10, -5, 0, 5, 10] },
                 ],
                 series: [{}, { stroke: accent, width: 2, fill: `${accent}33`, fillTo: 0, spanGaps: false, points: { size: 5 } }],
             }, data, this.#element);
