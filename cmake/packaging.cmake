@@ -94,7 +94,8 @@ function(write_package_documents folder readme packageChanges packageLicence pac
     file(READ "${PROJECT_SOURCE_DIR}/docs/front-ends.md" text)
     string(REPLACE "[README.md](../README.md)" "[${readme}](../${readme})" text "${text}")
     file(WRITE "${folder}/docs/front-ends.md" "${text}")
-    file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs")
+    # Those of the page belong to docs/web.md, which stays in the sources.
+    file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs" PATTERN "images/web" EXCLUDE)
 endfunction()
 
 if(WIN32)
