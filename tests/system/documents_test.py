@@ -8,6 +8,7 @@ README.md, CONTRIBUTING.md, CHANGELOG.md and docs/ mark up what they hold, and n
     ```console    a session with the engine: "> " marks what is typed, "..." stands for any lines
     ```ini        settings; below [Engine] they are options of the engine
     ```text       drawings and layouts; ```html, ```js: pieces of pages, which the tests of web/ run
+    ```bash       pieces for other programs, which clients_test.py runs; so are ```yaml, ```python and ```conf
     `code`        in a sentence: a command when it begins with a program, a path when it has a slash
 
 Each command has to name programs, options, stages, presets, targets and paths that exist; what is the reader's own
@@ -30,7 +31,7 @@ from engine_process import ENGINE, ROOT, VARYING, EngineTestCase, main, seconds,
 
 README, CONTRIBUTING = ROOT / "README.md", ROOT / "CONTRIBUTING.md"
 DOCUMENTS = [README, CONTRIBUTING, ROOT / "CHANGELOG.md", *sorted((ROOT / "docs").glob("*.md"))]
-KINDS = {"sh", "console", "ini", "text", "html", "js", "code", "link"}
+KINDS = {"sh", "console", "ini", "text", "html", "js", "bash", "yaml", "python", "conf", "code", "link"}
 PIECE = re.compile(r"^```(.*)\n((?:.*\n)*?)```$|`([^`]+)`|\]\(([^)]+)\)", re.MULTILINE)
 VARIABLES = r"(?:[A-Z_]+=\S+ )*"
 COMMAND = re.compile(VARIABLES + r"(?:\./(?:run|test|package)\b|"
