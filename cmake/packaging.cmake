@@ -5,17 +5,24 @@
 #   cd build/package && cpack -G DEB                 the Debian package
 #   cd build/package-windows && cpack -G ZIP         the archive for Windows
 #
-# ./package makes all three and sees to it that the bytes depend on the sources and the compilers alone. The component
+# ./package makes them all and sees to it that the bytes depend on the sources and the compilers alone. The component
 # `program` is what people get; `debian` has the same files where Debian's rules want them.
 
 include(GNUInstallDirs)
 
 set(packagingFolder "${PROJECT_BINARY_DIR}/packaging")
 
+string(TOLOWER "${CMAKE_SYSTEM_NAME}" systemName)
+string(TOLOWER "${CMAKE_SYSTEM_PROCESSOR}" processorName)
+if(processorName STREQUAL "amd64")
+    set(processorName x86_64)
+endif()
+
 # The day of the release is in the list of changes and nowhere else.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
     "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/LICENSE"
-    "${PROJECT_SOURCE_DIR}/docs/libraries.txt" "${PROJECT_SOURCE_DIR}/docs/front-ends.md")
+    "${PROJECT_SOURCE_DIR}/docs/libraries.txt" "${PROJECT_SOURCE_DIR}/docs/front-ends.md"
+    "${PROJECT_SOURCE_DIR}/docs/clients.md")
 string(REPLACE "." "\\." versionPattern "${PROJECT_VERSION}")
 file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" releaseLine REGEX "^## \\[${versionPattern}\\] - " LIMIT_COUNT 1)
 if(NOT releaseLine MATCHES " - ([0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9])$")
@@ -38,9 +45,24 @@ endif()
 # The same program for newer processors, which the packages carry beside the other; built in a folder of its own.
 set(BRENQUIL_V3_PROGRAM "" CACHE FILEPATH "The program for x86-64-v3 that is packed as brenquil-v3; empty: none")
 
+# The program by the name under which it talks strict UCI, for front ends that have no field for arguments: a link, and
+# where archives have none a copy.
+set(BRENQUIL_STRICT_NAME "brenquil-strict${CMAKE_EXECUTABLE_SUFFIX}")
+if(NOT WIN32)
+    file(MAKE_DIRECTORY "${packagingFolder}")
+    file(CREATE_LINK brenquil "${packagingFolder}/${BRENQUIL_STRICT_NAME}" SYMBOLIC)
+endif()
+
 # install_program(<folder> <component> [EXCLUDE_FROM_ALL])
 function(install_program folder component)
     install(TARGETS brenquil RUNTIME DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
+    if(WIN32)
+        install(PROGRAMS "$<TARGET_FILE:brenquil>" RENAME "${BRENQUIL_STRICT_NAME}"
+            DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
+    else()
+        install(FILES "${packagingFolder}/${BRENQUIL_STRICT_NAME}"
+            DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
+    endif()
     if(BRENQUIL_V3_PROGRAM)
         install(PROGRAMS "${BRENQUIL_V3_PROGRAM}" RENAME "brenquil-v3${CMAKE_EXECUTABLE_SUFFIX}"
             DESTINATION "${folder}" COMPONENT ${component} ${ARGN})
@@ -70,6 +92,15 @@ function(cut_sources_only variable)
     set(${variable} "${text}" PARENT_SCOPE)
 endfunction()
 
+if(processorName STREQUAL "x86_64")
+    string(CONCAT packageProcessors
+        "It runs on every x86-64 processor and counts bits by instruction where there\n"
+        "is one. Beside it lies `brenquil-v3`, the same program for processors from about 2013 on (x86-64-v3: AVX2 and "
+        "BMI2), where\nit is some percent faster; elsewhere it ends at once.")
+else()
+    set(packageProcessors "It runs on every 64-bit ARM processor.")
+endif()
+
 # write_package_documents(<folder> <readme> <changes> <licence> <libraries> <program>): the documents for people who only
 # use the engine, as they have neither sources nor tools: README.md from where it tells of front ends to its last
 # section, with a beginning and an end of its own, and docs/. The names are those of the package.
@@ -91,9 +122,11 @@ function(write_package_documents folder readme packageChanges packageLicence pac
     endforeach()
     file(WRITE "${folder}/${readme}" "${head}${text}${end}")
 
-    file(READ "${PROJECT_SOURCE_DIR}/docs/front-ends.md" text)
-    string(REPLACE "[README.md](../README.md)" "[${readme}](../${readme})" text "${text}")
-    file(WRITE "${folder}/docs/front-ends.md" "${text}")
+    foreach(name front-ends.md clients.md)
+        file(READ "${PROJECT_SOURCE_DIR}/docs/${name}" text)
+        string(REPLACE "[README.md](../README.md)" "[${readme}](../${readme})" text "${text}")
+        file(WRITE "${folder}/docs/${name}" "${text}")
+    endforeach()
     # Those of the page belong to docs/web.md, which stays in the sources.
     file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs" PATTERN "images/web" EXCLUDE)
 endfunction()
@@ -152,6 +185,16 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
     install(TARGETS brenquil-tables RUNTIME DESTINATION games COMPONENT debian EXCLUDE_FROM_ALL OPTIONAL)
     install_compressed("${packagingFolder}/brenquil.6" share/man/man6 brenquil.6)
     install_compressed("${packagingFolder}/brenquil-tables.6" share/man/man6 brenquil-tables.6)
+    # The same program by another name has the same page.
+    set(otherNames brenquil-strict)
+    if(BRENQUIL_V3_PROGRAM)
+        list(APPEND otherNames brenquil-v3)
+    endif()
+    foreach(name IN LISTS otherNames)
+        file(CREATE_LINK brenquil.6.gz "${packagingFolder}/${name}.6.gz" SYMBOLIC)
+        install(FILES "${packagingFolder}/${name}.6.gz" DESTINATION share/man/man6
+            COMPONENT debian EXCLUDE_FROM_ALL)
+    endforeach()
     install_compressed("${packagingFolder}/changelog.Debian" share/doc/brenquil changelog.Debian)
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" share/doc/brenquil changelog)
     string(CONCAT debianProgram
@@ -160,6 +203,9 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
         "containers: give\nthe whole path there, or put `/usr/games` into `PATH`.")
     write_package_documents("${packagingFolder}/debian" README.md changelog.gz copyright libraries.txt
         "${debianProgram}")
+    # XBoard and its like find engines here by themselves; the strict dialect is the one in which they may ponder.
+    install(FILES cmake/debian/brenquil.eng DESTINATION share/games/plugins/uci
+        COMPONENT debian EXCLUDE_FROM_ALL)
     install(FILES docs/libraries.txt cmake/debian/copyright
         DESTINATION share/doc/brenquil COMPONENT debian EXCLUDE_FROM_ALL)
     install(DIRECTORY "${packagingFolder}/debian/" DESTINATION share/doc/brenquil COMPONENT debian EXCLUDE_FROM_ALL)
@@ -167,11 +213,6 @@ if(NOT WIN32 AND BRENQUIL_GZIP)
         DESTINATION share/lintian/overrides COMPONENT debian EXCLUDE_FROM_ALL)
 endif()
 
-string(TOLOWER "${CMAKE_SYSTEM_NAME}" systemName)
-string(TOLOWER "${CMAKE_SYSTEM_PROCESSOR}" processorName)
-if(processorName STREQUAL "amd64")
-    set(processorName x86_64)
-endif()
 
 set(CPACK_PACKAGE_NAME brenquil)
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")

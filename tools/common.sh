@@ -65,7 +65,7 @@ configure() {
     release-clang | asan | fuzz)
         if ! command -v clang++ >/dev/null 2>&1; then arguments=("-DCMAKE_CXX_COMPILER=clang++-14"); fi
         ;;
-    windows | package-windows* | arm64 | web | web-single) ;;
+    windows | package-windows* | arm64 | package-arm64 | web | web-single) ;;
     pgo-*) folder=build/pgo compiler=${CXX:-$(find_gcc)} ;;
     *) compiler=${CXX:-$(find_gcc)} ;;
     esac

@@ -23,6 +23,10 @@ import zipfile
 from package_documents import document_faults
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests" / "system"))
+from determinism_test import signatures  # noqa: E402  (found through the path above)
+
+SMALL_BENCH = 4
 DIST = ROOT / "dist"
 EPOCH = int(os.environ.get("SOURCE_DATE_EPOCH", "0"))
 NOBODY = 65534
@@ -31,7 +35,7 @@ SUITE = "bookworm"
 # What the program says, does with files and searches; enough to know it for the one that ./test has tested.
 SYSTEM_TESTS = ("bench_signature_test.py", "console_texts_test.py", "program_files_test.py", "session_test.py")
 # What README.md links to.
-LINKED = {"docs/front-ends.md"} | {str(path.relative_to(ROOT)) for path in (ROOT / "docs").glob("images/*.png")}
+LINKED = {"docs/clients.md", "docs/front-ends.md"} | {str(path.relative_to(ROOT)) for path in (ROOT / "docs").glob("images/*.png")}
 SYSTEM_LIBRARIES = {"kernel32.dll", "msvcrt.dll"}
 BANNER_DATE = re.compile(r"^Brenquil \S+ x64 \((\w{3} \d{1,2} \d{4})\)$", re.MULTILINE)
 
@@ -111,11 +115,18 @@ class Documents(PackageCase):
         self.assertGreaterEqual(followed, 10)
 
     def test_of_the_linux_archive(self):
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         self.check()
 
+    def test_of_the_linux_archive_for_arm(self):
+        run("tar", "-xzf", the_one("*-linux-aarch64.tar.gz"), "-C", self.folder)
+        self.check()
+        readme = next(self.folder.rglob("README.md")).read_text(encoding="utf-8")
+        self.assertIn("64-bit ARM", readme)
+        self.assertNotIn("brenquil-v3", readme)
+
     def test_of_the_debian_package(self):
-        run("dpkg-deb", "--extract", the_one("*.deb"), self.folder)
+        run("dpkg-deb", "--extract", the_one("*_amd64.deb"), self.folder)
         self.check()
 
     def test_of_the_windows_archive(self):
@@ -129,7 +140,7 @@ class Sums(PackageCase):
         listed = dict(reversed(line.split()) for line in (DIST / "SHA256SUMS").read_text().splitlines())
         found = {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in DIST.iterdir()
                  if path.name != "SHA256SUMS"}
-        self.assertEqual(len(found), 3)
+        self.assertEqual(len(found), 5)
         self.assertEqual(listed, found)
 
 
@@ -147,31 +158,58 @@ class SameBytes(PackageCase):
 
 class LinuxArchive(PackageCase):
     def test_members(self):
-        with tarfile.open(the_one("*.tar.gz")) as archive:
+        self.check_members(the_one("*-linux-x86_64.tar.gz"), {"bin/brenquil-v3"})
+
+    def test_members_for_arm(self):
+        self.check_members(the_one("*-linux-aarch64.tar.gz"), set())
+
+    def check_members(self, path, more):
+        with tarfile.open(path) as archive:
             members = archive.getmembers()
         names = [member.name for member in members]
         self.assertEqual(names, sorted(names))
         self.assertEqual({(member.uid, member.gid, member.uname, member.gname) for member in members}, {(0, 0, "", "")})
         self.assertEqual({member.mtime for member in members}, {EPOCH})
+        links = {name.partition("/")[2]: member.linkname for name, member in zip(names, members) if member.issym()}
+        self.assertEqual(links, {"bin/brenquil-strict": "brenquil"})
         for member in members:
+            if member.issym():
+                continue
             self.assertEqual(member.mode, 0o755 if member.isdir() or "/bin/" in member.name else 0o644)
         files = {name.partition("/")[2] for name, member in zip(names, members) if member.isfile()}
-        self.assertEqual(files, {
-            "bin/brenquil", "bin/brenquil-v3", "bin/brenquil-tables", "share/man/man6/brenquil.6",
+        self.assertEqual(files, more | {
+            "bin/brenquil", "bin/brenquil-tables", "share/man/man6/brenquil.6",
             "share/man/man6/brenquil-tables.6"} | {
             "share/doc/brenquil/" + name
             for name in {"README.md", "CHANGELOG.md", "LICENSE", "libraries.txt"} | LINKED})
 
     def test_program(self):
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         program = next(self.folder.glob("*/bin/brenquil"))
         self.assert_plays(play(program, folder=self.folder))
         self.assertNotRegex(run("readelf", "--wide", "--program-headers", program), r"INTERP|DYNAMIC")
         self.assertIn("no symbols", run("nm", program))
         self.assert_tells_no_path(program)
 
+    def test_program_by_its_other_name_talks_strict_uci(self):
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
+        program = next(self.folder.glob("*/bin/brenquil-strict"))
+        self.assertIn("UCI_ShowWDL", play(program, folder=self.folder))
+        self.assertNotIn("UCI_ShowWDL", play(program.with_name("brenquil"), folder=self.folder))
+
+    def test_program_for_arm_in_the_emulator(self):
+        run("tar", "-xzf", the_one("*-linux-aarch64.tar.gz"), "-C", self.folder)
+        program = next(self.folder.glob("*/bin/brenquil"))
+        self.assertIn("AArch64", run("readelf", "--file-header", program))
+        self.assertNotRegex(run("readelf", "--wide", "--program-headers", program), r"INTERP|DYNAMIC")
+        self.assert_tells_no_path(program)
+        self.assert_plays(play("qemu-aarch64", program, folder=self.folder))
+        self.assertIn("UCI_ShowWDL", play("qemu-aarch64", "-0", "brenquil-strict", program, folder=self.folder))
+        signature = signatures()[SMALL_BENCH]
+        self.assertRegex(run("qemu-aarch64", program, "bench", SMALL_BENCH), rf"(?m)^{signature} nodes")
+
     def test_program_for_newer_processors(self):
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         program = next(self.folder.glob("*/bin/brenquil-v3"))
         self.assert_tells_no_path(program)
         # Instructions that the other one must not have.
@@ -182,24 +220,40 @@ class LinuxArchive(PackageCase):
             self.assert_plays(play(program, folder=self.folder))
 
     def test_program_passes_system_tests(self):
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         environment = dict(os.environ, BRENQUIL_ENGINE=str(next(self.folder.glob("*/bin/brenquil"))))
         for test in SYSTEM_TESTS:
             run(sys.executable, "-B", ROOT / "tests" / "system" / test, cwd=self.folder, env=environment)
 
     def test_manual(self):
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         for page in ("brenquil.6", "brenquil-tables.6"):
             run("mandoc", "-T", "lint", "-W", "warning", next(self.folder.glob("*/share/man/man6/" + page)))
 
 
 class DebianPackage(PackageCase):
     def test_lintian(self):
-        run("lintian", "--allow-root", "--fail-on", "error,warning", the_one("*.deb"))
+        for package in ("*_amd64.deb", "*_arm64.deb"):
+            run("lintian", "--allow-root", "--fail-on", "error,warning", the_one(package))
+
+    def test_for_arm_holds_the_program_of_the_archive(self):
+        run("dpkg-deb", "--extract", the_one("*_arm64.deb"), self.folder)
+        run("tar", "-xzf", the_one("*-linux-aarch64.tar.gz"), "-C", self.folder)
+        self.assertEqual((self.folder / "usr/games/brenquil").read_bytes(),
+                         next(self.folder.glob("*/bin/brenquil")).read_bytes())
+        self.assertEqual(run("dpkg-deb", "--field", the_one("*_arm64.deb"), "Architecture"), "arm64\n")
+
+    def test_list_of_engines_names_a_program_that_is_there(self):
+        run("dpkg-deb", "--extract", the_one("*_amd64.deb"), self.folder)
+        lines = (self.folder / "usr/share/games/plugins/uci/brenquil.eng").read_text().splitlines()
+        self.assertEqual(lines[0], "plugin spec 0.0")
+        program = self.folder / "usr/games" / lines[1]
+        self.assertIn("UCI_ShowWDL", play(program, folder=self.folder))
+        self.assertIn("chess", lines[2].split(","))
 
     def test_holds_the_program_of_the_archive(self):
-        run("dpkg-deb", "--extract", the_one("*.deb"), self.folder)
-        run("tar", "-xzf", the_one("*.tar.gz"), "-C", self.folder)
+        run("dpkg-deb", "--extract", the_one("*_amd64.deb"), self.folder)
+        run("tar", "-xzf", the_one("*-linux-x86_64.tar.gz"), "-C", self.folder)
         for name in ("brenquil", "brenquil-v3"):
             self.assertEqual((self.folder / "usr/games" / name).read_bytes(),
                              next(self.folder.glob(f"*/bin/{name}")).read_bytes())
@@ -209,7 +263,7 @@ class DebianPackage(PackageCase):
         run("debootstrap", "--variant=minbase", SUITE, root)
         before = self.files(root)
 
-        shutil.copy(the_one("*.deb"), root / "tmp" / "brenquil.deb")
+        shutil.copy(the_one("*_amd64.deb"), root / "tmp" / "brenquil.deb")
         self.in_root(root, "apt-get", "install", "--yes", "--no-install-recommends", "/tmp/brenquil.deb")
         self.assertIn("install ok installed", self.in_root(root, "dpkg", "--status", "brenquil"))
         self.assert_plays(play("chroot", f"--userspec={NOBODY}:{NOBODY}", root, "/usr/games/brenquil"))
@@ -244,11 +298,13 @@ class WindowsArchive(PackageCase):
             self.assertEqual(names, sorted(names))
             files = {name.partition("/")[2] for name in names if not name.endswith("/")}
             self.assertEqual(files, LINKED | {
-                "brenquil.exe", "brenquil-v3.exe", "brenquil-tables.exe", "README.txt", "CHANGELOG.txt",
+                "brenquil.exe", "brenquil-strict.exe", "brenquil-v3.exe", "brenquil-tables.exe", "README.txt", "CHANGELOG.txt",
                 "LICENSE.txt", "LIBRARIES.txt"})
             # Two seconds are the unit of time in such an archive.
             when = datetime.datetime.fromtimestamp(EPOCH - EPOCH % 2, datetime.timezone.utc)
             self.assertEqual({member.date_time for member in archive.infolist()}, {when.timetuple()[:6]})
+            programs = {name.rpartition("/")[2]: archive.read(name) for name in names if name.endswith(".exe")}
+            self.assertEqual(programs["brenquil-strict.exe"], programs["brenquil.exe"])
             for name in names:
                 if name.endswith(".txt"):
                     text = archive.read(name)

@@ -16,7 +16,7 @@ CACHED = re.compile(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", re.MULTILINE)
 SMALL = ("-DBRENQUIL_TESTS=OFF", "-DBRENQUIL_BENCH=OFF", "-DBRENQUIL_LTO=OFF")
 # Those of the presets that are for one compiler, by themselves or by their toolchain.
 OWN_COMPILER = {"release-clang", "asan", "fuzz", "windows", "package-windows", "package-windows-v3", "arm64",
-                "web", "web-single"}
+                "package-arm64", "web", "web-single"}
 
 
 def installed(*names):

@@ -33,7 +33,7 @@ class PackageDocuments(unittest.TestCase):
         return {path.name for path in self.folder.rglob("*")}
 
     def check(self, component, *expected):
-        self.assertLessEqual({"front-ends.md", *expected}, self.install(component))
+        self.assertLessEqual({"front-ends.md", "clients.md", *expected}, self.install(component))
         faults, followed = document_faults(self.folder)
         self.assertEqual(faults, [])
         self.assertGreaterEqual(followed, 10)
@@ -44,9 +44,13 @@ class PackageDocuments(unittest.TestCase):
 
     @unittest.skipUnless((BUILD / "packaging" / "debian").is_dir(), "no Debian package is made of this build")
     def test_of_the_debian_package(self):
-        self.check("debian", "README.md", "changelog.gz", "copyright", "brenquil.6.gz")
+        self.check("debian", "README.md", "changelog.gz", "copyright", "brenquil.6.gz", "brenquil.eng")
         readme = next(self.folder.rglob("README.md")).read_text()
         self.assertIn("/usr/games", readme)
+
+    def test_program_comes_by_its_strict_name_as_well(self):
+        names = self.install("program")
+        self.assertTrue({"brenquil-strict", "brenquil-strict.exe"} & names, names)
 
     def test_a_link_that_leads_nowhere_is_noticed(self):
         (self.folder / "there.md").write_text("# A heading, that `is` there\n")
