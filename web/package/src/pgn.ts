@@ -342,7 +342,8 @@ export function writePgn(game: Game): string {
     words.push(game.result);
     const lines: string[] = [];
     let line = '';
-    for (const word of words.join(' ').split(' ')) {
+    // What a program reads out of a comment, "[%eval 0.25]", stays on one line: many look for its blank.
+    for (const word of words.join(' ').match(/(?:\[%\w+ [^\]\n]*\]|\S)+/g) ?? []) {
         if (line !== '' && line.length + 1 + word.length > 80) {
             lines.push(line);
             line = '';

@@ -161,3 +161,12 @@ test('a picture of a game without moves, and of names that need quoting', () => 
     const picture = gameGraph(game!, { evaluations: [evaluation(0)], moments: [] });
     assert.match(picture, /A &amp; &lt;B&gt;/);
 });
+
+test('commands in comments are not divided between lines', () => {
+    const shuffle = 'Nf3 {[%eval 0.10]} Nf6 {[%eval -0.25]} Ng1 {[%eval 0.10] [%clk 0:01:00] more words} Ng8 {[%eval 0.00]} ';
+    const [game] = parsePgn(`${shuffle.repeat(9)}*`);
+    const written = writePgn(game!);
+    assert.equal(written.match(/\[%eval -?\d\.\d\d\]/g)!.length, 36);
+    assert.ok(written.split('\n').every((line) => line.length <= 80));
+    assert.equal(writePgn(parsePgn(written)[0]!), written);
+});
