@@ -429,6 +429,51 @@ test('the ten lines of docs/web.md work', { timeout: 120_000 }, async () => {
     });
 });
 
+test('the class Engine in a page: two at once, an end in a search, and errors that say what to do', { timeout: 120_000 }, async () => {
+    const isolated = await serve();
+    const plain = await serve({ isPlain: true });
+    for (const { address, variants } of [{ address: isolated.address, variants: ['threads', 'single'] }, { address: plain.address, variants: ['single'] }]) {
+        await withPage({ serviceWorkers: 'block' }, async (page) => {
+            await page.goto(`${address}LICENSES.txt`);
+            const told = await page.evaluate(async ({ names, mayThread }) => {
+                const { Engine } = await import('/dist/index.mjs');
+                const create = (options) => Engine.create({ workerUrl: '/dist/brenquil-worker.js', ...options });
+                const codeOf = (promise) => promise.then(() => 'none', (error) => `${error.code}: ${error.message}`);
+                const all = [];
+                for (const variant of names) {
+                    const engines = await Promise.all([create({ variant }), create({ variant })]);
+                    const results = await Promise.all(engines.map((engine) => engine.go({ depth: 6 })));
+                    all.push(results.map((result) => result.lines[0].nodes).join());
+                    const search = engines[0].go({});
+                    engines[0].terminate();
+                    all.push(await codeOf(search), await codeOf(engines[1].setOption('Hash', 16000)));
+                    all.push((await engines[1].go({ depth: 6 })).bestmove);
+                    engines[1].terminate();
+                    all.push(await codeOf(create({ variant, wasmUrl: '/nowhere.wasm' })));
+                }
+                all.push(await codeOf(create({ workerUrl: '/nowhere.js' })));
+                if (!mayThread) {
+                    all.push(await codeOf(create({ variant: 'threads' })), (await create({})).variant);
+                }
+                return all;
+            }, { names: variants, mayThread: variants.length === 2 });
+            for (const expected of variants) {
+                assert.equal(told.shift(), '11469,11469', expected);
+                assert.match(told.shift(), /^terminated: /);
+                assert.match(told.shift(), /^out-of-memory: .*16000 MB cannot be allocated/);
+                assert.equal(told.shift(), 'e2e4');
+                assert.match(told.shift(), /^file-not-found: .*nowhere\.wasm cannot be loaded/);
+            }
+            assert.match(told.shift(), /nowhere\.js cannot be loaded/);
+            if (variants.length === 1) {
+                assert.match(told.shift(), /^not-isolated: .*Cross-Origin-Opener-Policy: same-origin/);
+                assert.equal(told.shift(), 'single');
+            }
+            assert.deepEqual(told, []);
+        });
+    }
+});
+
 test('bench searches the same nodes in Chromium, in both flavours', { timeout: 900_000 }, async () => {
     const expected = /^10 (\d+)$/m.exec(fs.readFileSync(path.join(root, 'tests', 'system', 'bench_signature.txt'), 'utf8'))[1];
     const { address } = await serve();

@@ -49,7 +49,7 @@ export class BoardView {
         this.#position = position;
         void this.#board.setPosition(position.fen, true);
         this.#board.removeMarkers();
-        for (const square of last === null ? [] : [last.from, last.castling?.rook ?? last.to]) {
+        for (const square of last === null ? [] : [last.from, this.#target(last)]) {
             this.#board.addMarker(MARKER_TYPE.square, square);
         }
         if (this.#board.isMoveInputEnabled()) {
@@ -64,8 +64,13 @@ export class BoardView {
     showArrows(moves: readonly Move[]): void {
         this.#board.removeArrows();
         for (const [index, move] of moves.entries()) {
-            this.#board.addArrow(index === 0 ? ARROW_TYPE.success! : ARROW_TYPE.secondary!, move.from, move.castling?.rook ?? move.to);
+            this.#board.addArrow(index === 0 ? ARROW_TYPE.success! : ARROW_TYPE.secondary!, move.from, this.#target(move));
         }
+    }
+
+    /** In Chess960, where a king may castle onto the square on which he stands, castling is the king taking his rook. */
+    #target(move: Move): string {
+        return this.#position.chess960 && move.castling !== undefined ? move.castling.rook : move.to;
     }
 
     #clearTargets(): void {
@@ -87,7 +92,7 @@ export class BoardView {
             const moves = this.#position.legalMoves().filter((move) => move.from === from);
             this.#clearTargets();
             for (const move of moves) {
-                this.#board.addMarker(move.captured === undefined ? MARKER_TYPE.dot! : MARKER_TYPE.bevel!, move.castling?.rook ?? move.to);
+                this.#board.addMarker(move.captured === undefined ? MARKER_TYPE.dot! : MARKER_TYPE.bevel!, this.#target(move));
             }
             return moves.length > 0;
         }
