@@ -16,6 +16,20 @@
 #include <thread>
 #include <vector>
 
+#if defined(__linux__)
+#include <cstdlib>
+#include <sys/resource.h>
+#endif
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define BRENQUIL_IS_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define BRENQUIL_IS_SANITIZED
+#endif
+
 namespace brenquil {
 namespace {
 
@@ -304,6 +318,33 @@ TEST_F(Threads, WorkerStoppedByTheGameLengthEnds) {
     EXPECT_TRUE(Eventually([&] { return workers.Nodes() == 2; }));  // a node each
     workers.Stop();
 }
+
+#if defined(__linux__) && !defined(BRENQUIL_IS_SANITIZED)
+// A sanitizer would end the program itself.
+//
+// The tables and caches of a search are parts of its object, which is refused as a whole.
+TEST_F(Threads, SearchGoesOnWithoutTheWorkersThatMemoryIsRefusedFor) {
+    SetThreads(4);
+    CWorkerList workers(setup.Context());
+    const auto startWithoutMemory = [&] {
+        rlimit limit = {};
+        limit.rlim_cur = limit.rlim_max = 1;
+        if (setrlimit(RLIMIT_AS, &limit) != 0) {
+            std::_Exit(1);
+        }
+        // What the program has in reserve goes first.
+        static void* volatile last = nullptr;
+        for (std::size_t size = std::size_t{1} << 20U; size >= 1024; size /= 2) {
+            do {
+                last = std::malloc(size);
+            } while (last != nullptr);
+        }
+        workers.Start(setup.position);
+        std::_Exit(workers.Nodes() == 0 ? 0 : 1);
+    };
+    EXPECT_EXIT(startWithoutMemory(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST_F(ThreadsSlow, BoundlessNumberOfThreadsIsCutAt256) {
     CRollCall rollCall(setup.bases);
