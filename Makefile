@@ -57,7 +57,7 @@ else
     LDFLAGS_LTO := $(LTO)
 endif
 
-CXXFLAGS ?= -O3
+CXXFLAGS ?= -O2 -fno-tree-vectorize -fno-tree-slp-vectorize
 override CXXFLAGS += -std=c++20 -DNDEBUG -Isrc -DBRENQUIL_VERSION='"$(VERSION)"' -pthread -MMD -MP \
     -ffp-contract=off -fvisibility=hidden -fvisibility-inlines-hidden $(CXXFLAGS_SYSTEM) $(LTO)
 override LDFLAGS += -pthread $(LDFLAGS_SYSTEM) $(LDFLAGS_LTO)

@@ -38,6 +38,8 @@ target_compile_options(brenquil_options INTERFACE -ffp-contract=off)
 find_package(Threads REQUIRED)
 target_link_libraries(brenquil_options INTERFACE Threads::Threads)
 
+# The optimised presets ask for -O2 and no vectors. With GCC 12 the search takes 4 % longer with -O3, and 2 % longer with
+# vectors: it has no long loops, and fields that are written one by one and read as a vector stall the processor.
 if(BRENQUIL_LTO)
     include(CheckIPOSupported)
     check_ipo_supported(RESULT ltoWorks OUTPUT ltoMessage LANGUAGES CXX)
