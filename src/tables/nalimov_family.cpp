@@ -130,9 +130,11 @@ void CNalimovFamily::Read(Colour sideToMove, SolvedValues& values) {
 }
 
 std::uint64_t CNalimovFamily::MakingBytes(const Ending& ending) const {
-    // Behind the solving: contents of one file, and of what it becomes about as much at worst.
+    // Behind the solving: contents of one file, and what it becomes. Of all tables of three and
+    // four men that is two fifths at most, so half is room enough.
     const std::uint64_t file = std::max(NalimovPlaces(ending, 0), NalimovPlaces(ending, 1));
-    const std::uint64_t writing = 2 * KeptBytesOfSide(ending) + (writing_.plain ? 1 : 2) * file;
+    const std::uint64_t writing =
+        2 * KeptBytesOfSide(ending) + file + (writing_.plain ? 0 : file / 2);
     return std::max(SolvingBytes<DistanceToMate>(ending, setting_.workers.Count()), writing);
 }
 

@@ -34,7 +34,7 @@ constexpr const char* Usage =
        brenquil-tables check DIR                         hold every value against the rules
        brenquil-tables show 'FEN' DIR                    what the tables know of a position
        brenquil-tables statistics DIR                    counts, longest mates
-       brenquil-tables help [COMMAND] | --version
+       brenquil-tables [COMMAND] --help | --version
 
 WHAT is 3, 4 or 5, for all endings of up to so many men, or names of endings such as kqkr.
 What an ending can turn into is made with it.

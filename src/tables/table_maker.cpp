@@ -49,7 +49,23 @@ std::uint64_t BytesOf(const SolvedValues& values) {
     return bytes;
 }
 
+std::uint64_t BytesOf(const std::vector<std::uint8_t>& needed) {
+    std::uint64_t bytes = 0;
+    for (int number = 1; number <= EndingCount; ++number) {
+        for (const Colour colour : {White, Black}) {
+            if ((needed[static_cast<std::size_t>(number)] & SideBit(colour)) != 0) {
+                bytes += KeptBytesOfSide(EndingOf(number));
+            }
+        }
+    }
+    return bytes;
+}
+
 }  // namespace
+
+std::uint64_t BytesToMake(const ITableFamily& family, const Ending& ending) {
+    return family.MakingBytes(ending) + BytesOf(SidesNeeded(ending));
+}
 
 const SolvedEndings& CSolvedStore::SuccessorsOf(const Ending& ending, std::uint64_t workBytes) {
     return LoadAll(ending, SidesNeeded(ending), workBytes);
@@ -74,14 +90,7 @@ void CSolvedStore::Clear() noexcept {
 
 const SolvedEndings& CSolvedStore::LoadAll(const Ending& ending, const Sides& needed,
                                            std::uint64_t workBytes) {
-    std::uint64_t bytes = workBytes;
-    for (int number = 1; number <= EndingCount; ++number) {
-        for (const Colour colour : {White, Black}) {
-            if ((needed[static_cast<std::size_t>(number)] & SideBit(colour)) != 0) {
-                bytes += KeptBytesOfSide(EndingOf(number));
-            }
-        }
-    }
+    const std::uint64_t bytes = workBytes + BytesOf(needed);
     if (bytes > memoryBytes_) {
         constexpr std::uint64_t Gibibyte = std::uint64_t{1} << 30U;
         throw COutOfMemory("out of memory: " + ending.name + " needs " + SizeText(bytes) +

@@ -20,6 +20,9 @@ struct MakingPlan {
 /// Makes the wanted endings and all that they can turn into. Throws `CTableError`.
 void MakeTables(ITableFamily& family, const MakingPlan& plan, CProgress& progress);
 
+/// Bytes that making an ending takes at its peak, with what it can turn into.
+[[nodiscard]] std::uint64_t BytesToMake(const ITableFamily& family, const Ending& ending);
+
 /// Solved endings that are read or handed over, as many as the memory holds.
 class CSolvedStore {
 public:

@@ -311,13 +311,11 @@ std::string AsPicture(const std::vector<TableStatistics>& tables) {
         text += Label(20, y + 32, "start", 15, table.name);
         text += BarOf(table.sides[0], y + 8, "white");
         text += BarOf(table.sides[1], y + 30, "black");
-        std::string longest;
-        for (const SideStatistics& side : table.sides) {
-            if (!side.longestFen.empty() && !side.longestIsLoss) {
-                longest = "longest mate: " + std::to_string(side.longest) + " moves";
-                break;
-            }
-        }
+        // With the winner to move, as mates are counted in print.
+        const std::size_t columns =
+            std::max(table.sides[0].winsIn.size(), table.sides[1].winsIn.size());
+        const std::string longest =
+            columns == 0 ? "" : "longest mate: " + std::to_string(columns - 1) + " moves";
         text += Label(Left + 46, y + 66, "start", 11,
                       CountText(table.sides[0].Positions() + table.sides[1].Positions()) +
                           " positions" + (longest.empty() ? "" : "; " + longest));
