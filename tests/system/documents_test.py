@@ -259,10 +259,11 @@ class Documents(unittest.TestCase):
         architecture = [ROOT / "docs" / "architecture.md"]
 
         def check(_, text):
-            for name in re.findall(r"\b(?:[CI][A-Z]|[A-Z][a-z]+[A-Z])\w+", text):
+            for name in re.findall(r"\b(?:[CI][A-Z][a-z]|[A-Z][a-z]+[A-Z])\w+", text):
                 require(name in words, f"nothing is called {name}")
-        self.for_all(30, check, [*self.of_kind("code", r"[CI]?[A-Z]\w+(?:::\w+)?", architecture),
-                                 *self.of_kind("text", documents=architecture)])
+        drawings = [(file, 1, file.read_text()) for file in (ROOT / "docs" / "drawings").glob("*.svg")]
+        self.assertEqual(len(drawings), 3)
+        self.for_all(30, check, [*self.of_kind("code", r"[CI]?[A-Z]\w+(?:::\w+)?", architecture), *drawings])
 
     def test_settings_in_ini_blocks(self):
         def check(_, text):
