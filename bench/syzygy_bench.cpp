@@ -57,7 +57,7 @@ TbPosition RandomPosition(const TbCounts& counts, std::mt19937_64& random) {
     return position;
 }
 
-/// Positions of so many men that the tables answer.
+/// Positions of this many men that the tables answer.
 std::vector<TbPosition> AnsweredPositions(CSyzygyTables& tables, int men, std::size_t count) {
     std::mt19937_64 random(11);
     std::vector<TbCounts> materials;

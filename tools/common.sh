@@ -71,7 +71,7 @@ configure() {
     esac
     if [[ -n $compiler ]]; then
         known=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$folder/CMakeCache.txt" 2>/dev/null || true)
-        # Options may stand behind the program.
+        # Options may stand after the program.
         if [[ -n $known && $known != "$(command -v "${compiler%% *}")" ]]; then arguments=(--fresh); fi
         local -x CXX=$compiler
     fi

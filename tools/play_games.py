@@ -361,7 +361,7 @@ def play_game(plan):
 
 
 def play_all(plans, jobs):
-    """Plays games, so many at the same time, and yields each outcome as it comes. Every job is a
+    """Plays games, this many at the same time, and yields each outcome as it comes. Every job is a
     process of its own, so that no arbiter keeps another from reading the clock."""
     if jobs <= 1:
         yield from map(play_game, plans)
@@ -387,7 +387,7 @@ def chess960_fen(source, by_file=True):
 
 
 def random_opening(source, fen, plies, chess960):
-    """So many random moves from a position, never to one that has none."""
+    """This many random moves from a position, never to one that has none."""
     while True:
         position = Position(fen)
         moves = []

@@ -77,7 +77,7 @@ def main(arguments=None):
     parser.add_argument("--engine", required=True)
     parser.add_argument("--movetime", type=int, default=1000, help="ms for each position")
     parser.add_argument("--option", action="append", default=[], metavar="Name=Value")
-    parser.add_argument("--limit", type=int, default=0, help="only so many positions")
+    parser.add_argument("--limit", type=int, default=0, help="only this many positions")
     parsed = parser.parse_args(arguments)
 
     engine = UciProcess(parsed.engine, [text.split("=", 1) for text in parsed.option])

@@ -16,7 +16,7 @@ namespace brenquil {
 
 namespace capture_order {
 
-// By `PieceType`, the last entry for an empty square.
+/// By `PieceType`, the last entry for an empty square.
 inline constexpr std::array<int, 7> VictimValue = {1, 2, 2, 3, 4, 0, 0};
 inline constexpr std::array<int, 6> AttackerValue = {5, 4, 3, 2, 1, 0};
 // By `PromotionIndex`.

@@ -5,7 +5,7 @@
 // and subtracting units, all other moves leave it alone, as bishops never leave their colour.
 //
 // Up to 31 men of a colour no count can run over into the next one, so the key tells the material
-// exactly. Boards that are fuller than that can be set up; who reads the key asks
+// exactly. Boards that are fuller than that can be set up; whoever reads the key asks
 // `CPosition::HasExactMenKey` first.
 #pragma once
 

@@ -20,8 +20,8 @@ inline constexpr std::array<Score, 6> SeeValues = {100, 300, 300, 500, 900, 1000
 /// hold a man. En passant counts as taking nothing, a promotion earns nothing.
 [[nodiscard]] Score StaticExchange(const CPosition& position, Move move) noexcept;
 
-/// Is `StaticExchange` of the move negative. Costs half as much, for it follows the exchange only
-/// until one side can no longer come out ahead, and often does not look for attackers at all.
+/// Is `StaticExchange` of the move negative. Costs half as much, because it follows the exchange
+/// only until one side can no longer come out ahead, and often does not look for attackers at all.
 [[nodiscard]] bool LosesExchange(const CPosition& position, Move move) noexcept;
 
 }  // namespace brenquil

@@ -12,7 +12,8 @@
 // | BestMove   | the first move alone                  |
 //
 // A weight counts as a signed 16-bit number: from 32768 up it stands last. A book move is
-// pseudo-legal and no more: one that leaves the king in check is the affair of who made the book.
+// pseudo-legal and no more: one that leaves the king in check is no fault of the
+// engine.
 //
 // The book's file is replaced by the reading thread and questioned by it, and by the master's
 // thread at the end of a search. A new path therefore ends the search first.

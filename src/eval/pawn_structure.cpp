@@ -11,8 +11,8 @@ namespace brenquil {
 
 namespace {
 
-// By file, a to h, for both colours as it is. The negative entries at the edges are subtracted like
-// the others and so reward the pawn: deliberate.
+/// By file, a to h, for both colours as it is. The negative entries at the edges are subtracted
+/// like the others and so reward the pawn: deliberate.
 constexpr LineTable<TermPair> DoubledPenalty = {
     {{36, 46}, {9, 25}, {2, 31}, {23, 24}, {18, 21}, {20, 19}, {0, 29}, {26, 44}}};
 constexpr LineTable<TermPair> IsolatedPenalty = {
@@ -20,7 +20,7 @@ constexpr LineTable<TermPair> IsolatedPenalty = {
 constexpr LineTable<TermPair> BackwardPenalty = {
     {{-4, 2}, {3, 7}, {2, 13}, {21, 14}, {8, 7}, {7, 1}, {13, 1}, {-1, 3}}};
 
-// Danger on one file, by the rank of the lowest pawn seen from the king's side, 0 to 7.
+/// Danger on one file, by the rank of the lowest pawn seen from the king's side, 0 to 7.
 constexpr std::array<int, 8> ShelterOwn = {0, 0, 2, 2, 2, 2, 4, 0};
 constexpr std::array<int, 8> ShelterStorm = {0, 3, 2, 1, 0, 0, 0, 0};
 constexpr int ShelterMissing = 6;
@@ -112,8 +112,8 @@ void StoreSums(PawnEntry& entry, Colour colour, const PawnSums& sums) noexcept {
     entry.shelterDanger[colour] = sums.shelterDanger;
 }
 
-// The key goes first, with sums of zero, and the sums follow when they are known; another thread
-// that reads between the two uses a partial entry. That order is wanted.
+/// The key goes first, with sums of zero, and the sums follow when they are known; another thread
+/// that reads between the two uses a partial entry. That order is wanted.
 [[gnu::noinline]] void FillPawnEntry(PawnEntry& entry, const CPosition& position) noexcept {
     StoreSums(entry, White, PawnSums());
     StoreSums(entry, Black, PawnSums());

@@ -148,7 +148,7 @@ struct PrintedPair {
     const PrintedTable& endgame;
 };
 
-// By piece type.
+/// By piece type.
 constexpr std::array<PrintedPair, 6> PrintedTables = {{
     {PawnMiddlegame, PawnEndgame},
     {KnightMiddlegame, KnightEndgame},
@@ -158,8 +158,8 @@ constexpr std::array<PrintedPair, 6> PrintedTables = {{
     {KingMiddlegame, KingEndgame},
 }};
 
-// The printed rows run downwards, so White's square is the mirrored index and Black's the index
-// itself.
+/// The printed rows run downwards, so White's square is the mirrored index and Black's the index
+/// itself.
 constexpr PieceSquareTable BuildPieceSquare() noexcept {
     PieceSquareTable table{};
     for (std::size_t piece = 0; piece < table.size(); ++piece) {

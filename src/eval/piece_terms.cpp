@@ -17,7 +17,7 @@ constexpr TermPair Both(std::int32_t value) noexcept {
     return {value, value};
 }
 
-// By the number of squares reached.
+/// By the number of squares reached.
 constexpr std::array<TermPair, 9> KnightMobility = {
     {Both(-30), Both(-26), Both(-16), Both(0), Both(16), Both(26), Both(30), Both(33), Both(35)}};
 constexpr std::array<TermPair, 14> BishopMobility = {
@@ -42,7 +42,7 @@ constexpr std::array<TermPair, 15> RookMobility = {{{-44, -59},
 constexpr TermPair OpenFileBonus = Both(8);
 constexpr TermPair HalfOpenFileBonus = Both(4);
 
-// b5 to g5, c4 to f4, d3 and e3, and Black's mirror of them; by colour.
+/// b5 to g5, c4 to f4, d3 and e3, and Black's mirror of them; by colour.
 constexpr Bitboard WhiteOutposts = 0x0000007E3C180000;
 constexpr std::array<Bitboard, 2> OutpostSquares = {ReverseBytes(WhiteOutposts), WhiteOutposts};
 

@@ -12,8 +12,9 @@ std::uint64_t SteadyMilliseconds() noexcept {
         std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
-// Read before main. A constructor of another file that runs earlier still finds 0 here and measures
-// from the start of the machine, which does no harm to differences that stay on one side of main.
+/// Read before main. A constructor of another file that runs earlier still finds 0 here and
+/// measures from the start of the machine, which does no harm to differences that stay on one side
+/// of main.
 const std::uint64_t StartOfProgram = SteadyMilliseconds();
 
 }  // namespace

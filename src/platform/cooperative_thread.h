@@ -14,15 +14,15 @@ namespace brenquil {
 
 class CCooperativeThread {
 public:
-    // Notes the work. False when there is some already: there is one such thread.
+    /// Notes the work. False when there is some already: there is one such thread.
     [[nodiscard]] static bool Start(void (*entry)(void*), void* argument) noexcept;
 
-    // Runs the work to its end; returns at once when there is none, and when it is the work itself
-    // that calls.
+    /// Runs the work to its end; returns at once when there is none, and when it is the work itself
+    /// that calls.
     static void Finish() noexcept;
 
-    // Steps aside when the work has run for some milliseconds, `milliseconds` long at least. Does
-    // nothing outside the work, and while `Finish` waits for it.
+    /// Steps aside when the work has run for some milliseconds, `milliseconds` long at least. Does
+    /// nothing outside the work, and while `Finish` waits for it.
     static void StepAside(int milliseconds) noexcept;
 };
 

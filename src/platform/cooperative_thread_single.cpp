@@ -4,16 +4,16 @@
 #include <cstdint>
 #include <emscripten.h>
 
-// The host's half stands in web/engine/host.js.
+/// The host's half stands in web/engine/host.js.
 extern "C" {
 
-// Asks for a call of brenquil_run_thread from the event loop.
+/// Asks for a call of brenquil_run_thread from the event loop.
 void brenquil_schedule_thread();
 
-// Puts the frames of the work away and asks for their return after that many milliseconds.
+/// Puts the frames of the work away and asks for their return after that many milliseconds.
 void brenquil_suspend_thread(int milliseconds);
 
-// Brings the frames back at once and returns when the work has ended.
+/// Brings the frames back at once and returns when the work has ended.
 void brenquil_resume_thread();
 }
 
@@ -21,7 +21,7 @@ namespace brenquil {
 
 namespace {
 
-// Half of what people notice, so that `stop` is obeyed at once whatever else takes time.
+/// Half of what people notice, so that `stop` is obeyed at once whatever else takes time.
 constexpr std::uint32_t LongestTurn = 8;
 
 enum class State { None, Waiting, Running, Aside };
@@ -47,8 +47,8 @@ bool CCooperativeThread::Start(void (*entry)(void*), void* argument) noexcept {
     return true;
 }
 
-// Called by the host, also to bring the frames back; then everything up to the call in StepAside is
-// skipped.
+/// Called by the host, also to bring the frames back; then everything up to the call in StepAside
+/// is skipped.
 extern "C" EMSCRIPTEN_KEEPALIVE void brenquil_run_thread() {
     if (work.state != State::Waiting) {
         return;

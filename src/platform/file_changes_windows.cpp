@@ -10,7 +10,7 @@ namespace brenquil {
 
 namespace {
 
-// What the C library would have noted.
+/// What the C library would have noted.
 bool Note(bool succeeded) noexcept {
     if (!succeeded) {
         switch (GetLastError()) {
@@ -78,7 +78,7 @@ CFolderLock::~CFolderLock() {
     }
 }
 
-// A file that nobody else may open; the system removes it with its last handle.
+/// A file that nobody else may open; the system removes it with its last handle.
 bool CFolderLock::Take(const std::string& folder) {
     const std::string name = folder + "\\brenquil-tables.lock";
     HANDLE const file =

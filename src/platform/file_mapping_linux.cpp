@@ -10,13 +10,13 @@ namespace brenquil {
 
 namespace {
 
-// Opens for reading; below 0 when that fails.
+/// Opens for reading; below 0 when that fails.
 int OpenFile(const std::string& path) noexcept {
     // Not blocking: opening a named pipe must not wait for somebody to write to it.
     return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
 }
 
-// The size of an open regular file; nothing for anything else.
+/// The size of an open regular file; nothing for anything else.
 std::optional<std::uint64_t> SizeOfFile(int descriptor) noexcept {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) {

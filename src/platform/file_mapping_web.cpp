@@ -12,7 +12,7 @@ namespace brenquil {
 
 namespace {
 
-// The whole of a file of that size; nullptr when it cannot be read or there is no room for it.
+/// The whole of a file of that size; nullptr when it cannot be read or there is no room for it.
 std::uint8_t* ReadWholeFile(const std::string& path, std::size_t size) noexcept {
     std::FILE* const file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) {

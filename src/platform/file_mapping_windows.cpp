@@ -7,13 +7,13 @@ namespace brenquil {
 
 namespace {
 
-// Opens for reading; INVALID_HANDLE_VALUE when that fails.
+/// Opens for reading; INVALID_HANDLE_VALUE when that fails.
 HANDLE OpenFileForReading(const std::string& path) noexcept {
     return CreateFileW(WindowsName(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                        OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS, nullptr);
 }
 
-// The size of an open file; nothing for pipes and devices, which have names, too, but no length.
+/// The size of an open file; nothing for pipes and devices, which have names, too, but no length.
 std::optional<std::uint64_t> SizeOfFile(HANDLE file) noexcept {
     LARGE_INTEGER size = {};
     if (GetFileType(file) != FILE_TYPE_DISK || GetFileSizeEx(file, &size) == 0) {
@@ -22,7 +22,7 @@ std::optional<std::uint64_t> SizeOfFile(HANDLE file) noexcept {
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-// The whole of an open file as memory, nullptr when that fails.
+/// The whole of an open file as memory, nullptr when that fails.
 const std::uint8_t* MapWholeFile(HANDLE file) noexcept {
     HANDLE const mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
     if (mapping == nullptr) {

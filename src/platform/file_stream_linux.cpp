@@ -14,7 +14,7 @@ static_assert(sizeof(off_t) == sizeof(std::uint64_t));
 
 namespace {
 
-// What the first letter of a mode of the C library asks of the system.
+/// What the first letter of a mode of the C library asks of the system.
 int FlagsOf(const char* mode) noexcept {
     const bool isUpdate = std::strchr(mode, '+') != nullptr;
     const int access = isUpdate ? O_RDWR : *mode == 'r' ? O_RDONLY : O_WRONLY;

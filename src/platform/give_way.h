@@ -8,17 +8,17 @@
 
 namespace brenquil {
 
-// Called every few thousand nodes: lets waiting messages through when some milliseconds have passed
-// since that was done last. No locks are held, and the objects of the search are in a state in
-// which a command may ask it to stop.
+/// Called every few thousand nodes: lets waiting messages through when some milliseconds have
+/// passed since that was done last. No locks are held, and the objects of the search are in a state
+/// in which a command may ask it to stop.
 void GiveWay() noexcept;
 
-// Called again and again by a search that has nothing left to do but wait: sleeps for about a
-// millisecond.
+/// Called again and again by a search that has nothing left to do but wait: sleeps for about a
+/// millisecond.
 void Rest() noexcept;
 
-// Called before the caller waits for a word of the search: where threads do not run by themselves
-// the search runs to its end here.
+/// Called before the caller waits for a word of the search: where threads do not run by themselves
+/// the search runs to its end here.
 void LetSearchFinish() noexcept;
 
 }  // namespace brenquil

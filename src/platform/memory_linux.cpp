@@ -18,13 +18,13 @@ namespace {
 constexpr std::size_t HugePageSize = std::size_t{2} << 20U;
 constexpr std::uint64_t Unlimited = std::numeric_limits<std::uint64_t>::max();
 
-// `bytes` rounded up to whole pages; 0 when that is beyond the type.
+/// `bytes` rounded up to whole pages; 0 when that is beyond the type.
 std::size_t RoundToPages(std::size_t bytes) {
     const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return (bytes + pageSize - 1) / pageSize * pageSize;
 }
 
-// The number after the word `key` in a file of lines "key number", `missing` when there is none.
+/// The number after the word `key` in a file of lines "key number", `missing` when there is none.
 std::uint64_t ReadKey(const std::string& path, std::string_view key, std::uint64_t missing) {
     std::ifstream file(path);
     std::string word;
@@ -38,8 +38,8 @@ std::uint64_t ReadKey(const std::string& path, std::string_view key, std::uint64
     return missing;
 }
 
-// The number that is the whole of a file. `missing` when there is no such file and for the word
-// "max".
+/// The number that is the whole of a file. `missing` when there is no such file and for the word
+/// "max".
 std::uint64_t ReadNumber(const std::string& path, std::uint64_t missing) {
     std::ifstream file(path);
     std::uint64_t value = 0;
@@ -50,8 +50,8 @@ std::uint64_t Subtract(std::uint64_t left, std::uint64_t right) {
     return left - std::min(left, right);
 }
 
-// What the whole machine has left: the free memory, the file cache that it would drop, and the swap
-// space.
+/// What the whole machine has left: the free memory, the file cache that it would drop, and the
+/// swap space.
 std::uint64_t AvailableToMachine() {
     constexpr std::uint64_t Kibibyte = 1024;
     const std::uint64_t memory = ReadKey("/proc/meminfo", "MemAvailable:", Unlimited);
@@ -62,7 +62,7 @@ std::uint64_t AvailableToMachine() {
     return (memory + ReadKey("/proc/meminfo", "SwapFree:", 0)) * Kibibyte;
 }
 
-// The names under which one version of the control groups keeps its figures.
+/// The names under which one version of the control groups keeps its figures.
 struct GroupFiles {
     std::string_view mount;
     std::string_view
@@ -76,7 +76,7 @@ constexpr GroupFiles Version1 = {"/sys/fs/cgroup/memory", ":memory:", "/memory.l
                                  "/memory.usage_in_bytes", "total_cache"};
 constexpr GroupFiles Version2 = {"/sys/fs/cgroup", "0::", "/memory.max", "/memory.current", "file"};
 
-// The path of our own group, starting with a slash; empty when we are in none.
+/// The path of our own group, starting with a slash; empty when we are in none.
 std::string GroupPath(const GroupFiles& files) {
     std::ifstream groups("/proc/self/cgroup");
     std::string line;
@@ -89,9 +89,9 @@ std::string GroupPath(const GroupFiles& files) {
     return {};
 }
 
-// What the control groups leave us: the least of our group and of all groups around it. Inside a
-// container the path may name a folder that only the host can see; then just the outer folders
-// answer.
+/// What the control groups leave us: the least of our group and of all groups around it. Inside a
+/// container the path may name a folder that only the host can see; then just the outer folders
+/// answer.
 std::uint64_t AvailableToGroup(const GroupFiles& files) {
     std::uint64_t available = Unlimited;
     std::string path = GroupPath(files);

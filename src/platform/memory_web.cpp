@@ -9,12 +9,12 @@ namespace brenquil {
 
 namespace {
 
-// A cache line is all that the tables need.
+/// A cache line is all that the tables need.
 constexpr std::size_t Alignment = 64;
 
 }  // namespace
 
-// The browser tells nobody how much it would give. What it refuses, malloc refuses.
+/// The browser tells nobody how much it would give. What it refuses, malloc refuses.
 std::size_t AvailableMemory() noexcept {
     return emscripten_get_heap_max();
 }

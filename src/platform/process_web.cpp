@@ -2,7 +2,7 @@
 
 #include <emscripten.h>
 
-// The host's half stands in web/engine/host.js: it ends the worker in which all threads live.
+/// The host's half stands in web/engine/host.js: it ends the worker in which all threads live.
 extern "C" void brenquil_ended(int status);
 
 namespace brenquil {

@@ -9,7 +9,7 @@ namespace brenquil {
 
 namespace {
 
-// CON, AUX.txt and their like are devices in every directory; their full names say so.
+/// CON, AUX.txt and their like are devices in every directory; their full names say so.
 bool IsDevice(const std::wstring& name) noexcept {
     std::array<wchar_t, 16> fullName{};
     // The full name of a device is short. Of a longer one only the length comes back.

@@ -5,7 +5,7 @@ namespace brenquil {
 
 namespace {
 
-// Whose thread the cooperative one is.
+/// Whose thread the cooperative one is.
 const CThreadHandle* owner = nullptr;
 
 }  // namespace
@@ -14,7 +14,7 @@ CThreadHandle::~CThreadHandle() {
     Join();
 }
 
-// The search gets the one cooperative thread there is; its helpers get none.
+/// The search gets the one cooperative thread there is; its helpers get none.
 bool CThreadHandle::Start(void (*entry)(void*), void* argument) noexcept {
     Join();
     if (!CCooperativeThread::Start(entry, argument)) {

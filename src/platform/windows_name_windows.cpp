@@ -7,7 +7,7 @@ namespace brenquil {
 
 namespace {
 
-// Empty when the name is not written in that code page.
+/// Empty when the name is not written in that code page.
 std::wstring Convert(const std::string& name, UINT codePage) {
     const int bytes = static_cast<int>(name.size());
     const int length =

@@ -1,6 +1,6 @@
 // What is expected of a search beyond its answer. None of it changes the tree.
 //
-// A record with everything off is the settled way; who turns it on is the affair of the program.
+// A record with everything off is the settled way; the program decides who turns it on.
 #pragma once
 
 namespace brenquil {

@@ -118,7 +118,7 @@ private:
     std::mutex mutex_;  ///< guards changes of the list against `RequestStop`, and the flag
 };
 
-/// The one search thread of the program that talks. Its position is the game position: the one that
+/// The one search thread that reports. Its position is the game position: the one that
 /// `position`, `ucinewgame` and the console commands act on. All operations but `Run` are the
 /// reading thread's. In the program the object lives until the process ends, whatever its thread is
 /// doing.

@@ -15,11 +15,11 @@
 // and the ini file writer.
 //
 // All paths go through SetValue, which does nothing when the text does not change. Ranges and
-// choices are advertised and not enforced: who wants to asks Fitting first.
+// choices are advertised and not enforced: whoever wants that asks Fitting first.
 //
-// Nothing is called back while objects are being made. Who has to act on a change sets `onChange`;
-// once everything is there, one call of RunCallbacks for each group brings what the options steer
-// into line with their defaults.
+// Nothing is called back while objects are being made. Whoever has to act on a change sets
+// `onChange`; once everything is there, one call of RunCallbacks for each group brings what the
+// options steer into line with their defaults.
 //
 // Threads: options are set by the reading thread only. `enabled`, `number` and `choice` may be read
 // by any thread at any time, a relaxed load each. The strings belong to the reading thread alone:

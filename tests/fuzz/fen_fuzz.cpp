@@ -1,4 +1,4 @@
-// Any text as a FEN. The first line of an input is the text, each byte behind it chooses a move of
+// Any text as a FEN. The first line of an input is the text, each byte after it chooses a move of
 // the walk that follows.
 //
 // However strange the position: its fields agree with one another, the FEN that is written brings

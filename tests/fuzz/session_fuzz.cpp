@@ -1,6 +1,6 @@
 // Whole sessions: any bytes as what a person or a front end sends, line by line, to a whole engine.
 //
-// An input is text. A line that begins with "@" names what the lines behind it are:
+// An input is text. A line that begins with "@" names what the lines after it are:
 //
 //     @input       lines for the command loop; an input begins with these
 //     @together    lines for the command loop that do not wait for a search to end
@@ -255,7 +255,7 @@ private:
         return Pass(tame, input, waits);
     }
 
-    /// One pass of the command loop, and what must hold behind it.
+    /// One pass of the command loop, and what must hold after it.
     bool Pass(const std::string& line, std::istringstream& input, bool waits) {
         if (++passes_ > LargestNumberOfPasses) {
             return false;

@@ -204,7 +204,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t material = data[0] % Names.size();
     const bool isWdl = data[0] / Names.size() % 2 == 0;
     const unsigned choice = data[0] / (2 * Names.size());
-    // A copy of the exact size, because the fuzzer's own buffer has room behind it.
+    // A copy of the exact size, because the fuzzer's own buffer has room after it.
     const support::Bytes bytes(data + 1, data + size);
     if (isWdl) {
         ReadAndLookUp<TbEntry>(bytes, material, choice, ReadWdlTable);

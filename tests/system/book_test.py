@@ -39,7 +39,7 @@ class Book(EngineTest):
         self.load = "setoption name Book Path value my book.bin"
 
     def uci(self, *lines):
-        """What the lines are answered with, behind `uciok`."""
+        """What the lines are answered with, after `uciok`."""
         printed = self.run_lines("uci", *lines)
         return printed[printed.index("uciok\n") + 6:]
 

@@ -57,7 +57,7 @@ class EngineTest(unittest.TestCase):
         return done.stdout
 
     def run_lines(self, *lines):
-        """What the program prints on the lines and `quit`, behind its banner; text in Latin-1."""
+        """What the program prints on the lines and `quit`, after its banner; text in Latin-1."""
         data = b"".join((line if isinstance(line, bytes) else line.encode()) + b"\n" for line in (*lines, "quit"))
         printed = self.raw(data)
         banner = BANNER.match(printed)

@@ -161,7 +161,7 @@ def vocabulary(program):
     return set(re.findall(r"(?<![\w-])[\w-]+", text))
 
 
-# A name behind one of these words has to be one of these.
+# What stands after one of these words has to be one of these names.
 NAMED = [
     (r"cmake --preset (\S+)", lambda: presets("configurePresets")),
     (r"cmake --build --preset (\S+)", lambda: presets("buildPresets")),

@@ -9,7 +9,7 @@ MANUAL = ROOT / "docs" / "brenquil.6.in"
 
 
 def heads(section):
-    """The words of the paragraph heads (behind .TP) of a section, a list for each head."""
+    """The words of the paragraph heads (after .TP) of a section, a list for each head."""
     text = MANUAL.read_text().replace("\\\n", "")
     body = re.search(rf"^\.SH {section}\n(.*?)(?=^\.SH )", text, re.MULTILINE | re.DOTALL)[1]
     lines = re.findall(r"^\.TP\n\.\w+ (.*)\n", body, re.MULTILINE)

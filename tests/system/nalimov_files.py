@@ -10,7 +10,7 @@ DRAW = 0
 BROKEN = 127
 BANNER = b"Compressed by DATACOMP v 1.0 a notice\r\n"
 BLOCK = 8192
-NO_SLOTS = 25  # the size of the last block and 24 distances stand behind the sizes of the blocks
+NO_SLOTS = 25  # the size of the last block and 24 distances stand after the sizes of the blocks
 
 
 def square(name):

@@ -56,7 +56,7 @@ class Nalimov(EngineTest):
         self.load = path("tables")
 
     def uci(self, *lines):
-        """What the lines are answered with, behind `uciok`."""
+        """What the lines are answered with, after `uciok`."""
         printed = self.run_lines("uci", *lines)
         return printed[printed.index("uciok\n") + 6:]
 

@@ -91,7 +91,7 @@ class Quit(EngineTestCase):
         engine.uci()
         engine.send(f"setoption name Threads value {threads}", "position startpos")
         engine.is_read = False
-        # 64 KiB is what a pipe holds. No line of a search finds room behind these.
+        # 64 KiB is what a pipe holds. No line of a search finds room after these.
         engine.send(*["isready"] * (65536 // len("readyok\n") - 2), "go infinite")
         time.sleep(1)
         return engine

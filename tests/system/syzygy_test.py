@@ -77,7 +77,7 @@ class SyzygyTest(EngineTestCase):
         return without_figures(engine.search(f"position fen {fen}", line))
 
     def listing(self, engine, fen):
-        """The rows of `moves`, the program being in console mode behind it."""
+        """The rows of `moves`, which leaves the program in console mode."""
         engine.send("console", f"fen {fen}", "moves", "fen")
         return engine.until(lambda line: line == fen)[:-1]
 
@@ -278,7 +278,7 @@ class Damage(SyzygyTest):
                 engine = self.load()
                 lines = [*self.go(engine, ROOK_FEN, "go depth 2"), *self.go(engine, ROOK_FEN, "go depth 2")]
                 self.assertEqual(lines[0], "Corrupted table.")
-                # Behind White's moves Black is to move, with the same material and the same key.
+                # After White's moves Black is to move, with the same material and the same key.
                 self.assertEqual(lines.count("Corrupted table."), 1, lines)
                 self.assertEqual(self.go(engine, BISHOP_FEN)[0][:28], answer(0, "")[0][:28])
                 self.assert_quits(engine)

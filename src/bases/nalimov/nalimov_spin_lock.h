@@ -19,7 +19,7 @@ public:
     CSpinLock& operator=(const CSpinLock&) = delete;
     ~CSpinLock() = default;
 
-    // The names are those that the standard library's guards call.
+    /// The names are those that the standard library's guards call.
     void lock() noexcept {  // NOLINT(readability-identifier-naming)
         while (word_.exchange(1, std::memory_order_acquire) != 0) {
             for (int spins = 0; word_.load(std::memory_order_relaxed) != 0; ++spins) {

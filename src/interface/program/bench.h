@@ -1,9 +1,9 @@
 // The `bench` argument of the command line: speed and signature of the search.
 //
-// A fixed list of positions is searched to a fixed depth, one thread, a new game before each, by
-// the same code that obeys `go depth`. The total of nodes identifies the behaviour of the whole
-// engine: it is the same on every compiler, build type and machine, and changes only when the
-// behaviour does.
+// A fixed list of positions is searched to a fixed depth, a new game before each, by the same code
+// that obeys `go depth`. With the default settings the total of nodes identifies the behaviour of
+// the whole engine: it is the same on every compiler, build type and machine, and changes only when
+// the behaviour does.
 #pragma once
 
 #include "interface/dialect.h"

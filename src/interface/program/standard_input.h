@@ -2,7 +2,7 @@
 //
 // The reading thread waits for searches: for the end of one before it changes what that reads, and
 // for one that is writing a line before it writes its own. Both are over in a moment, unless nobody
-// reads what the program writes; then they last for ever, and the `quit` behind them would never be
+// reads what the program writes; then they last for ever, and the `quit` after them would never be
 // seen. So in a wait that gets long a thread of this object reads on in the reading thread's place,
 // and when it comes upon a command that ends the program, the program ends.
 //
@@ -27,7 +27,7 @@ namespace brenquil {
 /// may still bring a line: then its thread could not end.
 class CStandardInput final : public ILineSource {
 public:
-    /// The bytes that are read ahead at most; a `quit` further behind is not found.
+    /// The bytes that are read ahead at most; a `quit` further on is not found.
     static constexpr std::size_t MostBytesAhead = 16U << 20U;
 
     /// @param stream  outlives this object

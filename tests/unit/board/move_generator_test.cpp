@@ -215,7 +215,7 @@ TEST(GenerateMoves, DropsWhatFindsNoRoomWhateverKindOfMoveItIs) {
     const CPosition position = FromFen("1n2k3/P7/8/2PpP3/8/8/1N4P1/R3K2R w KQ d6 0 1");
     const std::vector<std::uint32_t> all = GeneratedWords(position, MoveKinds::All);
     for (std::int32_t room = 0; room <= static_cast<std::int32_t>(all.size()); ++room) {
-        // On the heap, where a write behind the end is seen by the sanitizers.
+        // On the heap, where the sanitizers see a write past the end.
         const auto list = std::make_unique<MoveList>();
         while (list->count < MoveList::Capacity - room) {
             list->Append(Move{0x10001});

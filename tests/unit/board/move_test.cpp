@@ -81,7 +81,7 @@ TEST(ListOfMoves, AppendsInOrderAndDropsTheLast) {
 }
 
 TEST(ListOfMoves, TakesTwoHundredAndTwentyMovesAndNoMore) {
-    // On the heap, where a write behind the end is seen by the sanitizers.
+    // On the heap, where the sanitizers see a write past the end.
     const auto list = std::make_unique<MoveList>();
     for (unsigned i = 1; i <= 230; ++i) {
         list->Append(Move{i});

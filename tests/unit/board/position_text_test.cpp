@@ -148,7 +148,7 @@ TEST(SetFen, GivesTheMoveToWhiteUnlessTheFieldIsExactlyASmallB) {
 
 TEST(SetFen, SkipsOtherCharactersOfARowWithoutAdvancing) {
     EXPECT_EQ(Reread("4xk0!93/8/8/8/8/8/8/4K3 w - - 0 1"), "4k3/8/8/8/8/8/8/4K3 w - - 0 1");
-    EXPECT_EQ(Reread("44k/8"), "8/8/8/8/8/8/8/8 w - - 0 1");  // behind h8 nothing is written
+    EXPECT_EQ(Reread("44k/8"), "8/8/8/8/8/8/8/8 w - - 0 1");  // nothing is written past h8
 }
 
 TEST(SetFen, LetsALongRowRunOnAndLaterRowsOverwrite) {

@@ -86,7 +86,7 @@ private:
         return Values[static_cast<std::size_t>(type)];
     }
 
-    /// What the side that made the last capture, with the balance `won` behind it, keeps when
+    /// What the side that made the last capture, with the balance `won` after it, keeps when
     /// `side` may take the man of type `standing`.
     int Continue(int won, int standing, int side) {
         const std::vector<int> attackers = slow_.Attackers(to_, side);

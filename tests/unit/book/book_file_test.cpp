@@ -102,7 +102,7 @@ TEST_F(BookFile, EveryKeyOfABookIsFoundWhereverItStands) {
 }
 
 TEST_F(BookFile, KeysAreComparedAsUnsignedNumbers) {
-    // 0x823C... is negative as a signed number and stands behind 0x463B....
+    // 0x823C... is negative as a signed number and stands after 0x463B....
     Open(test::CBookBuilder().Add(AfterE4, "e7e5", 1).Add(StartFen, "e2e4", 2).AddRaw(1, 796, 3));
     EXPECT_EQ(Moves(AfterE4), Strings{"e7e5 1"});
     EXPECT_EQ(Moves(StartFen), Strings{"e2e4 2"});

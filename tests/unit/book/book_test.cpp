@@ -42,7 +42,7 @@ protected:
         return book.PickMove(move, position) ? TextOf(move, position) : std::string();
     }
 
-    /// How often each move came in so many draws from the start position.
+    /// How often each move came in this many draws from the start position.
     std::map<std::string, int> Draw(int draws) {
         CPosition position;
         std::map<std::string, int> counts;
@@ -214,7 +214,7 @@ TEST_F(Book, BestOfTwoMovesOfEqualWeightIsTheFirstInTheFile) {
 }
 
 TEST_F(Book, SortByExchangeCarriesAnEarlyMoveBehindItsEquals) {
-    // The heaviest third one changes places with the first, which then stands behind the second.
+    // The heaviest third one changes places with the first, which then stands after the second.
     Load(test::CBookBuilder()
              .Add(StartFen, "a2a3", 1)
              .Add(StartFen, "b2b3", 1)

@@ -6,7 +6,7 @@
 
 namespace brenquil {
 
-/// The line without the words time, nps and cpuload and the numbers behind them.
+/// The line without the words time, nps and cpuload and the numbers after them.
 [[nodiscard]] inline std::string WithoutVaryingFigures(std::string line) {
     for (const std::string_view word : {" time ", " nps ", " cpuload "}) {
         const std::size_t start = line.find(word);

@@ -146,12 +146,12 @@ std::optional<Move> LegalCastling(CPosition& position) {
     return std::nullopt;
 }
 
-/// Men of Black to move, a move of Black, and White's castling that is legal behind it.
+/// Men of Black to move, a move of Black, and White's castling that is legal after it.
 struct Case {
     Men men;
     Move first;
     Move castling;
-    std::string fenAfter;  ///< behind the first move, with the right of the inner rook
+    std::string fenAfter;  ///< after the first move, with the right of the inner rook
 };
 
 Case RandomCase(std::mt19937_64& random) {
@@ -254,7 +254,7 @@ TEST_F(TwoCastlingSets, LinesFollowTheRulesAndLeaveThePositionWhole) {
         limits.searchmoves.Append(one.castling);
         (void)Think(limits);
         // The same men one move before, with each rook's right: the table's castling is legal
-        // behind that move in one of them.
+        // after that move in one of them.
         for (const char rook : {one.men.outer, one.men.inner}) {
             setup.Set(one.men.WithRight(rook));
             replies += Think(ToDepth(Shallow));

@@ -28,7 +28,7 @@ std::uint32_t ErrorOf(const Bytes& file) {
     return error;
 }
 
-/// Decodes a block of a file in memory; empty when that fails. What lies behind the target's spare
+/// Decodes a block of a file in memory; empty when that fails. What lies past the target's spare
 /// bytes must stay untouched.
 Bytes Decode(const DataCompInfo& info, const Bytes& file, std::uint32_t block) {
     constexpr std::uint8_t Guard = 0xA5;

@@ -214,7 +214,7 @@ TEST_F(NalimovRegistration, SplitTableWithMissingExtentCounts) {
     EXPECT_TRUE(HasFile(*tables, "knnknp", 0, 0));
     EXPECT_TRUE(HasFile(*tables, "knnknp", 0, 1));
     EXPECT_FALSE(HasFile(*tables, "knnknp", 0, 2));
-    EXPECT_FALSE(HasFile(*tables, "knnknp", 0, 3)) << "behind the first gap nothing is looked for";
+    EXPECT_FALSE(HasFile(*tables, "knnknp", 0, 3)) << "nothing is looked for after the first gap";
 }
 
 TEST_F(NalimovRegistration, ExtentsBeyondTheNinthHaveLetters) {

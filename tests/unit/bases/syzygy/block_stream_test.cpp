@@ -193,7 +193,7 @@ TEST(BlockStreams, RowsThatLeadOutsideAreRefused) {
     };
     EXPECT_FALSE(isSoundWith(3, 1)) << "a block far away";
     EXPECT_FALSE(isSoundWith(4, 0)) << "a first row that begins before the first value";
-    EXPECT_FALSE(isSoundWith(parts.indexTable.size() - 1, 255)) << "a row behind the last value";
+    EXPECT_FALSE(isSoundWith(parts.indexTable.size() - 1, 255)) << "a row after the last value";
     EXPECT_FALSE(ReadParts(parts, values.size() + 2000, true).isSound) << "too few values";
 }
 

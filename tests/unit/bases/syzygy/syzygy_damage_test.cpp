@@ -167,12 +167,12 @@ TEST_F(SyzygyDamage, AListOfDistancesThatIsTooShortFailsTheProbe) {
     support::WriteBytes(folder / "KRvK.rtbz", bytes);
     Reload();
     EXPECT_GT(Dtz("8/8/8/3k4/8/8/8/KR6 w - - 0 1"), 20);
-    // The list of wins begins behind the stream's header; find it by its first entries.
+    // The list of wins begins after the stream's header; find it by its first entries.
     const std::uint8_t start[] = {0, 2, 4};
     const auto list = std::search(bytes.begin(), bytes.end(), std::begin(start), std::end(start));
     ASSERT_NE(list, bytes.end());
     ASSERT_GT(*(list - 1), 10);
-    // The entries stay, as an empty list of another class: nothing behind them moves.
+    // The entries stay, as an empty list of another class: nothing after them moves.
     support::Bytes shorter = bytes;
     const auto at = list - bytes.begin();
     shorter[static_cast<std::size_t>(at) + 1] =

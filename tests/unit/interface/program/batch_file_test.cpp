@@ -84,7 +84,7 @@ TEST_F(BatchFile, LinesWithoutCommentsAndBlanksAreQueued) {
 
 TEST_F(BatchFile, HashAtTheStartMakesTheWholeLineAComment) {
     folder.Write("a.cmd", "#new\n  # e2e4\n e2e4#e7e5\n##\n   \nfen #\n");
-    // Only the very first character counts: behind a blank the hash leaves an empty command.
+    // Only the very first character counts: after a blank the hash leaves an empty command.
     EXPECT_EQ(Queued("a"), (Strings{"e2e4", "fen"}));
 }
 
