@@ -9,7 +9,6 @@
 #include "board/types.h"
 
 #include <cstdint>
-#include <span>
 
 namespace brenquil {
 
@@ -40,8 +39,6 @@ struct MoveList {
     [[nodiscard]] constexpr Move operator[](std::int32_t index) const noexcept {
         return moves[index];
     }
-
-    [[nodiscard]] constexpr std::span<const Move> Used() const noexcept { return {begin(), end()}; }
 
     [[nodiscard]] constexpr const Move* begin() const noexcept { return moves.begin(); }
 

@@ -36,11 +36,6 @@ inline constexpr Score DrawScore = 0;
     return score < -(MateBound - 1);
 }
 
-/// A mate for either side.
-[[nodiscard]] constexpr bool IsMateScore(Score score) noexcept {
-    return IsMateWin(score) || IsMateLoss(score);
-}
-
 /// Half-moves from the root to the mate that the score announces, negative for the side that is
 /// mated. 0 for any other score, and for a mate that stands on the board.
 [[nodiscard]] constexpr int MateDistance(Score score) noexcept {

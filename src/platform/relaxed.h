@@ -6,12 +6,10 @@
 // them free of data races by the letter of the language.
 //
 // Use it like a plain variable: read it by name, assign to it. There is deliberately no `+=` or
-// `++`: whether an addition must be safe against other writers is a decision, so it has two names.
-// `FetchAdd` loses nothing; `AddLossily` is for a counter that only one thread changes, and for a
+// `++`: `AddLossily` says what it does, and is for a counter that only one thread changes, and for a
 // figure in which a lost addition now and then does no harm.
 //
-// Cost: reads, writes and `AddLossily` are the instructions of a plain variable. `FetchAdd` is
-// a locked instruction.
+// Cost: that of a plain variable.
 #pragma once
 
 #include <atomic>
@@ -87,10 +85,6 @@ public:
     [[nodiscard]] T Load() const noexcept { return value_.load(std::memory_order_relaxed); }
 
     void Store(T value) noexcept { value_.store(value, std::memory_order_relaxed); }
-
-    /// Adds `amount` in one indivisible step and returns the value before it. For any number of
-    /// writers.
-    T FetchAdd(T amount) noexcept { return value_.fetch_add(amount, std::memory_order_relaxed); }
 
     /// Adds `amount` by a read and a write. What a second thread adds in between is lost.
     void AddLossily(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }

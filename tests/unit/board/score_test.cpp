@@ -27,14 +27,6 @@ TEST(Score, ShorterMatesCountMore) {
     EXPECT_LT(MatedAt(2), MatedAt(4));
 }
 
-TEST(Score, MateScoreIsEitherBand) {
-    EXPECT_TRUE(IsMateScore(31746));
-    EXPECT_TRUE(IsMateScore(-31746));
-    EXPECT_FALSE(IsMateScore(31745));
-    EXPECT_FALSE(IsMateScore(-31745));
-    EXPECT_FALSE(IsMateScore(DrawScore));
-}
-
 TEST(Score, DistanceCountsHalfMovesAndIsNegativeForTheMatedSide) {
     EXPECT_EQ(MateDistance(31999), 1);
     EXPECT_EQ(MateDistance(31746), 254);

@@ -144,7 +144,7 @@ TEST(PawnHashThreads, ShareOneSmallTable) {
             for (std::size_t i = 0; i < 4 * fens.size(); ++i) {
                 CPositionText(position).SetFen(fens[(i + thread * 5) % fens.size()]);
                 shared.Prefetch(position.pawnKingKey);
-                if (IsMateScore(evaluation.Evaluate(WideAlpha, WideBeta))) {
+                if (MateDistance(evaluation.Evaluate(WideAlpha, WideBeta)) != 0) {
                     ++unordinary[thread];
                 }
             }

@@ -202,7 +202,7 @@ TEST_F(Node, LineEndsWhereAnExactEntryAnswered) {
     const SearchRecord record = setup.ThinkToDepth(3);
     ASSERT_EQ(record.pvs.size(), 3U);
     for (const SearchRecord::Pv& pv : record.pvs) {
-        EXPECT_EQ(LineText(pv.line.Used()), "g1h3");
+        EXPECT_EQ(LineText(pv.line), "g1h3");
         EXPECT_EQ(pv.report.score, 500);
         // A root and twenty answers each time; the first time the best move is searched again.
         EXPECT_EQ(pv.statistics.nodes, 1 + 21U * static_cast<std::uint64_t>(pv.report.depth));

@@ -259,7 +259,7 @@ TEST_F(Root, EmptyLineIsFilledFromTheTable) {
     CFakeWorkers workers;
     setup.ThinkOn(Depth(2), receiver, workers);
     EXPECT_EQ(MoveName(receiver.record.best), "b2b3");
-    EXPECT_EQ(LineText(receiver.record.pvs.back().line.Used()), "b2b3");
+    EXPECT_EQ(LineText(receiver.record.pvs.back().line), "b2b3");
 }
 
 TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
@@ -278,9 +278,9 @@ TEST_F(Root, LineFromTheTableIsAtMostAsLongAsTheIteration) {
     CFakeWorkers workers;
     setup.ThinkOn(Depth(6), receiver, workers);
     ASSERT_EQ(receiver.record.pvs.size(), 6U);
-    EXPECT_EQ(LineText(receiver.record.pvs[0].line.Used()), "e2e4");
-    EXPECT_EQ(LineText(receiver.record.pvs[2].line.Used()), "e2e4 e7e5 g1f3");
-    EXPECT_EQ(LineText(receiver.record.pvs[5].line.Used()), "e2e4 e7e5 g1f3 b8c6");
+    EXPECT_EQ(LineText(receiver.record.pvs[0].line), "e2e4");
+    EXPECT_EQ(LineText(receiver.record.pvs[2].line), "e2e4 e7e5 g1f3");
+    EXPECT_EQ(LineText(receiver.record.pvs[5].line), "e2e4 e7e5 g1f3 b8c6");
     EXPECT_EQ(MoveName(receiver.record.ponder), "e7e5");
 }
 
@@ -366,7 +366,7 @@ TEST_F(Root, LineFromTheTableEndsBeforeASpecialMoveOfAnotherPosition) {
         CRecordingReceiver receiver;
         CFakeWorkers workers;
         setup.ThinkOn(Depth(4), receiver, workers);
-        EXPECT_EQ(LineText(receiver.record.pvs.back().line.Used()), one.first) << one.fen;
+        EXPECT_EQ(LineText(receiver.record.pvs.back().line), one.first) << one.fen;
     }
 }
 
@@ -423,7 +423,7 @@ TEST_F(Root, With20LinesThe19FirstTriedArePrintedBestFirst) {
     for (std::size_t i = 0; i < 19; ++i) {
         EXPECT_EQ(record.pvs[i].report.multiPv, static_cast<std::int32_t>(i + 1));
         EXPECT_EQ(record.pvs[i].report.score, static_cast<Score>(18 - i) * 3);
-        EXPECT_EQ(LineText(record.pvs[i].line.Used()), tried[18 - i]);
+        EXPECT_EQ(LineText(record.pvs[i].line), tried[18 - i]);
     }
     EXPECT_EQ(MoveName(record.best), tried.back());
 }

@@ -49,7 +49,7 @@ void CRecordingReceiver::SetRoot(const CPosition& root) {
 
 void CRecordingReceiver::PrintPv(const PvReport& report, const SearchStatistics& figures) {
     record.texts.push_back(PvText(report.depth, report.selectiveDepth, report.score, report.alpha,
-                                  report.beta, report.multiPv, report.line->Used(), figures));
+                                  report.beta, report.multiPv, *report.line, figures));
     record.pvs.push_back({report, *report.line, figures});
     if (onPv) {
         onPv(record.pvs.back());
@@ -64,7 +64,7 @@ void CRecordingReceiver::PrintCurrMove(Move move, std::int32_t number) {
 }
 
 void CRecordingReceiver::PrintRefutation(Move move, const PvLine& line) {
-    record.texts.push_back("refutation " + MoveName(move) + " by " + LineText(line.Used()));
+    record.texts.push_back("refutation " + MoveName(move) + " by " + LineText(line));
 }
 
 void CRecordingReceiver::PrintStats(const SearchStatistics& figures) {
@@ -76,7 +76,7 @@ void CRecordingReceiver::PrintStats(const SearchStatistics& figures) {
 }
 
 void CRecordingReceiver::PrintCurrentLine(const PvLine& line) {
-    record.texts.push_back("currline " + LineText(line.Used()));
+    record.texts.push_back("currline " + LineText(line));
 }
 
 void CRecordingReceiver::PrintBestMove(Move bestMove, Move ponderMove) {

@@ -47,14 +47,14 @@ public:
     void SetRoot(const CPosition&) override {}
 
     void PrintPv(const PvReport& report, const SearchStatistics&) override {
-        Check({}, report.line->Used());
+        Check({}, *report.line);
     }
 
     void PrintCurrMove(Move move, std::int32_t) override { Check({}, {&move, 1}); }
 
     void PrintRefutation(Move move, const PvLine& line) override {
         ++refutations;
-        Check(move, line.Used());
+        Check(move, line);
     }
 
     void PrintStats(const SearchStatistics&) override {}
