@@ -59,16 +59,20 @@ void CSelfTest::SetFen(std::string_view fen) {
     CPositionText(perft_.position).SetFen(fen);
 }
 
-void CSelfTest::TestMoveGeneration() {
-    constexpr std::string_view Title = "test move-generation";
-    PrintHead(Title, Title.size());
-    const std::uint32_t start = TickCount();
+/// One run: the title, each position, and the end.
+void CSelfTest::TestRows(std::string_view title, bool (CSelfTest::*test)(const PerftTestRow& row)) {
+    PrintHead(title, title.size());
     bool isPassed = true;
     for (const PerftTestRow& row : perftTable) {
-        isPassed = TestCounts(row) && isPassed;
+        isPassed = (this->*test)(row) && isPassed;
         output_.PrintLine("");
     }
     PrintEnd(isPassed);
+}
+
+void CSelfTest::TestMoveGeneration() {
+    const std::uint32_t start = TickCount();
+    TestRows("test move-generation", &CSelfTest::TestCounts);
     output_.PrintLine("time:  " + SecondsText(TickCount() - start));
 }
 
@@ -84,14 +88,7 @@ bool CSelfTest::TestCounts(const PerftTestRow& row) {
 }
 
 void CSelfTest::TestBoard() {
-    constexpr std::string_view Title = "test board-correctness";
-    PrintHead(Title, Title.size());
-    bool isPassed = true;
-    for (const PerftTestRow& row : perftTable) {
-        isPassed = TestMakeAndUndo(row) && isPassed;
-        output_.PrintLine("");
-    }
-    PrintEnd(isPassed);
+    TestRows("test board-correctness", &CSelfTest::TestMakeAndUndo);
 }
 
 bool CSelfTest::TestMakeAndUndo(const PerftTestRow& row) {
@@ -137,14 +134,7 @@ bool CSelfTest::AreBoardsRight(const CPosition& position, const CPosition& rebui
 }
 
 void CSelfTest::TestEvaluation() {
-    constexpr std::string_view Title = "test evaluation symmetric";
-    PrintHead(Title, Title.size());
-    bool isPassed = true;
-    for (const PerftTestRow& row : perftTable) {
-        isPassed = TestSymmetry(row) && isPassed;
-        output_.PrintLine("");
-    }
-    PrintEnd(isPassed);
+    TestRows("test evaluation symmetric", &CSelfTest::TestSymmetry);
 }
 
 bool CSelfTest::TestSymmetry(const PerftTestRow& row) {

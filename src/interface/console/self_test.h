@@ -54,6 +54,7 @@ private:
     void PrintHead(std::string_view title, std::size_t ruleLength);
     void PrintEnd(bool isPassed);
     void SetFen(std::string_view fen);
+    void TestRows(std::string_view title, bool (CSelfTest::*test)(const PerftTestRow& row));
     [[nodiscard]] bool TestCounts(const PerftTestRow& row);
     [[nodiscard]] bool TestMakeAndUndo(const PerftTestRow& row);
     [[nodiscard]] bool WalkBoard(std::int32_t depth);

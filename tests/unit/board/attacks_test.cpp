@@ -2,6 +2,7 @@
 
 #include "board/attacks.h"
 #include "board_checks.h"
+#include "squares_that.h"
 
 #include <algorithm>
 #include <bit>
@@ -33,18 +34,6 @@ Bitboard Walk(int square, Bitboard occupied, bool diagonal) {
         }
     }
     return reached;
-}
-
-/// The squares for which a question about two squares, given in files and ranks, is answered yes.
-template <class Question>
-Bitboard SquaresThat(int square, Question question) {
-    Bitboard set = 0;
-    for (int other = 0; other < 64; ++other) {
-        if (question(other % 8 - square % 8, other / 8 - square / 8)) {
-            set |= 1ULL << other;
-        }
-    }
-    return set;
 }
 
 TEST(SliderLookup, EqualsTheRayWalkForEverySubsetOfEveryMask) {

@@ -1,3 +1,4 @@
+#include "../board/squares_that.h"
 #include "eval/geometry.h"
 
 #include <algorithm>
@@ -6,18 +7,6 @@
 
 namespace brenquil {
 namespace {
-
-/// The squares for which a question about two squares, given in files and ranks, is answered yes.
-template <class Question>
-Bitboard SquaresThat(int square, Question question) {
-    Bitboard set = 0;
-    for (int other = 0; other < 64; ++other) {
-        if (question(other % 8 - square % 8, other / 8 - square / 8)) {
-            set |= 1ULL << other;
-        }
-    }
-    return set;
-}
 
 TEST(AdjacentFilesTable, HoldsTheFilesOnBothSides) {
     for (int file = 0; file < 8; ++file) {
