@@ -23,9 +23,9 @@ inline constexpr std::array<int, 6> AttackerValue = {5, 4, 3, 2, 1, 0};
 inline constexpr std::array<int, 4> PromotionValue = {2, 1, 1, 3};
 
 /// 0 if nothing is won.
-[[nodiscard]] constexpr int KeyOf(int won, PieceType attacker) noexcept {
+[[nodiscard]] constexpr std::uint8_t KeyOf(int won, PieceType attacker) noexcept {
     constexpr int VictimWeight = 8;
-    return won == 0 ? 0 : VictimWeight * won + AttackerValue[attacker];
+    return static_cast<std::uint8_t>(won == 0 ? 0 : VictimWeight * won + AttackerValue[attacker]);
 }
 
 }  // namespace capture_order
@@ -36,7 +36,7 @@ inline constexpr std::array<std::array<std::uint8_t, PieceCodes + 1>, 6> Capture
     for (const PieceType attacker : {Pawn, Knight, Bishop, Rook, Queen, King}) {
         for (unsigned victim = 0; victim <= PieceCodes; ++victim) {
             const int won = capture_order::VictimValue[victim / 2];
-            keys[attacker][victim] = static_cast<std::uint8_t>(capture_order::KeyOf(won, attacker));
+            keys[attacker][victim] = capture_order::KeyOf(won, attacker);
         }
     }
     return keys;
@@ -49,7 +49,7 @@ inline constexpr std::array<std::array<std::uint8_t, PieceCodes + 1>, 4> Promoti
         for (unsigned victim = 0; victim <= PieceCodes; ++victim) {
             const int won =
                 capture_order::VictimValue[victim / 2] + capture_order::PromotionValue[index];
-            keys[index][victim] = static_cast<std::uint8_t>(capture_order::KeyOf(won, Pawn));
+            keys[index][victim] = capture_order::KeyOf(won, Pawn);
         }
     }
     return keys;
@@ -61,7 +61,7 @@ inline constexpr std::array<std::uint8_t, PieceCodes + 1> EnPassantKeys = [] {
     std::array<std::uint8_t, PieceCodes + 1> keys{};
     for (unsigned victim = 0; victim <= PieceCodes; ++victim) {
         const int won = capture_order::VictimValue[victim / 2] + capture_order::VictimValue[Pawn];
-        keys[victim] = static_cast<std::uint8_t>(capture_order::KeyOf(won, Pawn));
+        keys[victim] = capture_order::KeyOf(won, Pawn);
     }
     return keys;
 }();

@@ -302,7 +302,7 @@ template <Colour Us>
     pieces[moved] ^= changed;
     colours[Us] ^= changed;
     // A set-up clock may stand at the largest number: it wraps instead of overflowing.
-    halfmoveClock = static_cast<std::int32_t>(static_cast<std::uint32_t>(halfmoveClock) + 1U);
+    halfmoveClock = halfmoveClock + 1U;
     if (enPassant != SquareNone) [[unlikely]] {
         newKey ^= EnPassantKey(enPassant);
         enPassant = SquareNone;
@@ -632,7 +632,7 @@ void CPosition::AddCastlingRook(Square rookSquare, char letter) noexcept {
         ~(BitOf(record.rookFrom) | BitOf(record.kingFrom));
 
     rightsMask[king] = colour == White ? 12 : 3;
-    rightsMask[rookSquare] = static_cast<std::uint8_t>(AllRights & ~(1U << index));
+    rightsMask[rookSquare] = AllRights & ~(1U << index);
     rightsSquares_ |= BitOf(king) | BitOf(rookSquare);
     castlingRights = static_cast<std::uint8_t>(castlingRights | 1U << index);
 }

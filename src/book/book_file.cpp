@@ -60,7 +60,7 @@ std::uint64_t CBookFile::ReadNumber(int bytes) noexcept {
     for (int i = 0; i < bytes; ++i) {
         const int byte = std::fgetc(file_.file);
         if (byte != EOF) {
-            number = number << 8U | static_cast<std::uint64_t>(byte);
+            number = number << 8U | byte;
         }
     }
     return number;

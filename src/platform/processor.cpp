@@ -6,7 +6,7 @@ namespace brenquil {
 
 int ProcessorCount() noexcept {
     const unsigned int count = std::thread::hardware_concurrency();
-    return count == 0 ? 1 : static_cast<int>(count);
+    return count == 0 ? 1 : count;
 }
 
 }  // namespace brenquil

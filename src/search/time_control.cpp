@@ -40,15 +40,14 @@ void CTimeControl::ShareOut(Colour sideToMove) noexcept {
     const bool isWhite = sideToMove == White;
     const std::int32_t clock = isWhite ? limits_.wtime : limits_.btime;
     if (clock != ClockNotGiven) {
-        const auto time = static_cast<std::uint32_t>(clock);
-        const auto increment = static_cast<std::uint32_t>(isWhite ? limits_.winc : limits_.binc);
-        const std::uint32_t moves =
-            static_cast<std::uint32_t>(limits_.movestogo) + MovesBeyondControl;
+        const std::uint32_t time = clock;
+        const std::uint32_t increment = isWhite ? limits_.winc : limits_.binc;
+        const std::uint32_t moves = limits_.movestogo + MovesBeyondControl;
         softLimit_ = time / std::max(moves, 1U) + (time > ShortClock ? increment : 0);
         hardLimit_ = std::min(HardPerSoft * softLimit_, time / 2);
     }
     if (limits_.movetime != ClockNotGiven) {
-        softLimit_ = static_cast<std::uint32_t>(limits_.movetime);
+        softLimit_ = limits_.movetime;
         hardLimit_ = softLimit_;
     }
 }

@@ -119,13 +119,13 @@ int CNalimovCache::ReadValue(std::int32_t table, int side, std::uint64_t index) 
         std::find(WrongPlaces.begin(), WrongPlaces.end(), index) != WrongPlaces.end()) {
         return WrongPlacesValue;
     }
-    const auto place = static_cast<std::size_t>(side);
+    const std::size_t place = side;
     if (blockCount_ == 0 || row.sides[place] == nullptr || index >= row.positions[place]) {
         return NoValue;
     }
     const std::uint64_t byteIndex = row.IsTwoByte() ? index * 2 : index;
     const auto block = static_cast<std::uint32_t>(byteIndex / NalimovBlockSize);
-    const auto offset = static_cast<std::uint32_t>(byteIndex % NalimovBlockSize);
+    const std::uint32_t offset = byteIndex % NalimovBlockSize;
     const int low = CacheByte(table, side, block, offset);
     if (low == NoValue) {
         return NoValue;
@@ -142,7 +142,7 @@ int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
                              std::uint32_t offset) noexcept {
     assert(offset < NalimovBlockSize);
     const auto byteOf = [offset](const NalimovCacheEntry& found) {
-        return static_cast<int>(static_cast<std::int8_t>(found.data[offset]));
+        return static_cast<std::int8_t>(found.data[offset]);
     };
     NalimovBucket& bucket = BucketOf(table, side, block);
     {

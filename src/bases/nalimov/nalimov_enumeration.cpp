@@ -124,13 +124,13 @@ void CNalimovEnumeration::BuildBase(bool pawns, const std::vector<NalimovKind>& 
         base.entry.push_back(base.total);
         std::uint32_t placements = 1;
         for (std::size_t first = 0; first < kinds.size();) {
-            std::size_t behind = first;
-            while (behind < kinds.size() && kinds[behind] == kinds[first]) {
-                ++behind;
+            std::size_t next = first;
+            while (next < kinds.size() && kinds[next] == kinds[first]) {
+                ++next;
             }
             const int squares = Rest(pair.k1, pair.k2, kinds[first]);
-            placements *= Choose(static_cast<std::uint32_t>(squares), behind - first);
-            first = behind;
+            placements *= Choose(squares, next - first);
+            first = next;
         }
         base.total += placements;
     }

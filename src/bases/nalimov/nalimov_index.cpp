@@ -32,15 +32,13 @@ constexpr std::uint64_t Choose3(std::uint64_t n) noexcept {
 
 /// In how many ways `count` equal men stand on `squares` squares.
 constexpr std::uint64_t Choose(int squares, int count) noexcept {
-    const auto n = static_cast<std::uint64_t>(squares);
+    const std::uint64_t n = squares;
     return count == 1 ? n : count == 2 ? Choose2(n) : Choose3(n);
 }
 
 /// The number of a set of one to three different ordinals among all sets of that size.
 std::uint64_t Combination(std::array<int, 3> ordinals, int count) noexcept {
-    const auto at = [&ordinals](std::size_t index) {
-        return static_cast<std::uint64_t>(ordinals[index]);
-    };
+    const auto at = [&ordinals](std::size_t index) { return ordinals[index]; };
     if (count == 1) {
         return at(0);
     }
@@ -222,7 +220,7 @@ void CNalimovCalculator::SetWeights(Digits& digits, const std::array<std::uint64
                                     std::uint64_t lowest) noexcept {
     digits.radix = lowest;
     for (int index = digits.count - 1; index >= 0; --index) {
-        const auto place = static_cast<std::size_t>(index);
+        const std::size_t place = index;
         digits.digits[place].weight = digits.radix;
         digits.radix *= radices[place];
     }
@@ -239,7 +237,7 @@ void CNalimovCalculator::ChooseDigits() {
         if (count == 0 || (type == Pawn && pawnsAreInGroup)) {
             continue;
         }
-        const auto place = static_cast<std::size_t>(digits_.count++);
+        const std::size_t place = digits_.count++;
         digits_.digits[place] = {type, static_cast<std::uint8_t>(count), 0};
         if (type == Pawn) {
             radices[place] = Choose(PawnSquares - moverPawns, count);
@@ -259,7 +257,7 @@ void CNalimovCalculator::ChooseEnPassantDigits() {
     const int restingOthers = resting[Pawn] - 1;
     std::array<std::uint64_t, 4> radices{};
     const auto add = [this, &radices](PieceType type, int count, std::uint64_t radix) {
-        const auto place = static_cast<std::size_t>(enPassantDigits_.count++);
+        const std::size_t place = enPassantDigits_.count++;
         enPassantDigits_.digits[place] = {type, static_cast<std::uint8_t>(count), 0};
         radices[place] = radix;
     };

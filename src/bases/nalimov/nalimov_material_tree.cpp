@@ -7,28 +7,28 @@ CNalimovMaterialTree::CNalimovMaterialTree() : root_(AddNode(0, MostMen)) {}
 std::int32_t CNalimovMaterialTree::AddNode(int level, int limit) {
     const std::size_t place = nodes_.size();
     nodes_.push_back(limit);
-    nodes_.resize(nodes_.size() + static_cast<std::size_t>(limit) + 1, 0);
+    nodes_.resize(nodes_.size() + limit + 1, 0);
     if (level + 1 < static_cast<int>(NalimovCounts{}.size())) {
         for (int count = 0; count <= limit; ++count) {
             const std::int32_t child = AddNode(level + 1, limit - count);
-            nodes_[place + 1 + static_cast<std::size_t>(count)] = child;
+            nodes_[place + 1 + count] = child;
         }
     }
     return static_cast<std::int32_t>(place);
 }
 
 std::size_t CNalimovMaterialTree::EntryOf(const NalimovCounts& counts) const noexcept {
-    auto place = static_cast<std::size_t>(root_);
+    std::size_t place = root_;
     for (std::size_t level = 0;; ++level) {
         const std::int32_t count = counts[level];
         if (count < 0 || count > nodes_[place]) {
             return NoEntry;
         }
-        const std::size_t entry = place + 1 + static_cast<std::size_t>(count);
+        const std::size_t entry = place + 1 + count;
         if (level + 1 == counts.size()) {
             return entry;
         }
-        place = static_cast<std::size_t>(nodes_[entry]);
+        place = nodes_[entry];
     }
 }
 

@@ -31,7 +31,7 @@ bool ListMen(NalimovPieceList& list, NalimovCounts& counts, const CPosition& pos
 
 /// Is there a file for at least one extent. A table of an earlier path has none.
 bool HasFile(const NalimovTable& table, int side) noexcept {
-    const auto& files = table.sides[table.IsSymmetric() ? 0 : static_cast<std::size_t>(side)];
+    const auto& files = table.sides[table.IsSymmetric() ? 0 : side];
     return files != nullptr &&
            std::any_of(files->extents.begin(), files->extents.end(),
                        [](const NalimovExtent& extent) { return extent.usable.Load(); });

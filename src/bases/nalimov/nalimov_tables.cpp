@@ -171,7 +171,7 @@ CNalimovTables::CNalimovTables(IHost& host) : host_(host) {
 void CNalimovTables::ChooseCalculators() {
     for (NalimovTable& table : tables_) {
         for (const int side : {0, 1}) {
-            const auto place = static_cast<std::size_t>(side);
+            const std::size_t place = side;
             table.calculators[place] = &NalimovCalculator(table.index, side);
             table.positions[place] = table.calculators[place]->Positions();
         }
@@ -234,7 +234,7 @@ bool CNalimovTables::MayReadDrive(const std::string& directory) {
     if (letter < 'a' || letter > 'z') {
         return true;
     }
-    const auto drive = static_cast<std::size_t>(letter - 'a');
+    const std::size_t drive = letter - 'a';
     if (!drives_.isChecked[drive]) {
         if (!DriveExists(letter)) {
             return false;
@@ -251,7 +251,7 @@ bool CNalimovTables::RegisterOne(const std::string& directory, NalimovTable& tab
     assert(side == 0 || side == 1);
     assert(extent >= 0 && extent < NalimovMaximumExtents);
     std::unique_ptr<NalimovSide>& slot = table.sides[side];
-    const auto place = static_cast<std::size_t>(extent);
+    const std::size_t place = extent;
     if (slot != nullptr && !slot->extents[place].fileName.empty()) {
         return true;
     }

@@ -78,9 +78,9 @@ TbResult CSyzygyProbe::SyzygyProbeRoot(const CPosition& position) const {
     if (move == TbMoveStalemate) {
         return TbResultStalemate;
     }
-    const auto wdl = static_cast<std::uint32_t>(ClassOfDistance(dtz, board.rule50) + 2);
+    const std::uint32_t wdl = ClassOfDistance(dtz, board.rule50) + 2;
     const std::uint32_t enPassant = TbIsEnPassant(board, move) ? 1 : 0;
-    const auto distance = static_cast<std::uint32_t>(std::abs(dtz));
+    const std::uint32_t distance = std::abs(dtz);
     return {wdl | static_cast<std::uint32_t>(move.To()) << 4U |
             static_cast<std::uint32_t>(move.From()) << 10U |
             static_cast<std::uint32_t>(move.Promotion()) << 16U | enPassant << 19U |

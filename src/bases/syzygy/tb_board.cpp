@@ -196,7 +196,7 @@ bool TbDoMove(TbPosition& to, const TbPosition& from, TbMove move) noexcept {
     } else if ((from.Occupied() & destination) != 0) {
         to.rule50 = 0;
     } else {
-        to.rule50 = static_cast<std::uint8_t>(from.rule50 + 1);
+        to.rule50 = from.rule50 + 1;
     }
     return (to.kings & to.Enemy()) != 0 && !IsKingAttacked(to, from.turn);
 }

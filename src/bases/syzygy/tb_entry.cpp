@@ -48,7 +48,7 @@ public:
         position_ += orders + shape_.men;
         const auto layOut = [&](TbLayout& layout, unsigned shift) {
             for (std::size_t i = 0; i < shape_.men; ++i) {
-                layout.pieceCodes[i] = static_cast<std::uint8_t>(bytes[orders + i] >> shift & 15U);
+                layout.pieceCodes[i] = bytes[orders + i] >> shift & 15U;
             }
             const unsigned secondOrder = hasTwoOrders ? bytes[1] >> shift & 15U : TbNoSecondOrder;
             return AreCodesRight(layout) &&

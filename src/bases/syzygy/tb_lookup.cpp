@@ -141,7 +141,7 @@ TbSuccess LookUpDtz(const DtzEntry& entry, const TbPosition& position, int wdl,
     if (!ReadValue(shape, group.side, position, frame, squares, stored)) {
         return TbSuccess::Failed;
     }
-    const auto byClass = static_cast<unsigned>(wdl + 2);
+    const unsigned byClass = wdl + 2;
     if ((group.flags & DtzEntry::MapFlag) != 0) {
         const std::uint8_t* const list = entry.map + group.mapStarts[WdlMapIndex[byClass]];
         if (stored >= list[-1]) {

@@ -41,7 +41,7 @@ std::string SideName(const TbPosition& position, Bitboard men) {
     std::string name = "K";
     for (unsigned code = TbQueen; code >= TbPawn; --code) {
         const Bitboard some = men & position.*BoardOfCode[code];
-        name.append(static_cast<std::size_t>(PopCount(some)), CodeLetters[code]);
+        name.append(PopCount(some), CodeLetters[code]);
     }
     return name;
 }

@@ -16,7 +16,7 @@ constexpr int NoEpValue = -3;  // below every class
 constexpr std::array<int, 5> WdlDtzValues = {-1, -101, 0, 101, 1};
 
 [[nodiscard]] constexpr unsigned ByClass(int wdl) noexcept {
-    return static_cast<unsigned>(wdl + 2);
+    return wdl + 2;
 }
 
 /// The class that the table stores.

@@ -31,13 +31,13 @@ std::uint64_t NodesPerSecond(std::uint64_t nodes, std::uint32_t milliseconds) {
     if (milliseconds == 0) {
         return nodes;
     }
-    const double seconds = static_cast<double>(milliseconds) / 1000.0;
+    const double seconds = milliseconds / 1000.0;
     return static_cast<std::uint64_t>(static_cast<double>(nodes) / seconds);
 }
 
 std::string SecondsText(std::uint32_t milliseconds) {
     std::ostringstream text;
-    text << static_cast<double>(milliseconds) / 1000.0;
+    text << milliseconds / 1000.0;
     return text.str();
 }
 
@@ -45,7 +45,7 @@ std::int32_t CpuLoad(std::int32_t ticks, std::int32_t clock) {
     if (ticks <= 0 || clock <= 0) {
         return 0;
     }
-    const double load = std::min(static_cast<double>(clock) / static_cast<double>(ticks), 1.0);
+    const double load = std::min(clock / static_cast<double>(ticks), 1.0);
     return static_cast<std::int32_t>(load * 1000.0);
 }
 
