@@ -193,7 +193,8 @@ def check_command(_, line):
         if program.startswith("build/"):
             check_built(program)
         known = vocabulary(program)
-        wanted = [word.split("=")[0] for word in rest if word.startswith("-") and word != "--help"]
+        rest = [word for word in rest if word != "--help"]
+        wanted = [word.split("=")[0] for word in rest if word.startswith("-")]
         if program in ("./test", "make"):
             wanted += rest
         elif Path(program).name.startswith("brenquil"):
