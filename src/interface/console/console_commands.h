@@ -1,7 +1,7 @@
 // The commands for a person at a terminal: they inspect and change the game position.
 //
-// There is no `go` in console mode. Each handler gets the whole line as typed and runs on the reading
-// thread. Answers are mirrored to the log, except for those of perft and of the self-test.
+// There is no `go` in console mode. Each handler gets the whole line as typed and runs on the
+// reading thread. Answers are mirrored to the log, except for those of perft and of the self-test.
 #pragma once
 
 #include "interface/engine.h"
