@@ -6,8 +6,8 @@
 // them free of data races by the letter of the language.
 //
 // Use it like a plain variable: read it by name, assign to it. There is deliberately no `+=` or
-// `++`: `AddLossily` says what it does, and is for a counter that only one thread changes, and for a
-// figure in which a lost addition now and then does no harm.
+// `++`: `AddLossily` says what it does, and is for a counter that only one thread changes, and for
+// a figure in which a lost addition now and then does no harm.
 //
 // Cost: that of a plain variable.
 #pragma once
