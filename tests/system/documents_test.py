@@ -193,7 +193,7 @@ def check_command(_, line):
         if program.startswith("build/"):
             check_built(program)
         known = vocabulary(program)
-        rest = [word for word in rest if word != "--help"]
+        rest = [word for word in rest if word not in ("help", "--help")]
         wanted = [word.split("=")[0] for word in rest if word.startswith("-")]
         if program in ("./test", "make"):
             wanted += rest
