@@ -105,8 +105,10 @@ endif()
 if(BRENQUIL_PROFILE STREQUAL "generate")
     set(profileFlags -fprofile-generate -fprofile-update=atomic)
 elseif(BRENQUIL_PROFILE STREQUAL "use")
-    # What the training run never reached keeps its normal optimisation.
-    set(profileFlags -fprofile-use -fprofile-partial-training -Wno-missing-profile)
+    # What the training run never reached keeps its normal optimisation. What a profile switches on beside its counts
+    # makes the code larger; without that a search takes 3 % less time.
+    set(profileFlags -fprofile-use -fprofile-partial-training -Wno-missing-profile
+        -fno-unroll-loops -fno-peel-loops -fno-tracer -fno-ipa-cp-clone -fno-split-loops -fno-unswitch-loops)
 endif()
 target_compile_options(brenquil_options INTERFACE ${profileFlags})
 target_link_options(brenquil_options INTERFACE ${profileFlags})
