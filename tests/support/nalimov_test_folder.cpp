@@ -1,6 +1,6 @@
 #include "nalimov_test_folder.h"
 
-#include "tables/emd_writer.h"
+#include "data_comp_writer.h"
 
 #include <fstream>
 #include <random>
@@ -40,9 +40,9 @@ void CTestFolder::Poke(const std::string& name, std::uint64_t offset, const Byte
 }
 
 Bytes Compressed(std::span<const std::uint8_t> bytes) {
-    CWorkers alone(1);
-    CProgress silent(CProgress::Output::Silent);
-    return CompressEmd(bytes, alone, silent);
+    CDataCompWriter writer;
+    writer.AddBytes(bytes);
+    return writer.Finish();
 }
 
 void SetUp(CPosition& position, const TablePosition& men, int side, bool invert) {

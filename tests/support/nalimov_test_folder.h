@@ -49,7 +49,7 @@ struct NalimovEngine {
     CNalimovOptions& options = bases.options;
 };
 
-/// A whole table, compressed as the program that makes tables does it.
+/// A whole table, compressed by the writer for tests, which is quick in every build.
 [[nodiscard]] Bytes Compressed(std::span<const std::uint8_t> bytes);
 
 /// Sets up a position of a table, with the colours exchanged if `invert`.
