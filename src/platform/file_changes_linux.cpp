@@ -30,7 +30,7 @@ std::optional<std::vector<std::string>> NamesInDirectory(const std::string& path
         return std::nullopt;
     }
     std::vector<std::string> names;
-    while (const dirent* const entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
+    while (const dirent* const entry = readdir(directory)) {
         const std::string_view name(&entry->d_name[0]);
         if (name != "." && name != "..") {
             names.emplace_back(name);
@@ -60,7 +60,7 @@ bool CFolderLock::Take(const std::string& folder) {
 }
 
 std::string LastFileError() {
-    return std::strerror(errno);  // NOLINT(concurrency-mt-unsafe)
+    return std::strerror(errno);
 }
 
 }  // namespace brenquil

@@ -115,7 +115,7 @@ private:
     }
 
     void FindExits(Ending& ending) const {
-        ending.exits_.resize((EndingMostMen + 1) * (EndingMostMen + 1) * 5);
+        ending.exits.resize((EndingMostMen + 1) * (EndingMostMen + 1) * 5);
         for (std::size_t captured = 2; captured <= EndingMostMen; ++captured) {
             if (captured >= ending.men && captured != Ending::NoMan) {
                 continue;
@@ -131,7 +131,7 @@ private:
                 }
             }
         }
-        std::vector<int>& successors = ending.successors_;
+        std::vector<int>& successors = ending.successors;
         std::sort(successors.begin(), successors.end());
         successors.erase(std::unique(successors.begin(), successors.end()), successors.end());
     }
@@ -150,9 +150,9 @@ private:
         for (std::uint8_t& from : exit.from) {
             from = static_cast<std::uint8_t>(places[from]);
         }
-        ending.exits_[(captured * (EndingMostMen + 1) + promoted) * 5 + type] = exit;
+        ending.exits[(captured * (EndingMostMen + 1) + promoted) * 5 + type] = exit;
         if (exit.ending != 0) {
-            ending.successors_.push_back(exit.ending);
+            ending.successors.push_back(exit.ending);
         }
     }
 
@@ -228,7 +228,7 @@ std::vector<int> WithSuccessors(const std::vector<int>& wanted) {
         open.pop_back();
         if (!needed[static_cast<std::size_t>(number)]) {
             needed[static_cast<std::size_t>(number)] = true;
-            const std::vector<int>& more = EndingOf(number).Successors();
+            const std::vector<int>& more = EndingOf(number).successors;
             open.insert(open.end(), more.begin(), more.end());
         }
     }

@@ -75,14 +75,14 @@ struct Ending {
     /// says that nothing is captured or promoted.
     [[nodiscard]] const EndingExit& Exit(std::size_t captured, std::size_t promoted,
                                          PieceType type) const noexcept {
-        return exits_[(captured * (EndingMostMen + 1) + promoted) * 5 + type];
+        return exits[(captured * (EndingMostMen + 1) + promoted) * 5 + type];
     }
 
     /// The endings that it can turn into, by number, each once. Bare kings are none of them.
-    [[nodiscard]] const std::vector<int>& Successors() const noexcept { return successors_; }
+    std::vector<int> successors;
 
-    std::vector<EndingExit> exits_;  // NOLINT(readability-identifier-naming): filled by the list
-    std::vector<int> successors_;    // NOLINT(readability-identifier-naming)
+    /// What `Exit` tells, in the order that it looks up.
+    std::vector<EndingExit> exits;
 };
 
 /// The ending of a number from 1 to `EndingCount`.

@@ -111,7 +111,7 @@ private:
                 Fail("INCOMPLETE: a file is missing");
                 return;
             }
-            for (const int number : WithSuccessors(ending.Successors())) {
+            for (const int number : WithSuccessors(ending.successors)) {
                 if (faulty_.count({family.Name(), number}) != 0) {
                     NotChecked("what it turns into is faulty: " + family.NameOf(EndingOf(number)));
                     return;

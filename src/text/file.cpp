@@ -23,7 +23,8 @@ bool CFile::Open(const std::string& name) noexcept {
 
 void CFile::Close() noexcept {
     if (file != nullptr) {
-        (void)std::fclose(file);  // NOLINT(cppcoreguidelines-owning-memory)
+        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this class is the owner
+        (void)std::fclose(file);
         file = nullptr;
     }
 }

@@ -20,7 +20,7 @@ public:
     ~CSpinLock() = default;
 
     /// The names are those that the standard library's guards call.
-    void lock() noexcept {  // NOLINT(readability-identifier-naming)
+    void lock() noexcept {  // NOLINT(readability-identifier-naming): see above
         while (word_.exchange(1, std::memory_order_acquire) != 0) {
             for (int spins = 0; word_.load(std::memory_order_relaxed) != 0; ++spins) {
                 if (spins >= SpinsBeforeYield) {
@@ -30,7 +30,7 @@ public:
         }
     }
 
-    void unlock() noexcept {  // NOLINT(readability-identifier-naming)
+    void unlock() noexcept {  // NOLINT(readability-identifier-naming): likewise
         assert(word_.load(std::memory_order_relaxed) != 0);
         word_.store(0, std::memory_order_release);
     }

@@ -1,19 +1,11 @@
 // What headers demand of their callers is checked by assertions, in every build but the optimised
 // ones. A sanitizer build without them would look fine and check nothing.
 
+#include "../../support/sanitized.h"
 #include "platform/bits.h"
 #include "platform/exact_modulo.h"
 
 #include <gtest/gtest.h>
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define BRENQUIL_IS_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define BRENQUIL_IS_SANITIZED
-#endif
 
 #if defined(NDEBUG) && defined(BRENQUIL_IS_SANITIZED)
 #error "The assertions are switched off in a build that is made to find faults"

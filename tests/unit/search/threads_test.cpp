@@ -1,5 +1,6 @@
 // The master and its workers, with real threads.
 
+#include "../../support/sanitized.h"
 #include "fake_clock.h"
 #include "search/threads.h"
 #include "search_setup.h"
@@ -19,15 +20,6 @@
 #if defined(__linux__)
 #include <cstdlib>
 #include <sys/resource.h>
-#endif
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define BRENQUIL_IS_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define BRENQUIL_IS_SANITIZED
 #endif
 
 namespace brenquil {

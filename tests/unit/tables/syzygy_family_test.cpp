@@ -38,6 +38,22 @@ void Make(const std::vector<std::string>& names, const std::string& folder, std:
     MakeTables(family, plan, progress);
 }
 
+/// Calls visit(place, squares, sideToMove) for every legal position.
+template <class Visit>
+void ForEachLegal(const Ending& ending, const CEndingIndex& index, const Visit& visit) {
+    for (std::size_t slice = 0; slice < index.Slices(); ++slice) {
+        for (std::size_t at = 0; at < index.SliceSize(); ++at) {
+            const CEndingIndex::Place place{slice, at};
+            const EndingSquares squares = index.SquaresOf(place);
+            for (const Colour colour : {White, Black}) {
+                if (CEndingNode(ending, squares, colour).IsLegal()) {
+                    visit(place, squares, colour);
+                }
+            }
+        }
+    }
+}
+
 /// Compares classes and distances of all positions, as the probes find them in two folders.
 void CompareFolders(const std::string& name, const std::string& first, const std::string& second) {
     CQuietHost host;
@@ -46,32 +62,25 @@ void CompareFolders(const std::string& name, const std::string& first, const std
     some.SyzygyInit(first);
     others.SyzygyInit(second);
     const Ending& ending = EndingOf(EndingOfName(name));
-    const CEndingIndex index(ending);
     std::size_t wrongClass = 0;
     std::size_t wrongDistance = 0;
-    for (std::size_t slice = 0; slice < index.Slices(); ++slice) {
-        for (std::size_t at = 0; at < index.SliceSize(); ++at) {
-            const EndingSquares squares = index.SquaresOf({slice, at});
-            for (const Colour colour : {White, Black}) {
-                if (!CEndingNode(ending, squares, colour).IsLegal()) {
-                    continue;
-                }
-                const TbPosition position = TbPositionOf(ending, squares, colour);
-                TbSuccess success = TbSuccess::Failed;
-                TbSuccess other = TbSuccess::Failed;
-                wrongClass +=
-                    TbProbeWdl(some, position, success) != TbProbeWdl(others, position, other) ||
-                            success == TbSuccess::Failed || other == TbSuccess::Failed
-                        ? 1
-                        : 0;
-                // Halves of plies are rounded; where the two tables hold different sides to move, a
-                // search of one ply adds to that.
-                const int distance = TbProbeDtz(some, position, success);
-                const int expected = TbProbeDtz(others, position, other);
-                wrongDistance += std::abs(distance - expected) > 1 ? 1 : 0;
-            }
-        }
-    }
+    ForEachLegal(ending, CEndingIndex(ending),
+                 [&](CEndingIndex::Place, const EndingSquares& squares, Colour colour) {
+                     const TbPosition position = TbPositionOf(ending, squares, colour);
+                     TbSuccess success = TbSuccess::Failed;
+                     TbSuccess other = TbSuccess::Failed;
+                     wrongClass += TbProbeWdl(some, position, success) !=
+                                               TbProbeWdl(others, position, other) ||
+                                           success == TbSuccess::Failed ||
+                                           other == TbSuccess::Failed
+                                     ? 1
+                                     : 0;
+                     // Halves of plies are rounded; where the two tables hold different sides to move, a search
+                     // of one ply adds to that.
+                     const int distance = TbProbeDtz(some, position, success);
+                     const int expected = TbProbeDtz(others, position, other);
+                     wrongDistance += std::abs(distance - expected) > 1 ? 1 : 0;
+                 });
     EXPECT_EQ(wrongClass, 0U) << name;
     EXPECT_EQ(wrongDistance, 0U) << name;
 }
@@ -164,31 +173,21 @@ TEST(SyzygyFamily, ThreeMenAreReadBackAsTheyWereSolved) {
     for (const std::string& name : names) {
         const auto codes = solved.Solve(name);
         const Ending& ending = codes->Of();
-        const CEndingIndex& index = codes->Index();
         std::size_t wrong = 0;
-        for (std::size_t slice = 0; slice < index.Slices(); ++slice) {
-            for (std::size_t at = 0; at < index.SliceSize(); ++at) {
-                const EndingSquares squares = index.SquaresOf({slice, at});
-                for (const Colour colour : {White, Black}) {
-                    if (!CEndingNode(ending, squares, colour).IsLegal()) {
-                        continue;
-                    }
-                    TbSuccess success = TbSuccess::Failed;
-                    const TbPosition position = TbPositionOf(ending, squares, colour);
-                    const int code = codes->At(CEndingIndex::Place{slice, at}, colour);
-                    const int wdl = TbProbeWdl(tables, position, success);
-                    wrong += success == TbSuccess::Failed ||
-                                     wdl != DistanceToZeroing::ValueOf(
-                                                static_cast<DistanceToZeroing::Code>(code))
-                               ? 1
-                               : 0;
-                    const int dtz = TbProbeDtz(tables, position, success);
-                    const int plies = std::max(1, DistanceToZeroing::PliesOf(code));
-                    const int expected = code == 0 ? 0 : code > 0 ? plies : -plies;
-                    wrong += std::abs(dtz - expected) > 1 ? 1 : 0;
-                }
-            }
-        }
+        ForEachLegal(ending, codes->Index(),
+                     [&](CEndingIndex::Place place, const EndingSquares& squares, Colour colour) {
+                         TbSuccess success = TbSuccess::Failed;
+                         const TbPosition position = TbPositionOf(ending, squares, colour);
+                         const int code = codes->At(place, colour);
+                         const int wdl = TbProbeWdl(tables, position, success);
+                         const int known =
+                             DistanceToZeroing::ValueOf(static_cast<DistanceToZeroing::Code>(code));
+                         wrong += success == TbSuccess::Failed || wdl != known ? 1 : 0;
+                         const int dtz = TbProbeDtz(tables, position, success);
+                         const int plies = std::max(1, DistanceToZeroing::PliesOf(code));
+                         const int expected = code == 0 ? 0 : code > 0 ? plies : -plies;
+                         wrong += std::abs(dtz - expected) > 1 ? 1 : 0;
+                     });
         EXPECT_EQ(wrong, 0U) << name;
     }
 }
