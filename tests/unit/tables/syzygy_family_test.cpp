@@ -75,8 +75,8 @@ void CompareFolders(const std::string& name, const std::string& first, const std
                                            other == TbSuccess::Failed
                                      ? 1
                                      : 0;
-                     // Halves of plies are rounded; where the two tables hold different sides to move, a search
-                     // of one ply adds to that.
+                     // Halves of plies are rounded; where the two tables hold different sides to
+                     // move, a search of one ply adds to that.
                      const int distance = TbProbeDtz(some, position, success);
                      const int expected = TbProbeDtz(others, position, other);
                      wrongDistance += std::abs(distance - expected) > 1 ? 1 : 0;
