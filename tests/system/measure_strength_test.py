@@ -258,6 +258,12 @@ class Rating(unittest.TestCase):
         own, error = match_results.estimate([(level, self.LISTED), (clean, self.LISTED)])
         self.assertTrue(2700 < own < 3000 and 0 < error < 60, (own, error))
 
+    def test_there_is_no_rating_where_every_game_was_won(self):
+        self.assertRegex(" ".join(tool.rating([match_of_pairs([2, 2])])), "^No rating: ")
+        level = match_of_pairs([1, 0, 2, 1] * 20, "toga2")
+        self.assertRegex(" ".join(tool.rating([match_of_pairs([2, 2]), level])),
+                         r"CCRL 40/15: \d{4} .*By GNU Chess 6.2, 2730 .* alone: nothing.*Toga II 3.0, .* alone: 2850\.")
+
     def test_opponents_outside_the_list_are_shown_and_do_not_enter(self):
         rated, unrated = match_of_pairs([2, 1, 1, 0] * 9 + [2]), match_of_pairs([2, 2, 1] * 9, "fairy")
         self.assertEqual(list(tool.rating([unrated])), [])
@@ -357,6 +363,13 @@ class Playing(unittest.TestCase):
         call = " ".join(self.calls()[1])
         self.assertIn("fairy-stockfish nodes=10000 tc=inf -each", call)
         self.assertIn("-concurrency 3", call)
+
+    def test_opponent_that_speaks_no_uci_plays_through_the_adapter(self):
+        (self.folder / "bin" / "phalanx").symlink_to(self.folder / "bin" / "gnuchess")
+        done = self.run_tool("--opponent", "phalanx")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn(f"cmd={ROOT}/tools/xboard_as_uci args={self.folder}/bin/phalanx -b- -l- tc=5+0.05",
+                      " ".join(self.calls()[1]))
 
     def test_it_goes_on_where_it_stopped_with_other_openings(self):
         process = subprocess.Popen(self.words, cwd=self.folder, env=self.environment("is slow"), text=True,

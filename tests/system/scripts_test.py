@@ -91,7 +91,8 @@ class Scripts(unittest.TestCase):
         for line in ("tools/fuzz --runs", "tools/fuzz --seconds soon", "tools/fuzz --corpus", "tools/fuzz --sum nobody",
                      "tools/wine folder", "tools/wine folder --begin", "tools/wine folder --start now",
                      "tools/coverage --report twice", "tools/nalimov_prove 4 5", "tools/pgo now", "package --check all",
-                     "run --option", "tools/setup build nothing", "test quick quicker", "tools/check_includes.py a b"):
+                     "run --option", "tools/measure_strength --games", "tools/measure_strength --read",
+                     "tools/xboard_as_uci", "tools/setup build nothing", "test quick quicker", "tools/check_includes.py a b"):
             with self.subTest(line):
                 name, *arguments = line.split()
                 done = self.ask([str(ROOT / name)], *arguments)
