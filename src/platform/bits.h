@@ -116,6 +116,12 @@ constexpr int PopLowestBit(std::uint64_t& word) noexcept {
     return __builtin_bswap64(word);
 }
 
+/// A number that fits a byte, as a byte.
+[[nodiscard]] constexpr std::uint8_t ToByte(std::uint64_t number) noexcept {
+    assert(number <= 0xFFU);
+    return static_cast<std::uint8_t>(number);
+}
+
 /// The upper half of the 128-bit product.
 [[nodiscard]] constexpr std::uint64_t MultiplyHigh(std::uint64_t left,
                                                    std::uint64_t right) noexcept {

@@ -1,6 +1,7 @@
 #include "tables/distance_check.h"
 
 #include "bases/nalimov/nalimov_index.h"
+#include "platform/bits.h"
 
 namespace brenquil {
 
@@ -14,7 +15,7 @@ public:
     void Mark(std::uint64_t place) noexcept {
         if (place / 8 < bits_.size()) {
             std::atomic_ref<std::uint8_t>(bits_[place / 8])
-                .fetch_or(static_cast<std::uint8_t>(1U << place % 8), std::memory_order_relaxed);
+                .fetch_or(ToByte(1U << place % 8), std::memory_order_relaxed);
         }
     }
 
@@ -26,7 +27,7 @@ private:
     std::vector<std::uint8_t> bits_;
 };
 
-/// What the moves of a position come to, by the values behind them.
+/// What the moves of a position come to, by the values of the positions after them.
 int ExpectedDistance(CEndingNode& node, const CEndingExits<DistanceToMate>& exits,
                      const SolvedValues& values) {
     node.PrepareMoves();
@@ -75,7 +76,7 @@ std::string TextOfDistance(int code) {
 void CheckDistances(const Ending& ending, const SolvedEndings& solved,
                     const NalimovContents& contents, CWorkers& workers, CProgress& progress,
                     CTableFaults& faults) {
-    const SolvedValues& values = *solved[static_cast<std::size_t>(ending.number)];
+    const SolvedValues& values = *solved[ending.number];
     const CEndingExits<DistanceToMate> exits(solved, values);
     std::array<CUsedPlaces, 2> used = {CUsedPlaces(contents[0].size()),
                                        CUsedPlaces(contents[1].size())};

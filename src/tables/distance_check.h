@@ -1,7 +1,7 @@
 // Holds a Nalimov table against itself.
 //
 // Nothing is solved: a distance to mate is right if, and only if, it follows from the distances
-// behind each single move, and mates and captures are where the counting begins. Places of a file
+// after each single move, and mates and captures are where the counting begins. Places of a file
 // that no position has must hold the mark for that.
 #pragma once
 

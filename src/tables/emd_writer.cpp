@@ -20,8 +20,8 @@ namespace {
 constexpr std::size_t BlockSize = 8192;
 constexpr unsigned BlockBits = 13;
 constexpr std::size_t Slots = DataCompInfo::Slots;
-constexpr std::size_t Literals = 256;
-constexpr std::size_t LengthsOfSlot = 32;
+constexpr std::uint32_t Literals = 256;
+constexpr std::uint32_t LengthsOfSlot = 32;
 constexpr std::size_t Symbols = 1024;
 constexpr unsigned LongestWord = 24;  ///< far from the 31 that are allowed
 constexpr std::string_view Banner = "Compressed by DATACOMP v 1.0 made by brenquil-tables\r\n";
@@ -49,7 +49,7 @@ MatchCode CodeOfLength(std::uint32_t length) noexcept {
     if (length <= LongestPlain) {
         return {length - 1, 0, 0};
     }
-    const auto magnitude = static_cast<unsigned>(std::bit_width(length - 14) - 1);
+    const unsigned magnitude = std::bit_width(length - 14) - 1;
     return {14 + magnitude, length - 14 - (1U << magnitude), magnitude};
 }
 
@@ -57,7 +57,7 @@ unsigned ExtraBitsOf(std::uint32_t symbol) noexcept {
     if (symbol < Literals) {
         return 0;
     }
-    const auto code = static_cast<unsigned>((symbol - Literals) % LengthsOfSlot);
+    const std::uint32_t code = (symbol - Literals) % LengthsOfSlot;
     return code > 14 ? code - 14 : 0;
 }
 
@@ -82,9 +82,8 @@ std::uint32_t Repetitions(Bytes block, std::size_t distance) noexcept {
     const std::uint8_t* const now = block.data() + distance;
     const std::uint8_t* const before = block.data();
     for (std::size_t at = 2; at + distance < block.size(); ++at) {
-        sum += static_cast<std::uint32_t>(now[at] == before[at]) &
-               static_cast<std::uint32_t>(now[at - 1] == before[at - 1]) &
-               static_cast<std::uint32_t>(now[at - 2] == before[at - 2]);
+        sum += (now[at] == before[at] ? 1U : 0U) & (now[at - 1] == before[at - 1] ? 1U : 0U) &
+               (now[at - 2] == before[at - 2] ? 1U : 0U);
     }
     return sum;
 }
@@ -145,7 +144,7 @@ Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers)
         });
         // When everything is covered, the most frequent ones follow.
         const auto best = std::max_element(gains.begin(), gains.end()) - gains.begin();
-        chosen[slot] = candidates[static_cast<std::size_t>(best)];
+        chosen[slot] = candidates[best];
         for (std::size_t block = 0; block < sample.size(); ++block) {
             (void)Cover(BlockOf(contents, sample[block]), chosen[slot], covered[block].data(),
                         true);
@@ -172,10 +171,9 @@ public:
             std::uint32_t best = costs_[block[at]] + cost_[at + 1];
             Token token = block[at];
             std::uint32_t length = 1;
-            const auto consider = [&](std::size_t slot, std::uint32_t run) {
+            const auto consider = [&](std::uint32_t slot, std::uint32_t run) {
                 const MatchCode match = CodeOfLength(run);
-                const auto symbol =
-                    static_cast<std::uint32_t>(Literals + slot * LengthsOfSlot + match.code);
+                const std::uint32_t symbol = Literals + slot * LengthsOfSlot + match.code;
                 const std::uint32_t cost = costs_[symbol] + 256 * match.extraBits + cost_[at + run];
                 if (cost < best) {
                     best = cost;
@@ -183,7 +181,7 @@ public:
                     length = run;
                 }
             };
-            for (std::size_t slot = 0; slot < Slots; ++slot) {
+            for (std::uint32_t slot = 0; slot < Slots; ++slot) {
                 const std::size_t distance = distances_[slot];
                 if (distance > at || block[at] != block[at - distance]) {
                     runs_[slot] = 0;
@@ -193,7 +191,7 @@ public:
                 consider(slot, run);
                 // A little shorter may save the extra bits.
                 if (run > 15) {
-                    const auto magnitude = static_cast<unsigned>(std::bit_width(run - 14) - 1);
+                    const unsigned magnitude = std::bit_width(run - 14) - 1;
                     consider(slot, (1U << magnitude) + 13);
                 }
             }
@@ -266,16 +264,6 @@ Costs TrainCosts(Bytes contents, std::size_t blocks, const Distances& distances,
 
 // ---- the file
 
-void Append16(std::vector<std::uint8_t>& bytes, std::uint32_t value) {
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8U));
-    bytes.push_back(static_cast<std::uint8_t>(value));
-}
-
-void Append32(std::vector<std::uint8_t>& bytes, std::uint32_t value) {
-    Append16(bytes, value >> 16U);
-    Append16(bytes, value);
-}
-
 /// Word lengths in the form for up to 128 of them.
 void WritePlainLengths(CBitWriter& bits, std::span<const std::uint32_t> lengths) {
     constexpr unsigned Width = 5;
@@ -297,7 +285,7 @@ void WritePlainLengths(CBitWriter& bits, std::span<const std::uint32_t> lengths)
 
 /// The form for more: runs, their lengths in a code of their own.
 void WriteRunLengths(CBitWriter& bits, std::span<const std::uint32_t> lengths) {
-    constexpr std::size_t HalfCode = 32;
+    constexpr std::uint32_t HalfCode = 32;
     constexpr std::uint32_t LastPlainRun = 31;
 
     struct Run {
@@ -313,11 +301,11 @@ void WriteRunLengths(CBitWriter& bits, std::span<const std::uint32_t> lengths) {
             runs.push_back({length, 1});
         }
     }
-    const auto magnitudeOf = [](std::uint32_t run) {
-        return static_cast<unsigned>(std::bit_width(run - LastPlainRun) - 1);
+    const auto magnitudeOf = [](std::uint32_t run) -> unsigned {
+        return std::bit_width(run - LastPlainRun) - 1;
     };
     const auto symbolOf = [&](std::uint32_t run) {
-        return run <= LastPlainRun ? run : static_cast<std::uint32_t>(HalfCode) + magnitudeOf(run);
+        return run <= LastPlainRun ? run : HalfCode + magnitudeOf(run);
     };
     Frequencies values(2 * HalfCode);
     Frequencies counts(2 * HalfCode);
@@ -350,27 +338,28 @@ void WriteRunLengths(CBitWriter& bits, std::span<const std::uint32_t> lengths) {
 
 struct CodedBlock {
     std::vector<Token> tokens;
-    std::vector<std::uint8_t> stored;
+    ByteList stored;
 };
 
 std::vector<std::uint8_t> Assemble(Bytes contents, const std::vector<CodedBlock>& blocks,
                                    const Distances& distances, const PrefixCode& code) {
     CBitWriter sizes;
-    constexpr std::uint32_t SizeMask = BlockSize - 1;  // a whole block has the size 0
+    // A whole block has the size 0.
+    const auto writeSize = [&](std::size_t size) { sizes.Write(size % BlockSize, BlockBits); };
     std::uint64_t total = 0;
     for (const CodedBlock& block : blocks) {
-        sizes.Write(static_cast<std::uint32_t>(block.stored.size()) & SizeMask, BlockBits);
+        writeSize(block.stored.size());
         total += block.stored.size();
     }
     const std::size_t last = contents.size() - (blocks.size() - 1) * BlockSize;
-    sizes.Write(static_cast<std::uint32_t>(last) & SizeMask, BlockBits);
+    writeSize(last);
     for (const std::uint32_t distance : distances) {
         sizes.Write(distance, BlockBits);
     }
     CBitWriter lengths;
     WriteRunLengths(lengths, code.lengths);
 
-    std::vector<std::uint8_t> file(Banner.begin(), Banner.end());
+    ByteList file(Banner.begin(), Banner.end());
     file.resize(BannerSize);
     constexpr std::size_t FixedSize = 80;
     const std::size_t headerSize =
@@ -379,21 +368,21 @@ std::vector<std::uint8_t> Assemble(Bytes contents, const std::vector<CodedBlock>
         throw CTableError("a compressed file would pass 4 GiB, which the format does not allow");
     }
     file.reserve(headerSize + total);
-    Append32(file, static_cast<std::uint32_t>(headerSize));
-    Append16(file, 0);
+    AppendBig(file, headerSize, 4);
+    AppendBig(file, 0, 2);
     file.push_back(BlockBits);
     file.push_back(Slots);
-    Append32(file, static_cast<std::uint32_t>(blocks.size()));
-    Append32(file, Mark);
+    AppendBig(file, blocks.size(), 4);
+    AppendBig(file, Mark, 4);
     for (std::size_t block = 0; block < blocks.size(); ++block) {
-        Append32(file, DataCompChecksum(BlockOf(contents, block)));
-        Append32(file, DataCompChecksum(blocks[block].stored));
+        AppendBig(file, DataCompChecksum(BlockOf(contents, block)), 4);
+        AppendBig(file, DataCompChecksum(blocks[block].stored), 4);
     }
-    file.insert(file.end(), sizes.Bytes().begin(), sizes.Bytes().end());
-    file.insert(file.end(), lengths.Bytes().begin(), lengths.Bytes().end());
-    Append32(file, DataCompChecksum(file));
+    Append(file, sizes.Bytes());
+    Append(file, lengths.Bytes());
+    AppendBig(file, DataCompChecksum(file), 4);
     for (const CodedBlock& block : blocks) {
-        file.insert(file.end(), block.stored.begin(), block.stored.end());
+        Append(file, block.stored);
     }
     return file;
 }
@@ -418,7 +407,7 @@ std::vector<std::uint8_t> CompressEmd(Bytes contents, CWorkers& workers, CProgre
         }
         const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
         if (thread == 0) {
-            progress.Report(static_cast<double>(finished) / static_cast<double>(blocks));
+            progress.Report(Share(finished, blocks));
         }
     });
     Frequencies frequencies(Symbols);

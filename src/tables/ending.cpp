@@ -2,9 +2,9 @@
 
 #include "bases/nalimov/nalimov_index.h"
 #include "bases/nalimov/nalimov_signatures.h"
+#include "platform/bits.h"
 
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <memory>
 
@@ -15,6 +15,7 @@ namespace {
 constexpr std::string_view Letters = "PNBRQK";
 constexpr std::string_view SmallLetters = "pnbrqk";
 constexpr std::array<PieceType, 4> PromotionTypes = {Queen, Rook, Bishop, Knight};
+constexpr std::array<PieceType, 1> PawnAlone = {Pawn};
 
 /// How many men of each kind there are, three bits each: the order of the men plays no part.
 std::uint32_t KeyOf(std::span<const EndingMan> men, bool flipped) noexcept {
@@ -41,9 +42,7 @@ public:
         }
     }
 
-    [[nodiscard]] const Ending& At(int number) const {
-        return endings_[static_cast<std::size_t>(number)];
-    }
+    [[nodiscard]] const Ending& At(int number) const { return endings_[number]; }
 
     [[nodiscard]] std::optional<EndingExit> Find(std::span<const EndingMan> men) const {
         for (const Colour colour : {White, Black}) {
@@ -74,15 +73,15 @@ public:
                 ++from;
             }
             used[from] = true;
-            exit.from[man] = static_cast<std::uint8_t>(from);
+            exit.from[man] = ToByte(from);
         }
         return exit;
     }
 
 private:
     void Describe(int number) {
-        Ending& ending = endings_[static_cast<std::size_t>(number)];
-        const std::string_view name = NalimovSignatures[static_cast<std::size_t>(number)].name;
+        Ending& ending = endings_[number];
+        const std::string_view name = NalimovSignatures[number].name;
         ending.number = number;
         ending.name = name;
         ending.men = name.size();
@@ -91,26 +90,26 @@ private:
             if (at == secondKing) {
                 ending.syzygyName += 'v';
             }
-            ending.syzygyName += static_cast<char>(std::toupper(name[at]));
+            ending.syzygyName += Letters[PieceTypeOf(name[at]).value()];
         }
         const NalimovMaterial material = NalimovMaterialOf(name);
         ending.isSymmetric = material.first == material.second;
         ending.man[0] = {King, White};
         ending.man[1] = {King, Black};
         std::size_t place = 2;
-        for (const bool pawns : {false, true}) {
+        const auto list = [&](std::span<const PieceType> types) {
             for (const Colour colour : {White, Black}) {
                 const NalimovMenCounts& counts = colour == White ? material.first : material.second;
-                for (int type = pawns ? Pawn : Queen; type >= (pawns ? Pawn : Knight); --type) {
-                    for (int man = 0; man < counts[static_cast<std::size_t>(type)]; ++man) {
-                        ending.man[place++] = {static_cast<PieceType>(type), colour};
+                for (const PieceType type : types) {
+                    for (int man = 0; man < counts[type]; ++man) {
+                        ending.man[place++] = {type, colour};
                     }
                 }
             }
-            if (!pawns) {
-                ending.pieces = place;
-            }
-        }
+        };
+        list(PromotionTypes);
+        ending.pieces = place;
+        list(PawnAlone);
         byKey_[KeyOf(std::span(ending.man).first(ending.men), false)] = number;
     }
 
@@ -148,7 +147,7 @@ private:
         }
         EndingExit exit = Find(men).value();
         for (std::uint8_t& from : exit.from) {
-            from = static_cast<std::uint8_t>(places[from]);
+            from = ToByte(places[from]);
         }
         ending.exits[(captured * (EndingMostMen + 1) + promoted) * 5 + type] = exit;
         if (exit.ending != 0) {
@@ -167,6 +166,15 @@ const CEndingList& List() {
 
 }  // namespace
 
+std::optional<PieceType> PieceTypeOf(char letter) noexcept {
+    for (const PieceType type : {Pawn, Knight, Bishop, Rook, Queen, King}) {
+        if (letter == Letters[type] || letter == SmallLetters[type]) {
+            return type;
+        }
+    }
+    return std::nullopt;
+}
+
 const Ending& EndingOf(int number) {
     return List().At(number);
 }
@@ -179,16 +187,15 @@ int EndingOfName(std::string_view name) {
     std::vector<EndingMan> men;
     bool isBlack = false;
     for (const char letter : name) {
-        const char small = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-        const std::size_t type = SmallLetters.find(small);
-        if (small == 'v' && men.size() > 1) {
+        if ((letter == 'v' || letter == 'V') && men.size() > 1) {
             continue;
         }
-        if (type == std::string_view::npos || (men.empty() && small != 'k')) {
+        const std::optional<PieceType> type = PieceTypeOf(letter);
+        if (!type || (men.empty() && type != King)) {
             return 0;
         }
-        isBlack = isBlack || (small == 'k' && !men.empty());
-        men.push_back({static_cast<PieceType>(type), isBlack ? Black : White});
+        isBlack = isBlack || (type == King && !men.empty());
+        men.push_back({*type, isBlack ? Black : White});
     }
     const std::optional<EndingExit> found = FindEnding(men);
     return found ? found->ending : 0;
@@ -210,9 +217,8 @@ std::string FenOfEnding(const Ending& ending, const EndingSquares& squares, Colo
                 continue;
             }
             close();
-            const EndingMan man = ending.man[static_cast<std::size_t>(found - squares.begin())];
-            const char letter = Letters[man.type];
-            fen += man.colour == White ? letter : static_cast<char>(std::tolower(letter));
+            const EndingMan man = ending.man[found - squares.begin()];
+            fen += (man.colour == White ? Letters : SmallLetters)[man.type];
         }
         close();
         fen += rank != 0 ? "/" : "";
@@ -226,15 +232,15 @@ std::vector<int> WithSuccessors(const std::vector<int>& wanted) {
     while (!open.empty()) {
         const int number = open.back();
         open.pop_back();
-        if (!needed[static_cast<std::size_t>(number)]) {
-            needed[static_cast<std::size_t>(number)] = true;
+        if (!needed[number]) {
+            needed[number] = true;
             const std::vector<int>& more = EndingOf(number).successors;
             open.insert(open.end(), more.begin(), more.end());
         }
     }
     std::vector<int> all;
     for (int number = 1; number <= EndingCount; ++number) {
-        if (needed[static_cast<std::size_t>(number)]) {
+        if (needed[number]) {
             all.push_back(number);
         }
     }

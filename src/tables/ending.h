@@ -2,7 +2,7 @@
 // capture or a promotion turns it into.
 //
 // An ending is a material of three to five men. Its number is that of the Nalimov signature, 1 to
-// 145; the same order, fewer men first, puts every ending behind those of fewer men. The first side
+// 145; the same order, fewer men first, puts every ending after those of fewer men. The first side
 // of the name is White here; a material in which Black is the stronger one is the same ending with
 // colours and ranks exchanged.
 //
@@ -32,7 +32,7 @@ struct EndingMan {
     friend bool operator==(const EndingMan&, const EndingMan&) = default;
 };
 
-/// The squares of an ending's men, in its order; what is behind its last man is unused.
+/// The squares of an ending's men, in its order; what follows its last man is unused.
 using EndingSquares = std::array<Square, EndingMostMen>;
 
 /// What an ending turns into when a man goes or is promoted, and where its men then stand.
@@ -59,7 +59,7 @@ struct Ending {
     std::string name;          ///< "kqpkr", as Nalimov files are named
     std::string syzygyName;    ///< "KQPvKR"
     std::size_t men = 0;       ///< kings included
-    std::size_t pieces = 0;    ///< men that are no pawns
+    std::size_t pieces = 0;    ///< men that are not pawns
     bool isSymmetric = false;  ///< both sides have the same men
     /// White's king, Black's king, the other pieces of both sides, the pawns of both sides; the
     /// strongest first, like men side by side.
@@ -84,6 +84,9 @@ struct Ending {
     /// What `Exit` tells, in the order that it looks up.
     std::vector<EndingExit> exits;
 };
+
+/// The type of a piece letter, in either case; nothing for another character.
+[[nodiscard]] std::optional<PieceType> PieceTypeOf(char letter) noexcept;
 
 /// The ending of a number from 1 to `EndingCount`.
 [[nodiscard]] const Ending& EndingOf(int number);

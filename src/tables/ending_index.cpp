@@ -1,6 +1,7 @@
 #include "tables/ending_index.h"
 
 #include "bases/syzygy/tb_index_tables.h"
+#include "platform/bits.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,7 +10,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::size_t PawnSquares = 48;
+constexpr std::uint32_t PawnSquares = 48;
 constexpr std::array<Square, 10> Triangle = {A1, B1, C1, D1, B2, C2, D2, C3, D3, D4};
 constexpr Square MirrorFiles = H1;
 constexpr Square MirrorRanks = A8;
@@ -25,8 +26,7 @@ CEndingIndex::CEndingIndex(const Ending& ending) : ending_(ending), pieces_(endi
         }
     }
     for (std::size_t field = 0; field < whiteKings_.size(); ++field) {
-        kingFields_[static_cast<std::size_t>(whiteKings_[field])] =
-            static_cast<std::uint8_t>(field);
+        kingFields_[whiteKings_[field]] = ToByte(field);
     }
     sliceSize_ = whiteKings_.size() << KingShift();
     ListSlices();
@@ -35,7 +35,7 @@ CEndingIndex::CEndingIndex(const Ending& ending) : ending_(ending), pieces_(endi
 std::size_t CEndingIndex::CodeOf(const EndingSquares& squares) const noexcept {
     std::size_t code = 0;
     for (std::size_t man = pieces_; man < ending_.men; ++man) {
-        code = code * PawnSquares + static_cast<std::size_t>(squares[man] - A2);
+        code = code * PawnSquares + (squares[man] - A2);
     }
     return code;
 }
@@ -59,24 +59,25 @@ EndingSquares CEndingIndex::SortedPawns(const EndingSquares& squares) const noex
 
 void CEndingIndex::ListSlices() {
     constexpr std::uint32_t NotYet = ~0U;
-    std::size_t codes = 1;
+    std::uint32_t slices = 0;
+    std::uint32_t codes = 1;
     for (std::size_t pawn = 0; pawn < ending_.Pawns(); ++pawn) {
         codes *= PawnSquares;
     }
     sliceOf_.assign(codes, NotYet);
-    for (std::size_t code = 0; code < codes; ++code) {
+    for (std::uint32_t code = 0; code < codes; ++code) {
         EndingSquares squares{};
         EndingSquares mirrored{};
-        std::size_t rest = code;
+        std::uint32_t rest = code;
         for (std::size_t man = ending_.men; man-- > pieces_; rest /= PawnSquares) {
-            squares[man] = static_cast<Square>(rest % PawnSquares) + A2;
+            squares[man] = A2 + rest % PawnSquares;
             mirrored[man] = squares[man] ^ MirrorFiles;
         }
         const std::size_t plain = CodeOf(SortedPawns(squares));
         const std::size_t turned = CodeOf(SortedPawns(mirrored));
         const std::size_t lowest = std::min(plain, turned);
         if (sliceOf_[lowest] == NotYet) {  // then `lowest` is this code
-            sliceOf_[lowest] = static_cast<std::uint32_t>(slices_.size()) * 2;
+            sliceOf_[lowest] = 2 * slices++;
             slices_.push_back(squares);
         }
         sliceOf_[code] = (sliceOf_[lowest] & ~1U) | (turned < plain ? 1U : 0U);
@@ -104,7 +105,7 @@ CEndingIndex::Place CEndingIndex::PlaceOf(EndingSquares squares) const noexcept 
     }
     std::size_t index = KingField(squares[0]);
     for (std::size_t man = 1; man < pieces_; ++man) {
-        index = index << 6U | static_cast<std::size_t>(squares[man]);
+        index = index << 6U | squares[man];
     }
     return {slice, index};
 }

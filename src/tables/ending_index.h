@@ -46,7 +46,7 @@ public:
         EndingSquares squares = slices_[place.slice];
         squares[0] = whiteKings_[place.index >> KingShift()];
         for (std::size_t man = 1; man < pieces_; ++man) {
-            squares[man] = static_cast<Square>(place.index >> ShiftOf(man) & 63U);
+            squares[man] = place.index >> ShiftOf(man) & 63U;
         }
         return squares;
     }
@@ -60,7 +60,7 @@ public:
 
     /// The field of White's king on one of the squares that it has in this numbering.
     [[nodiscard]] std::size_t KingField(Square square) const noexcept {
-        return kingFields_[static_cast<std::size_t>(square)];
+        return kingFields_[square];
     }
 
     /// The squares of the pawns of a slice; the other fields are a1.

@@ -83,7 +83,7 @@ public:
 
     [[nodiscard]] bool IsInCheck() const noexcept { return answers_ != AllSquares; }
 
-    /// Legal moves of a man of the side to move that is no pawn.
+    /// Legal moves of a man of the side to move that is not a pawn.
     [[nodiscard]] Bitboard Targets(std::size_t man) const noexcept {
         const PieceType type = ending_.man[man].type;
         if (type == King) {

@@ -1,6 +1,7 @@
 #include "tables/ending_solver.h"
 
 #include "bases/syzygy/tb_index_tables.h"
+#include "platform/bits.h"
 
 #include <algorithm>
 #include <atomic>
@@ -65,12 +66,12 @@ public:
                 Survey(colour, chunk);
                 const std::size_t count = done.fetch_add(1, std::memory_order_relaxed) + 1;
                 if (thread == 0) {
-                    report(0.5 * static_cast<double>(count) / static_cast<double>(2 * chunks));
+                    report(0.5 * Share(count, 2 * chunks));
                 }
             });
         }
         for (int plies = 0; plies <= Rules::MostPlies; ++plies) {
-            if (!isDue_[static_cast<std::size_t>(plies)].load(std::memory_order_relaxed)) {
+            if (!isDue_[plies].load(std::memory_order_relaxed)) {
                 continue;
             }
             for (const Colour colour : {White, Black}) {
@@ -82,6 +83,14 @@ public:
     }
 
 private:
+    [[nodiscard]] static constexpr Code WinIn(int plies) noexcept {
+        return static_cast<Code>(Rules::WinCode(plies));
+    }
+
+    [[nodiscard]] static constexpr Code LossIn(int plies) noexcept {
+        return static_cast<Code>(Rules::LossCode(plies));
+    }
+
     [[nodiscard]] std::uint8_t* Counts(Colour colour) noexcept {
         return static_cast<std::uint8_t*>(counts_[colour].Data());
     }
@@ -108,7 +117,7 @@ private:
         const ExitSum sum = exits_.Find(node);
         Code& code = codes_[node.SideToMove()][index];
         if (sum.bestWin != NoDistance) {
-            code = static_cast<Code>(Rules::WinCode(sum.bestWin));
+            code = WinIn(sum.bestWin);
             MarkDue(sum.bestWin);
             return NeverLost;
         }
@@ -117,25 +126,25 @@ private:
         }
         if (quiet == 0) {
             if (sum.hasMove || node.IsInCheck()) {
-                code = static_cast<Code>(Rules::LossCode(sum.worstLoss));
+                code = LossIn(sum.worstLoss);
                 MarkDue(sum.worstLoss);
             }
             return NeverLost;
         }
-        return static_cast<std::uint8_t>(quiet);
+        return ToByte(quiet);
     }
 
     void MarkDue(int plies) {
         if (plies > Rules::MostPlies) {
             FailForDistance(ending_);
         }
-        isDue_[static_cast<std::size_t>(plies)].store(true, std::memory_order_relaxed);
+        isDue_[plies].store(true, std::memory_order_relaxed);
     }
 
     /// Takes back moves from all positions that are decided in `plies`.
     void Settle(Colour colour, std::size_t chunk, int plies) {
-        const auto win = static_cast<Code>(plies == 0 ? Rules::LossCode(0) : Rules::WinCode(plies));
-        const auto loss = static_cast<Code>(Rules::LossCode(plies));
+        const Code win = plies == 0 ? LossIn(0) : WinIn(plies);
+        const Code loss = LossIn(plies);
         // Codes of one family may stand for two numbers of plies, of which only one occurs.
         const bool hasWins = plies != 0 && Rules::PliesOf(win) == plies;
         const bool hasLosses = Rules::PliesOf(loss) == plies;
@@ -145,8 +154,7 @@ private:
         for (std::size_t start = chunk * ChunkSize; start < end; start += Step) {
             unsigned found = 0;
             for (std::size_t at = start; at < start + Step; ++at) {
-                found |= static_cast<unsigned>(codes[at] == win) |
-                         static_cast<unsigned>(codes[at] == loss);
+                found |= (codes[at] == win ? 1U : 0U) | (codes[at] == loss ? 1U : 0U);
             }
             if (found == 0) {
                 continue;
@@ -163,7 +171,7 @@ private:
     }
 
     /// Calls `visit` with the place of each position from which a quiet move of a piece leads here;
-    /// some of the places are no positions.
+    /// some of the places are not positions.
     template <class Visit>
     void TakeBack(Colour colour, std::size_t index, const Visit& visit) {
         const EndingSquares squares = index_.SquaresOf({slice_, index});
@@ -185,7 +193,8 @@ private:
             const std::size_t shift = index_.ShiftOf(man);
             const std::size_t others = index & ~(std::size_t{63} << shift);
             while (origins != 0) {
-                visit(others | static_cast<std::size_t>(PopLowestBit(origins)) << shift);
+                const std::size_t origin = PopLowestBit(origins);
+                visit(others | origin << shift);
             }
         }
     }
@@ -232,7 +241,7 @@ private:
     [[nodiscard]] std::size_t IndexOf(const EndingSquares& squares) const noexcept {
         std::size_t place = index_.KingField(squares[0]);
         for (std::size_t man = 1; man < ending_.pieces; ++man) {
-            place = place << 6U | static_cast<std::size_t>(squares[man]);
+            place = place << 6U | squares[man];
         }
         return place;
     }
@@ -242,7 +251,7 @@ private:
         if (Counts(colour)[index] == NoPosition) {
             return;
         }
-        const auto win = static_cast<Code>(Rules::WinCode(plies + 1));
+        const Code win = WinIn(plies + 1);
         Code& code = codes_[colour][index];
         const Code old = Load(code);
         if (old == 0 || old > win) {
@@ -254,14 +263,14 @@ private:
     /// One more move from here leads to a position that is won in `plies`.
     void Worsen(Colour colour, std::size_t index, int plies) {
         std::uint8_t& count = Counts(colour)[index];
-        if (Load(count) >= NeverLost || Decrement(count) != 0) {
+        if (Load(count) >= NeverLost || !CountDown(count)) {
             return;
         }
         const EndingSquares squares = index_.SquaresOf({slice_, index});
         CEndingNode node(ending_, squares, colour);
         node.PrepareMoves();
         const int distance = std::max(plies + 1, exits_.Find(node).worstLoss);
-        Store(codes_[colour][index], static_cast<Code>(Rules::LossCode(distance)));
+        Store(codes_[colour][index], LossIn(distance));
         MarkDue(distance);
     }
 
@@ -283,14 +292,13 @@ private:
         }
     }
 
-    /// @return the count afterwards
-    [[nodiscard]] static std::uint8_t Decrement(std::uint8_t& count) noexcept {
+    /// @return whether nothing is left
+    [[nodiscard]] static bool CountDown(std::uint8_t& count) noexcept {
         if constexpr (Shared) {
-            const std::uint8_t before =
-                std::atomic_ref<std::uint8_t>(count).fetch_sub(1, std::memory_order_relaxed);
-            return static_cast<std::uint8_t>(before - 1);
+            return std::atomic_ref<std::uint8_t>(count).fetch_sub(1, std::memory_order_relaxed) ==
+                   1;
         } else {
-            return --count;
+            return --count == 0;
         }
     }
 
@@ -335,7 +343,7 @@ void SolveSmallSlices(CEndingValues<typename Rules::Code>& values, const SolvedE
             solvers[thread]->Solve(level[item], [](double) {});
         });
         done += level.size();
-        progress.Report(static_cast<double>(done) / static_cast<double>(values.Index().Slices()));
+        progress.Report(Share(done, values.Index().Slices()));
     }
 }
 
@@ -343,12 +351,14 @@ template <class Rules>
 void SolveLargeSlices(CEndingValues<typename Rules::Code>& values, const SolvedEndings& solved,
                       CWorkers& workers, CProgress& progress) {
     CSliceSolver<Rules, true> solver(values, solved, workers);
-    double done = 0;
-    const auto slices = static_cast<double>(values.Index().Slices());
+    std::size_t done = 0;
+    const std::size_t slices = values.Index().Slices();
     for (const std::vector<std::size_t>& level : Levels(values.Index())) {
         for (const std::size_t slice : level) {
-            solver.Solve(slice, [&](double share) { progress.Report((done + share) / slices); });
-            done += 1;
+            solver.Solve(slice, [&](double share) {
+                progress.Report(Share(done, slices) + share * Share(1, slices));
+            });
+            ++done;
         }
     }
 }

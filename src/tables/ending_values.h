@@ -1,7 +1,7 @@
 // The values of all positions of one ending, in the numbering of the solver.
 //
 // One number a place, from the view of the side to move: what it means is up to the family of
-// tables (tables/rules.h). Places that are no positions hold anything.
+// tables (tables/rules.h). Places that are not positions hold anything.
 //
 // Memory: one or two bytes a place; five men without pawns have 168 million places for each side to
 // move, with one pawn 403 million. The object may be read by any number of threads.
@@ -26,8 +26,8 @@ public:
     /// Holds nothing yet.
     explicit CEndingValues(const Ending& ending) : ending_(ending), index_(ending) {}
 
-    /// Makes room for one side to move; all values are 0. Throws `CTableError` where the memory is
-    /// not to be had.
+    /// Makes room for one side to move; all values are 0. Throws `CTableError` where the memory
+    /// cannot be had.
     void Allocate(Colour sideToMove) {
         pages_[sideToMove] = CPages::Allocate(BytesOfSide());
         if (!Has(sideToMove)) {
@@ -91,7 +91,7 @@ using SolvedEndings = std::array<std::shared_ptr<SolvedValues>, EndingCount + 1>
     if (exit.ending == 0) {
         return 0;
     }
-    const SolvedValues& values = *solved[static_cast<std::size_t>(exit.ending)];
+    const SolvedValues& values = *solved[exit.ending];
     return values.At(exit.Map(squares), exit.flipped ? ~sideToMove : sideToMove);
 }
 

@@ -4,6 +4,8 @@
 // length, from all zeros on.
 #pragma once
 
+#include "tables/byte_list.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -20,22 +22,22 @@ public:
         count_ += bits;
         while (count_ >= 8) {
             count_ -= 8;
-            bytes_.push_back(static_cast<std::uint8_t>(buffer_ >> count_));
+            bytes_.push_back(buffer_ >> count_ & 0xFFU);
         }
         isFlushed_ = false;
     }
 
-    /// What has been written, the last byte filled up with zeros. Nothing is to be written after.
-    [[nodiscard]] const std::vector<std::uint8_t>& Bytes() {
+    /// What has been written, the last byte filled up with zeros. Nothing is written after that.
+    [[nodiscard]] const ByteList& Bytes() {
         if (count_ > 0 && !isFlushed_) {
-            bytes_.push_back(static_cast<std::uint8_t>(buffer_ << (8 - count_)));
+            bytes_.push_back(buffer_ << (8 - count_) & 0xFFU);
             isFlushed_ = true;
         }
         return bytes_;
     }
 
 private:
-    std::vector<std::uint8_t> bytes_;
+    ByteList bytes_;
     std::uint64_t buffer_ = 0;
     unsigned count_ = 0;  // bits of the buffer that are in no byte yet, below 8 between calls
     bool isFlushed_ = false;

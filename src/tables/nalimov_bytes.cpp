@@ -1,12 +1,17 @@
 #include "tables/nalimov_bytes.h"
 
 #include "bases/nalimov/nalimov_index.h"
+#include "platform/bits.h"
 
 #include <atomic>
 
 namespace brenquil {
 
 namespace {
+
+// Bytes of the largest distances, for which the others leave no room.
+constexpr std::uint8_t SlowestWin = 0x80;   ///< in 127 moves
+constexpr std::uint8_t SlowestLoss = 0x81;  ///< in 126 moves
 
 constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
 
@@ -22,7 +27,7 @@ void ForPlaces(const CEndingIndex& index, CWorkers& workers, CProgress& progress
         work(item / chunks, first, std::min(index.SliceSize(), first + ChunkSize));
         const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
         if (thread == 0) {
-            progress.Report(static_cast<double>(finished) / static_cast<double>(count));
+            progress.Report(Share(finished, count));
         }
     });
 }
@@ -42,32 +47,31 @@ std::uint8_t NalimovByteOf(int code) noexcept {
         return 0;
     }
     if (code > 0) {
-        return static_cast<std::uint8_t>(code == 127 ? -128 : 127 - code);
+        return code == 127 ? SlowestWin : ToByte(127 - code);
     }
     const int moves = -code - 1;
     if (moves > 126) {
         return NalimovNoValue;
     }
-    return static_cast<std::uint8_t>(moves == 126 ? -127 : moves - 126);
+    return moves == 126 ? SlowestLoss : ToByte(moves + 130);  // moves - 126 with its sign
 }
 
 int CodeOfNalimovByte(std::uint8_t byte) noexcept {
-    const int number = byte < 128 ? byte : byte - 256;
-    if (number == 0) {
+    if (byte == 0) {
         return 0;
     }
-    if (number == -128) {
+    if (byte == SlowestWin) {
         return 127;
     }
-    if (number == -127) {
+    if (byte == SlowestLoss) {
         return -127;
     }
+    const int number = byte < 128 ? byte : byte - 256;
     return number > 0 ? 127 - number : -(number + 126) - 1;
 }
 
 bool HasOneNalimovFile(const Ending& ending) {
-    return (NalimovSignatures[static_cast<std::size_t>(ending.number)].flags & NalimovSymmetric) !=
-           0;
+    return (NalimovSignatures[ending.number].flags & NalimovSymmetric) != 0;
 }
 
 std::uint64_t NalimovPlaces(const Ending& ending, int side) {
@@ -129,7 +133,7 @@ std::vector<std::uint8_t> NalimovBytes(const SolvedValues& values, const SolvedE
 
 void ReadNalimovValues(std::span<const std::uint8_t> contents, Colour sideToMove,
                        SolvedValues& values, CWorkers& workers, CProgress& progress) {
-    constexpr int SlowestLoss = -128;
+    constexpr std::int8_t LossIn127 = -128;
     const Ending& ending = values.Of();
     const bool mayBeUnwritten = ending.name == "kppkp" && sideToMove == Black;
     values.Allocate(sideToMove);
@@ -147,7 +151,7 @@ void ReadNalimovValues(std::span<const std::uint8_t> contents, Colour sideToMove
             if (byte != NalimovNoValue) {
                 codes[at] = static_cast<std::int8_t>(CodeOfNalimovByte(byte));
             } else if (mayBeUnwritten) {
-                codes[at] = SlowestLoss;
+                codes[at] = LossIn127;
             } else {
                 throw CTableError("the table " + ending.name + " has no value for a position");
             }

@@ -130,8 +130,8 @@ void CNalimovFamily::Read(Colour sideToMove, SolvedValues& values) {
 }
 
 std::uint64_t CNalimovFamily::MakingBytes(const Ending& ending) const {
-    // Behind the solving: contents of one file, and what it becomes. Of all tables of three and
-    // four men that is two fifths at most, so half is room enough.
+    // After the solving: the contents of one file, and what they are compressed to. Of all tables
+    // of three and four men that is two fifths at most, so half is room enough.
     const std::uint64_t file = std::max(NalimovPlaces(ending, 0), NalimovPlaces(ending, 1));
     const std::uint64_t writing =
         2 * KeptBytesOfSide(ending) + file + (writing_.plain ? 0 : file / 2);

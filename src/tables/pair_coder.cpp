@@ -1,5 +1,6 @@
 #include "tables/pair_coder.h"
 
+#include "platform/bits.h"
 #include "tables/huffman.h"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ constexpr std::uint32_t MostLength = 256;  ///< values that one symbol stands fo
 constexpr std::uint16_t NoSymbol = 0xFFFF;
 constexpr std::uint16_t NoRightHalf = 0xFFF;
 constexpr unsigned LongestCode = 24;
-/// The format allows 65536; the rest lets the index point a little behind the last value.
+/// The format allows 65536; the rest lets the index point a little past the last value.
 constexpr std::size_t MostBlockValues = 65472;
 
 struct Symbol {
@@ -23,16 +24,6 @@ struct Symbol {
     std::uint16_t right;   ///< `NoRightHalf` for a value
     std::uint32_t length;  ///< values that it stands for
 };
-
-void Append16(std::vector<std::uint8_t>& bytes, std::size_t value) {
-    bytes.push_back(static_cast<std::uint8_t>(value));
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8U));
-}
-
-void Append32(std::vector<std::uint8_t>& bytes, std::size_t value) {
-    Append16(bytes, value);
-    Append16(bytes, value >> 16U);
-}
 
 /// A sequence in which frequent pairs have become symbols.
 class CPairing {
@@ -45,8 +36,7 @@ public:
         }
         for (std::size_t value = 0; value < numbers.size(); ++value) {
             if (numbers[value] == 0) {
-                numbers[value] = static_cast<std::uint16_t>(symbols_.size());
-                symbols_.push_back({static_cast<std::uint16_t>(value), NoRightHalf, 1});
+                numbers[value] = AddSymbol({ToByte(value), NoRightHalf, 1});
             }
         }
         std::transform(values.begin(), values.end(), sequence_.begin(),
@@ -72,6 +62,13 @@ private:
         std::uint32_t pair;
     };
 
+    /// @return its number, at most `MostSymbols` - 1
+    std::uint16_t AddSymbol(Symbol symbol) {
+        const std::size_t number = symbols_.size();
+        symbols_.push_back(symbol);
+        return number & 0xFFFU;
+    }
+
     /// Makes symbols of the most frequent pairs; several at once, as long as they are about as
     /// frequent as the first.
     bool AddPairs() {
@@ -87,11 +84,11 @@ private:
         }
         std::vector<Candidate> candidates;
         std::uint32_t most = 0;
-        for (std::size_t pair = 0; pair < counts_.size(); ++pair) {
+        for (std::uint32_t pair = 0; pair < counts_.size(); ++pair) {
             if (counts_[pair] >= FewestPairs &&
                 symbols_[pair / size].length + symbols_[pair % size].length <= MostLength) {
                 most = std::max(most, counts_[pair]);
-                candidates.push_back({counts_[pair], static_cast<std::uint32_t>(pair)});
+                candidates.push_back({counts_[pair], pair});
             }
         }
         if (candidates.empty()) {
@@ -105,8 +102,8 @@ private:
         std::vector<bool> isLeft(size);
         std::vector<bool> isRight(size);
         for (const Candidate& candidate : candidates) {
-            const std::size_t left = candidate.pair / size;
-            const std::size_t right = candidate.pair % size;
+            const std::uint16_t left = candidate.pair / size & 0xFFFU;
+            const std::uint16_t right = candidate.pair % size & 0xFFFU;
             if (candidate.count < most / 2 || symbols_.size() == MostSymbols) {
                 break;
             }
@@ -115,9 +112,8 @@ private:
             }
             isLeft[left] = true;
             isRight[right] = true;
-            pairs_[candidate.pair] = static_cast<std::uint16_t>(symbols_.size());
-            symbols_.push_back({static_cast<std::uint16_t>(left), static_cast<std::uint16_t>(right),
-                                symbols_[left].length + symbols_[right].length});
+            pairs_[candidate.pair] =
+                AddSymbol({left, right, symbols_[left].length + symbols_[right].length});
         }
         stride_ = size;
         return true;
@@ -191,12 +187,12 @@ std::vector<std::uint32_t> CutIntoBlocks(const CPairing& pairing, const Canonica
     std::vector<std::uint32_t> sizes;
     const std::size_t room = std::size_t{8} << blockBits;
     std::size_t bits = room;
-    std::size_t values = 0;
+    std::uint32_t values = 0;
     for (const std::uint16_t symbol : pairing.Sequence()) {
         const std::uint32_t length = pairing.Symbols()[symbol].length;
         if (bits + code.lengths[symbol] > room || values + length > MostBlockValues) {
             if (values != 0) {
-                sizes.push_back(static_cast<std::uint32_t>(values));
+                sizes.push_back(values);
             }
             bits = 0;
             values = 0;
@@ -204,13 +200,13 @@ std::vector<std::uint32_t> CutIntoBlocks(const CPairing& pairing, const Canonica
         bits += code.lengths[symbol];
         values += length;
     }
-    sizes.push_back(static_cast<std::uint32_t>(values));
+    sizes.push_back(values);
     return sizes;
 }
 
-std::vector<std::uint8_t> WriteBlocks(const CPairing& pairing, const CanonicalCode& code,
-                                      const std::vector<std::uint32_t>& sizes, unsigned blockBits) {
-    std::vector<std::uint8_t> data;
+ByteList WriteBlocks(const CPairing& pairing, const CanonicalCode& code,
+                     const std::vector<std::uint32_t>& sizes, unsigned blockBits) {
+    ByteList data;
     data.reserve(sizes.size() << blockBits);
     auto symbol = pairing.Sequence().begin();
     for (const std::uint32_t size : sizes) {
@@ -219,17 +215,15 @@ std::vector<std::uint8_t> WriteBlocks(const CPairing& pairing, const CanonicalCo
             bits.Write(code.words[*symbol], code.lengths[*symbol]);
             values += pairing.Symbols()[*symbol].length;
         }
-        const std::vector<std::uint8_t>& block = bits.Bytes();
-        data.insert(data.end(), block.begin(), block.end());
+        Append(data, bits.Bytes());
         data.resize((data.size() + (std::size_t{1} << blockBits) - 1) >> blockBits << blockBits);
     }
     return data;
 }
 
 /// Rows for every 2^indexBits values: where the value in the middle of the row's range is.
-std::vector<std::uint8_t> MakeIndex(const std::vector<std::uint32_t>& sizes, std::size_t count,
-                                    unsigned indexBits) {
-    std::vector<std::uint8_t> index;
+ByteList MakeIndex(const std::vector<std::uint32_t>& sizes, std::size_t count, unsigned indexBits) {
+    ByteList index;
     const std::size_t distance = std::size_t{1} << indexBits;
     std::size_t block = 0;
     std::size_t before = 0;
@@ -238,14 +232,14 @@ std::vector<std::uint8_t> MakeIndex(const std::vector<std::uint32_t>& sizes, std
         while (block + 1 < sizes.size() && before + sizes[block] <= middle) {
             before += sizes[block++];
         }
-        Append32(index, block);
-        Append16(index, middle - before);
+        AppendLittle(index, block, 4);
+        AppendLittle(index, middle - before, 2);
     }
     return index;
 }
 
 /// A row for about every eighth block, and so that each place fits 16 bits: the middle of the last
-/// row may lie behind the last value.
+/// row may lie past the last value.
 unsigned IndexBitsFor(std::size_t count, const std::vector<std::uint32_t>& sizes) noexcept {
     constexpr unsigned Fewest = 6;
     constexpr unsigned Most = 20;
@@ -269,7 +263,7 @@ unsigned IndexBitsFor(std::size_t count, const std::vector<std::uint32_t>& sizes
 PairStream SinglePairStream(std::uint8_t value, std::uint8_t flags) {
     constexpr std::uint8_t SingleValueFlag = 0x80;
     PairStream stream;
-    stream.header = {static_cast<std::uint8_t>(flags | SingleValueFlag), value};
+    stream.header = {ToByte(flags | SingleValueFlag), value};
     return stream;
 }
 
@@ -297,32 +291,30 @@ PairStream CompressPairs(const std::vector<std::uint8_t>& values, std::uint8_t f
     const unsigned indexBits = IndexBitsFor(values.size(), sizes);
 
     PairStream stream;
-    stream.header = {flags, static_cast<std::uint8_t>(blockBits),
-                     static_cast<std::uint8_t>(indexBits), 0};
-    Append32(stream.header, sizes.size());
-    stream.header.push_back(static_cast<std::uint8_t>(code.longest));
-    stream.header.push_back(static_cast<std::uint8_t>(code.shortest));
+    stream.header = {flags, ToByte(blockBits), ToByte(indexBits), 0};
+    AppendLittle(stream.header, sizes.size(), 4);
+    stream.header.push_back(ToByte(code.longest));
+    stream.header.push_back(ToByte(code.shortest));
     for (std::uint32_t length = code.shortest; length <= code.longest; ++length) {
         const auto first =
             std::find_if(code.order.begin(), code.order.end(),
                          [&](std::size_t symbol) { return code.lengths[symbol] <= length; });
-        Append16(stream.header, static_cast<std::size_t>(first - code.order.begin()));
+        AppendLittle(stream.header, first - code.order.begin(), 2);
     }
-    Append16(stream.header, symbols.size());
+    AppendLittle(stream.header, symbols.size(), 2);
     for (const std::size_t symbol : code.order) {
         const Symbol& what = symbols[symbol];
         const bool isValue = what.right == NoRightHalf;
         const std::size_t left = isValue ? what.left : code.numbers[what.left];
         const std::size_t right = isValue ? NoRightHalf : code.numbers[what.right];
-        Append16(stream.header, left | right << 12U);
-        stream.header.push_back(static_cast<std::uint8_t>(right >> 4U));
+        AppendLittle(stream.header, left | right << 12U, 3);
     }
     if (symbols.size() % 2 != 0) {
         stream.header.push_back(0);
     }
     stream.indexTable = MakeIndex(sizes, values.size(), indexBits);
     for (const std::uint32_t size : sizes) {
-        Append16(stream.sizeTable, size - 1);
+        AppendLittle(stream.sizeTable, size - 1, 2);
     }
     stream.data = WriteBlocks(pairing, code, sizes, blockBits);
     return stream;

@@ -7,6 +7,9 @@
 // Memory: two bytes a value, and 64 MiB for counting pairs. The result depends on the values alone.
 #pragma once
 
+#include "tables/byte_list.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -14,10 +17,10 @@ namespace brenquil {
 
 /// One compressed stream, before its parts are spread over a file.
 struct PairStream {
-    std::vector<std::uint8_t> header;
-    std::vector<std::uint8_t> indexTable;
-    std::vector<std::uint8_t> sizeTable;
-    std::vector<std::uint8_t> data;
+    ByteList header;
+    ByteList indexTable;
+    ByteList sizeTable;
+    ByteList data;
 
     [[nodiscard]] std::size_t Bytes() const noexcept {
         return header.size() + indexTable.size() + sizeTable.size() + data.size();

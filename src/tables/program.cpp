@@ -36,7 +36,7 @@ constexpr const char* Usage =
        brenquil-tables statistics DIR                    counts, longest mates
        brenquil-tables [COMMAND] --help | --version
 
-WHAT is 3, 4 or 5, for all endings of up to so many men, or names of endings such as kqkr.
+WHAT is 3, 4 or 5, for all endings of up to that many men, or names of endings such as kqkr.
 What an ending can turn into is made with it.
 
   --threads N     work on N threads (default: all that the machine has)
@@ -56,7 +56,7 @@ Solves endings from the rules of chess and writes their tables into the folder D
 if it is not there. nalimov tables tell the moves to mate, syzygy tables win, draw or loss under
 the fifty-move rule and the half-moves to the next capture or pawn move.
 
-WHAT is 3, 4 or 5, for all endings of up to so many men, or names of endings such as kqkr or
+WHAT is 3, 4 or 5, for all endings of up to that many men, or names of endings such as kqkr or
 KQvKR. What an ending can turn into is made with it. A table that is there and sound is not made
 again, so a run that was ended goes on where it stopped.
 
@@ -124,7 +124,7 @@ constexpr const char* UsageHint = "brenquil-tables --help tells how it is used\n
 std::vector<int> EndingsOf(const std::string& word) {
     std::vector<int> endings;
     if (word == "3" || word == "4" || word == "5") {
-        const auto most = static_cast<std::size_t>(word.front() - '0');
+        const std::size_t most = word.front() - '0';
         for (int number = 1; number <= EndingCount; ++number) {
             if (EndingOf(number).men <= most) {
                 endings.push_back(number);
@@ -140,7 +140,7 @@ std::vector<int> EndingsOf(const std::string& word) {
 
 std::size_t ThreadsOf(CCommandWords& arguments) {
     constexpr std::size_t MostThreads = 256;
-    return arguments.Number("--threads", static_cast<std::size_t>(ProcessorCount()), MostThreads);
+    return arguments.Number("--threads", ProcessorCount(), MostThreads);
 }
 
 int Make(CCommandWords arguments) {

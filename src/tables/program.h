@@ -8,8 +8,7 @@ namespace brenquil {
 
 /// Runs a command.
 /// @return 0; 1 for a failure, which a message on standard error explains; 2 for arguments that
-///         make
-///         no sense; 130 after an interrupt
+///         make no sense; 130 after an interrupt
 [[nodiscard]] int RunTablesProgram(const std::vector<std::string>& arguments);
 
 }  // namespace brenquil

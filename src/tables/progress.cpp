@@ -46,8 +46,9 @@ std::string CProgress::Describe(double share) const {
     const double seconds = std::chrono::duration<double>(Clock::now() - phaseStart_).count();
     std::string text = table_ + "  " + phase_ + Formatted(" %3.0f %%", std::floor(100 * share));
     if (seconds > 0.5 && share > 0) {
-        const double rate = static_cast<double>(positions_) * share / seconds;
-        text += "  " + CountText(static_cast<std::uint64_t>(rate)) + " positions/s";
+        const auto rate =
+            static_cast<std::uint64_t>(static_cast<double>(positions_) * share / seconds);
+        text += "  " + CountText(rate) + " positions/s";
         text += "  " + DurationText(seconds * (1 - share) / share) + " left";
     }
     return text;
@@ -64,11 +65,13 @@ void CProgress::Report(double share) {
         return;
     }
     lastShown_ = now;
-    const std::string text = Describe(share);
+    std::string text = Describe(share);
     if (isTerminal) {
-        // Blanks cover what the last text had more.
-        std::printf("\r%-*s", static_cast<int>(std::max(shownLength_, text.size())), text.c_str());
-        shownLength_ = text.size();
+        const std::size_t length = text.size();
+        // Blanks cover the end of a longer text before it.
+        text.resize(std::max(shownLength_, text.size()), ' ');
+        std::printf("\r%s", text.c_str());
+        shownLength_ = length;
     } else {
         std::printf("%s\n", text.c_str());
     }
@@ -90,7 +93,7 @@ void CProgress::Say(const std::string& line) {
 
 void CProgress::Erase() {
     if (shownLength_ != 0) {
-        std::printf("\r%*s\r", static_cast<int>(shownLength_), "");
+        std::printf("\r%s\r", std::string(shownLength_, ' ').c_str());
         std::fflush(stdout);
         shownLength_ = 0;
     }
@@ -100,6 +103,10 @@ double CProgress::SecondsOfTable() const noexcept {
     return std::chrono::duration<double>(Clock::now() - tableStart_).count();
 }
 
+double Share(std::uint64_t part, std::uint64_t whole) noexcept {
+    return static_cast<double>(part) / static_cast<double>(whole);
+}
+
 std::string DurationText(double seconds) {
     if (seconds < 60) {
         return Formatted("%.1f s", seconds);
@@ -107,11 +114,10 @@ std::string DurationText(double seconds) {
     const auto whole = std::lround(std::min(seconds, 1e9));
     char text[64];
     if (whole < 3600) {
-        std::snprintf(text, sizeof text, "%d:%02d", static_cast<int>(whole / 60),
-                      static_cast<int>(whole % 60));
+        std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
     } else {
-        std::snprintf(text, sizeof text, "%d:%02d:%02d", static_cast<int>(whole / 3600),
-                      static_cast<int>(whole / 60 % 60), static_cast<int>(whole % 60));
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60,
+                      whole % 60);
     }
     return text;
 }

@@ -31,7 +31,7 @@ public:
     /// Begins table `number` of `count`.
     void BeginTable(const std::string& name, std::size_t number, std::size_t count);
 
-    /// Begins a part of the work on the table, over so many positions.
+    /// Begins a part of the work on the table, over that many positions.
     void BeginPhase(const std::string& phase, std::uint64_t positions);
 
     /// The share of the phase that is done, 0 to 1. Costs a look at the clock at most.
@@ -61,6 +61,9 @@ private:
     Clock::time_point lastShown_ = Clock::now();
     std::size_t shownLength_ = 0;
 };
+
+/// What a part is of a whole, which is not 0.
+[[nodiscard]] double Share(std::uint64_t part, std::uint64_t whole) noexcept;
 
 /// "1.3 s", "2:05", "1:02:05".
 [[nodiscard]] std::string DurationText(double seconds);

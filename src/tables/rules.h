@@ -13,7 +13,7 @@
 
 namespace brenquil {
 
-/// A distance in plies that is no distance.
+/// A distance in plies that is not a distance.
 inline constexpr int NoDistance = 0x7FFF;
 
 /// What the moves that leave a slice for good come to, for the side that makes them.
@@ -53,7 +53,7 @@ struct DistanceToMate {
         return code > 0 ? 2 * code - 1 : -2 * (code + 1);
     }
 
-    [[nodiscard]] static constexpr int ValueOf(Code code) noexcept { return code; }
+    [[nodiscard]] static constexpr int ValueOf(int code) noexcept { return code; }
 
     /// A move that leads to `value` for the other side.
     static void Add(ExitSum& sum, int value) noexcept {
@@ -84,7 +84,7 @@ struct DistanceToZeroing {
         return code > 0 ? code : -code - 1;
     }
 
-    [[nodiscard]] static constexpr int ValueOf(Code code) noexcept {
+    [[nodiscard]] static constexpr int ValueOf(int code) noexcept {
         if (code == 0) {
             return 0;
         }

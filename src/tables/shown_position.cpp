@@ -1,11 +1,11 @@
 #include "tables/shown_position.h"
 
+#include "board/position_text.h"
 #include "tables/ending_node.h"
 #include "tables/table_error.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 
 namespace brenquil {
 
@@ -30,10 +30,6 @@ std::vector<std::string> Words(const std::string& text) {
     return words;
 }
 
-std::string SquareName(Square square) {
-    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 struct ReadMen {
     std::vector<EndingMan> men;
     std::vector<Square> squares;
@@ -44,8 +40,7 @@ ReadMen ReadBoard(const std::string& text) {
     int file = 0;
     int rank = 7;
     for (const char letter : text) {
-        const auto type =
-            Letters.find(static_cast<char>(std::tolower(static_cast<unsigned char>(letter))));
+        const std::optional<PieceType> type = PieceTypeOf(letter);
         if (letter == '/') {
             if (file != 8 || rank == 0) {
                 Refuse("a rank of the board has not eight squares");
@@ -54,11 +49,9 @@ ReadMen ReadBoard(const std::string& text) {
             --rank;
         } else if (letter >= '1' && letter <= '8') {
             file += letter - '0';
-        } else if (type != std::string_view::npos) {
+        } else if (type) {
             if (file < 8) {
-                board.men.push_back(
-                    {static_cast<PieceType>(type),
-                     std::isupper(static_cast<unsigned char>(letter)) != 0 ? White : Black});
+                board.men.push_back({*type, letter >= 'A' && letter <= 'Z' ? White : Black});
                 board.squares.push_back(MakeSquare(file, rank));
             }
             ++file;
@@ -106,7 +99,7 @@ ShownPosition ShownPosition::FromFen(const std::string& fen) {
     for (std::size_t counter = 4; counter < words.size(); ++counter) {
         if (!std::all_of(words[counter].begin(), words[counter].end(),
                          [](char digit) { return digit >= '0' && digit <= '9'; })) {
-            Refuse("a counter behind the en passant square is no number");
+            Refuse("a counter after the en passant square is no number");
         }
     }
     ShownPosition position;
@@ -168,7 +161,7 @@ std::string ShownPosition::Fen() const {
     std::string fen = FenOfEnding(shown, men, flipped ? ~sideToMove : sideToMove);
     if (victim != Ending::NoMan) {
         const Square passed = squares[victim] + (sideToMove == White ? 8 : -8);
-        fen.replace(fen.find(" - - ") + 3, 1, SquareName(flipped ? passed ^ A8 : passed));
+        fen.replace(fen.find(" - - ") + 3, 1, SquareToText(flipped ? passed ^ A8 : passed));
     }
     return fen;
 }
@@ -239,7 +232,7 @@ std::vector<ShownMove> ShownPosition::Moves() const {
         moved[man] = to;
         const bool isPromotion = type != Pawn;
         ShownMove move;
-        move.text = SquareName(squares[man] ^ mask) + SquareName(to ^ mask);
+        move.text = SquareToText(squares[man] ^ mask) + SquareToText(to ^ mask);
         if (isPromotion) {
             move.text += Letters[type];
         }

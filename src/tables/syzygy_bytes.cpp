@@ -1,5 +1,6 @@
 #include "tables/syzygy_bytes.h"
 
+#include "platform/bits.h"
 #include "tables/pair_coder.h"
 #include "tables/syzygy_layout.h"
 
@@ -27,12 +28,11 @@ constexpr std::string_view SumMark = "BRENQUIL";
 /// What is asked of one legal position.
 std::uint8_t DemandOf(CEndingNode& node, const CEndingExits<DistanceToZeroing>& exits, int code) {
     using Rules = DistanceToZeroing;
-    const int wdl = Rules::ValueOf(static_cast<Rules::Code>(code));
-    auto demand = static_cast<std::uint8_t>(wdl + 2);
+    const int wdl = Rules::ValueOf(code);
+    std::uint8_t demand = ToByte(wdl + 2);
     node.PrepareMoves();
     const auto classOf = [](const ExitSum& sum) {
-        return !sum.hasMove ? -3
-                            : Rules::ValueOf(static_cast<Rules::Code>(CodeOfExits<Rules>(sum)));
+        return !sum.hasMove ? -3 : Rules::ValueOf(CodeOfExits<Rules>(sum));
     };
     const int captures = classOf(exits.FindCaptures(node));
     if (captures == wdl && wdl > -2) {
@@ -57,7 +57,7 @@ struct Choice {
     }
 };
 
-/// Gives the free places values: what stands before them, or else what comes behind.
+/// Gives the free places values: what stands before them, or else what comes after.
 class CFiller {
 public:
     /// @return whether the value differs from the one before
@@ -99,8 +99,7 @@ public:
             for (std::uint64_t number = chunk * ChunkSize; number < end; ++number) {
                 const Choice choice = ChoiceOf(layout, index, number);
                 choices[number] = choice.value;
-                kinds[number] = static_cast<std::uint8_t>((choice.isAnything ? 1 : 0) |
-                                                          (choice.isAtMost ? 2 : 0));
+                kinds[number] = (choice.isAnything ? 1 : 0) | (choice.isAtMost ? 2 : 0);
             }
         });
         CFiller filler;
@@ -158,8 +157,8 @@ public:
 
     [[nodiscard]] Choice At(CEndingIndex::Place place) const noexcept override {
         const std::uint8_t demand = demands_.At(place, sideToMove_);
-        return {static_cast<std::uint8_t>(demand & CSyzygyDemands::ClassMask),
-                demand == CSyzygyDemands::Anything, (demand & CSyzygyDemands::AtMost) != 0};
+        return {ToByte(demand & CSyzygyDemands::ClassMask), demand == CSyzygyDemands::Anything,
+                (demand & CSyzygyDemands::AtMost) != 0};
     }
 
 private:
@@ -193,9 +192,7 @@ public:
         }
         const int wdl = (demand & CSyzygyDemands::ClassMask) - 2;
         const int stored = Stored(codes_.At(place, sideToMove_), wdl);
-        return {places_.empty() ? static_cast<std::uint8_t>(stored)
-                                : places_[ListOfClass(wdl)][static_cast<std::size_t>(stored)],
-                false, false};
+        return {places_.empty() ? ToByte(stored) : places_[ListOfClass(wdl)][stored], false, false};
     }
 
     /// Makes lists of the distances that occur in a layout, the most frequent first, and from then
@@ -211,7 +208,8 @@ public:
             for (std::size_t man = 0; man < layout.Of().men; ++man) {
                 occupied |= BitOf(squares[man]);
             }
-            if (PopCount(occupied) != static_cast<int>(layout.Of().men)) {
+            const std::size_t squaresTaken = PopCount(occupied);
+            if (squaresTaken != layout.Of().men) {
                 continue;
             }
             const CEndingIndex::Place place = index.PlaceOf(squares);
@@ -219,14 +217,14 @@ public:
             if (demand != CSyzygyDemands::Anything && (demand & CSyzygyDemands::Distance) != 0) {
                 const int wdl = (demand & CSyzygyDemands::ClassMask) - 2;
                 const int stored = Stored(codes_.At(place, sideToMove_), wdl);
-                ++counts[ListOfClass(wdl)][static_cast<std::size_t>(stored)];
+                ++counts[ListOfClass(wdl)][stored];
             }
         }
         std::size_t classes = 0;
         for (std::size_t list = 0; list < maps.size(); ++list) {
             for (std::size_t value = 0; value < 256; ++value) {
                 if (counts[list][value] != 0) {
-                    maps[list].push_back(static_cast<std::uint8_t>(value));
+                    maps[list].push_back(ToByte(value));
                 }
             }
             std::stable_sort(
@@ -241,7 +239,7 @@ public:
         places_.assign(4, std::vector<std::uint8_t>(256));
         for (std::size_t list = 0; list < maps.size(); ++list) {
             for (std::size_t place = 0; place < maps[list].size(); ++place) {
-                places_[list][maps[list][place]] = static_cast<std::uint8_t>(place);
+                places_[list][maps[list][place]] = ToByte(place);
             }
         }
     }
@@ -264,17 +262,7 @@ private:
 
 // ---- files
 
-void Append32(std::vector<std::uint8_t>& bytes, std::uint32_t value) {
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-    }
-}
-
-void Append(std::vector<std::uint8_t>& bytes, const std::vector<std::uint8_t>& more) {
-    bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
-void AlignTo(std::vector<std::uint8_t>& bytes, std::size_t alignment) {
+void AlignTo(ByteList& bytes, std::size_t alignment) {
     bytes.resize((bytes.size() + alignment - 1) / alignment * alignment);
 }
 
@@ -295,8 +283,8 @@ std::uint64_t SumOf(std::span<const std::uint8_t> bytes) noexcept {
     return sum;
 }
 
-/// The streams behind the headers; then the file's sum.
-void AppendStreams(std::vector<std::uint8_t>& file, const std::vector<PairStream>& streams) {
+/// The streams, which follow the headers; then the file's sum.
+void AppendStreams(ByteList& file, const std::vector<PairStream>& streams) {
     for (const PairStream& stream : streams) {
         Append(file, stream.indexTable);
     }
@@ -312,23 +300,21 @@ void AppendStreams(std::vector<std::uint8_t>& file, const std::vector<PairStream
     AlignTo(file, 64);
     const std::uint64_t sum = SumOf(file);
     file.insert(file.end(), SumMark.begin(), SumMark.end());
-    Append32(file, static_cast<std::uint32_t>(sum));
-    Append32(file, static_cast<std::uint32_t>(sum >> 32U));
+    AppendLittle(file, sum, 8);
 }
 
-std::vector<std::uint8_t> FileStart(std::uint32_t magic, const TbShape& shape, bool split) {
-    std::vector<std::uint8_t> file;
-    Append32(file, magic);
-    file.push_back(static_cast<std::uint8_t>(shape.men << 4U | (split ? 1U : 0U) |
-                                             (shape.hasPawns ? 2U : 0U)));
+ByteList FileStart(std::uint32_t magic, const TbShape& shape, bool split) {
+    ByteList file;
+    AppendLittle(file, magic, 4);
+    file.push_back(ToByte(shape.men << 4U | (split ? 1U : 0U) | (shape.hasPawns ? 2U : 0U)));
     return file;
 }
 
 /// The orders and men of one file group, of one side or both.
-void AppendOrders(std::vector<std::uint8_t>& file, const TbShape& shape, const SyzygyOrder& first,
+void AppendOrders(ByteList& file, const TbShape& shape, const SyzygyOrder& first,
                   const SyzygyOrder* second) {
     const auto both = [&](unsigned low, unsigned high) {
-        file.push_back(static_cast<std::uint8_t>(low | (second != nullptr ? high << 4U : 0U)));
+        file.push_back(ToByte(low | (second != nullptr ? high << 4U : 0U)));
     };
     const SyzygyOrder& other = second != nullptr ? *second : first;
     both(first.order, other.order);
@@ -351,7 +337,7 @@ SyzygyOrder ChooseOrder(const CSequence& sequence, const Ending& ending, const T
     });
     const auto best = std::min_element(changes.begin(), changes.end());
     fewest = *best;
-    return orders[static_cast<std::size_t>(best - changes.begin())];
+    return orders[best - changes.begin()];
 }
 
 }  // namespace
@@ -378,11 +364,11 @@ CSyzygyDemands::CSyzygyDemands(const ZeroingCodes& codes, const SolvedEndings& s
                     node.IsLegal()
                         ? DemandOf(node, exits, codes.At(CEndingIndex::Place{slice, at}, colour))
                         : Anything;
-                demands_.Slice(colour, slice)[at] = static_cast<std::int8_t>(demand);
+                demands_.Slice(colour, slice)[at] = demand;
             }
             const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
             if (thread == 0) {
-                progress.Report(static_cast<double>(finished) / static_cast<double>(2 * count));
+                progress.Report(Share(finished, 2 * count));
             }
         });
     }
@@ -454,9 +440,8 @@ SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& dem
             sequence.UseMaps(layout, index, stream.maps);
             const bool isMapped = std::any_of(stream.maps.begin(), stream.maps.end(),
                                               [](const auto& list) { return !list.empty(); });
-            const auto flags =
-                static_cast<std::uint8_t>((stream.sideToMove == White ? 0 : SideFlag) |
-                                          (isMapped ? MapFlag : 0) | (inPlies ? PliesFlags : 0));
+            const std::uint8_t flags = (stream.sideToMove == White ? 0 : SideFlag) |
+                                       (isMapped ? MapFlag : 0) | (inPlies ? PliesFlags : 0);
             const std::vector<std::uint8_t> values = sequence.Values(layout, index, workers);
             const bool isZero = !isMapped && std::all_of(values.begin(), values.end(),
                                                          [](std::uint8_t v) { return v == 0; });
@@ -465,11 +450,11 @@ SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& dem
         }
         const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
         if (thread == 0) {
-            progress.Report(static_cast<double>(finished) / static_cast<double>(steps));
+            progress.Report(Share(finished, steps));
         }
     });
 
-    std::vector<std::uint8_t>& wdl = made.wdl;
+    ByteList& wdl = made.wdl;
     wdl = FileStart(WdlMagic, shape, sides == 2);
     for (unsigned file = 0; file < files; ++file) {
         AppendOrders(wdl, shape, classes[file * sides].order,
@@ -489,20 +474,20 @@ SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& dem
         bytes[place % sides] += distances[place].pairs.Bytes();
     }
     const std::size_t side = sides == 2 && bytes[1] < bytes[0] ? 1 : 0;
-    std::vector<std::uint8_t>& dtz = made.dtz;
+    ByteList& dtz = made.dtz;
     dtz = FileStart(DtzMagic, shape, false);
     for (unsigned file = 0; file < files; ++file) {
         AppendOrders(dtz, shape, distances[file * sides + side].order, nullptr);
     }
     AlignTo(dtz, 2);
     streams.clear();
-    std::vector<std::uint8_t> maps;
+    ByteList maps;
     for (unsigned file = 0; file < files; ++file) {
         Stream& stream = distances[file * sides + side];
         Append(dtz, stream.pairs.header);
         if ((stream.pairs.header[0] & MapFlag) != 0) {
             for (const std::vector<std::uint8_t>& list : stream.maps) {
-                maps.push_back(static_cast<std::uint8_t>(list.size()));
+                maps.push_back(ToByte(list.size()));
                 Append(maps, list);
             }
         }

@@ -7,6 +7,7 @@
 // value. What is free is chosen so that it compresses well.
 #pragma once
 
+#include "tables/byte_list.h"
 #include "tables/ending_solver.h"
 
 #include <cstdint>
@@ -24,7 +25,7 @@ public:
                    CProgress& progress);
 
     [[nodiscard]] std::uint8_t At(CEndingIndex::Place place, Colour sideToMove) const noexcept {
-        return static_cast<std::uint8_t>(demands_.At(place, sideToMove));
+        return demands_.At(place, sideToMove);
     }
 
     static constexpr std::uint8_t Anything = 0xFF;  ///< no position
@@ -33,20 +34,20 @@ public:
     static constexpr std::uint8_t Distance = 16;    ///< the distance is asked for
 
 private:
-    SolvedValues demands_;
+    CEndingValues<std::uint8_t> demands_;
 };
 
 /// The bytes of both files.
 struct SyzygyFiles {
-    std::vector<std::uint8_t> wdl;
-    std::vector<std::uint8_t> dtz;
+    ByteList wdl;
+    ByteList dtz;
 };
 
 [[nodiscard]] SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& demands,
                                           CWorkers& workers, CProgress& progress);
 
-/// Does a file end with the sum that this program puts there, and is it right. Files of other
-/// makers have other endings, of which nothing is known.
+/// Whether a file ends with the sum that this program puts there, and whether that is right. Files
+/// of other makers end differently, and nothing is known of that.
 enum class SyzygySum { Right, Wrong, None };
 
 [[nodiscard]] SyzygySum CheckSyzygySum(std::span<const std::uint8_t> file) noexcept;

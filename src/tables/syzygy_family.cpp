@@ -127,13 +127,13 @@ void CSyzygyFamily::Read(Colour sideToMove, SolvedValues& values) {
         }
         const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
         if (thread == 0) {
-            setting_.progress.Report(static_cast<double>(finished) / static_cast<double>(count));
+            setting_.progress.Report(Share(finished, count));
         }
     });
 }
 
 std::uint64_t CSyzygyFamily::MakingBytes(const Ending& ending) const {
-    // Behind the solving: one byte a place for the demands; a side's values, and their sequence in
+    // After the solving: one byte a place for the demands; a side's values, and their sequence in
     // two bytes each, with 64 MiB for counting pairs on each thread.
     constexpr std::uint64_t Counting = std::uint64_t{96} << 20U;
     const std::uint64_t side = KeptBytesOfSide(ending);

@@ -13,8 +13,7 @@ namespace brenquil {
 namespace {
 
 std::uint8_t CodeOf(EndingMan man) noexcept {
-    return static_cast<std::uint8_t>(int{man.type} + TbPawn +
-                                     (man.colour == White ? 0 : int{TbBlackBit}));
+    return ToByte(int{TbPawn} + man.type + (man.colour == White ? 0U : TbBlackBit));
 }
 
 /// All men of the shape, like ones side by side; without the pawns.
@@ -41,25 +40,23 @@ using Leaders = std::vector<std::array<Square, 4>>;
 /// Numbers all placements of a leading group with the reader's own rules. Which men they are plays
 /// no part.
 Leaders ListLeaders(const TbShape& shape, unsigned file) {
-    const std::size_t leaders = shape.hasPawns          ? shape.pawnCount[0]
-                              : shape.encodingType == 0 ? 3U
-                                                        : 2U;
+    const unsigned leaders = shape.hasPawns          ? shape.pawnCount[0]
+                           : shape.encodingType == 0 ? 3U
+                                                     : 2U;
     TbLayout alone;
     alone.groupFactors[0] = 1;
     alone.groupSizes.fill(1);
-    alone.groupSizes[0] = static_cast<std::uint8_t>(leaders);
+    alone.groupSizes[0] = ToByte(leaders);
     TbShape few = shape;
-    few.men = static_cast<std::uint8_t>(leaders);
+    few.men = ToByte(leaders);
     few.pawnCount[1] = 0;
-    Leaders squaresOf(static_cast<std::size_t>(shape.hasPawns ? LeadPawnFactor[leaders - 1][file]
-                                                              : PivotFactors[shape.encodingType]),
-                      {-1, -1, -1, -1});
+    Leaders squaresOf(LeadingPlacements(shape, file), {-1, -1, -1, -1});
     for (std::size_t code = 0; code < std::size_t{1} << (6 * leaders); ++code) {
         TbSquares squares{};
         Bitboard occupied = 0;
         bool isPlaced = true;
         for (std::size_t man = 0; man < leaders; ++man) {
-            squares[man] = static_cast<Square>(code >> (6 * man) & 63U);
+            squares[man] = code >> (6 * man) & 63U;
             isPlaced = isPlaced && (occupied & BitOf(squares[man])) == 0 &&
                        (!shape.hasPawns || (squares[man] >= A2 && squares[man] <= H7));
             occupied |= BitOf(squares[man]);
@@ -69,7 +66,7 @@ Leaders ListLeaders(const TbShape& shape, unsigned file) {
         }
         std::uint64_t number = 0;
         if (shape.hasPawns) {
-            if (LeadPawnToFront(static_cast<unsigned>(leaders), squares) != file) {
+            if (LeadPawnToFront(leaders, squares) != file) {
                 continue;
             }
             number = EncodePawn(few, alone, squares);
@@ -117,8 +114,8 @@ std::vector<SyzygyOrder> SyzygyOrders(const TbShape& shape) {
     std::vector<SyzygyOrder> orders;
     auto groups = PieceGroups(shape);
     std::sort(groups.begin(), groups.end());
-    const auto singles = static_cast<std::size_t>(std::count_if(
-        groups.begin(), groups.end(), [](const auto& group) { return group.second == 1; }));
+    const std::size_t singles = std::count_if(groups.begin(), groups.end(),
+                                              [](const auto& group) { return group.second == 1; });
     do {
         std::vector<std::uint8_t> codes;
         std::size_t pawnGroups = 0;
@@ -126,10 +123,9 @@ std::vector<SyzygyOrder> SyzygyOrders(const TbShape& shape) {
             const bool blackLeads = shape.counts[TbPawn + TbBlackBit] != 0 &&
                                     (shape.counts[TbPawn] == 0 ||
                                      shape.counts[TbPawn + TbBlackBit] < shape.counts[TbPawn]);
-            const auto leader = static_cast<std::uint8_t>(TbPawn + (blackLeads ? TbBlackBit : 0));
+            const std::uint8_t leader = ToByte(TbPawn + (blackLeads ? TbBlackBit : 0U));
             codes.assign(shape.pawnCount[0], leader);
-            codes.insert(codes.end(), shape.pawnCount[1],
-                         static_cast<std::uint8_t>(leader ^ TbBlackBit));
+            codes.insert(codes.end(), shape.pawnCount[1], ToByte(leader ^ TbBlackBit));
             pawnGroups = shape.pawnCount[1] != 0 ? 2 : 1;
         }
         for (const auto& [code, count] : groups) {
@@ -150,7 +146,7 @@ std::vector<SyzygyOrder> SyzygyOrders(const TbShape& shape) {
             }
             continue;
         }
-        const auto places = static_cast<unsigned>(groups.size() + pawnGroups);
+        const std::size_t places = groups.size() + pawnGroups;
         for (unsigned order = 0; order < places; ++order) {
             if (pawnGroups == 1) {
                 orders.push_back(OrderOf(codes, order, TbNoSecondOrder));
@@ -178,7 +174,7 @@ CSyzygyLayout::CSyzygyLayout(const Ending& ending, const TbShape& shape, const S
             ++man;
         }
         used[man] = true;
-        manOf_[place] = static_cast<std::uint8_t>(man);
+        manOf_[place] = ToByte(man);
     }
     leaders_ = layout_.groupSizes[0];
     ListGroups(shape, file);
@@ -186,14 +182,12 @@ CSyzygyLayout::CSyzygyLayout(const Ending& ending, const TbShape& shape, const S
 }
 
 void CSyzygyLayout::ListGroups(const TbShape& shape, unsigned file) {
-    leadingSize_ = static_cast<std::uint64_t>(shape.hasPawns ? LeadPawnFactor[leaders_ - 1][file]
-                                                             : PivotFactors[shape.encodingType]);
+    leadingSize_ = LeadingPlacements(shape, file);
     for (std::size_t man = leaders_; man < ending_.men;) {
         const std::size_t count = layout_.groupSizes[man];
         const bool isPawn = (layout_.pieceCodes[man] & 7U) == TbPawn;
-        const auto free = static_cast<std::size_t>(isPawn ? 48 - leaders_ : 64 - man);
-        groups_.push_back({man, count, layout_.groupFactors[man],
-                           static_cast<std::uint64_t>(BinomialTable[count - 1][free]),
+        const std::size_t free = isPawn ? 48 - leaders_ : 64 - man;
+        groups_.push_back({man, count, layout_.groupFactors[man], BinomialTable[count - 1][free],
                            isPawn ? A2 : A1});
         man += count;
     }
@@ -216,12 +210,11 @@ bool CSyzygyLayout::SquaresOf(std::uint64_t number, EndingSquares& squares) cons
         std::int32_t place = 63;
         for (std::size_t man = group.count; man-- > 0;) {
             // The highest place whose combinations do not pass the rest.
-            while (static_cast<std::uint64_t>(BinomialTable[man][static_cast<std::size_t>(place)]) >
-                   rest) {
+            while (BinomialTable[man][place] > rest) {
                 --place;
             }
-            rest -= static_cast<std::uint64_t>(BinomialTable[man][static_cast<std::size_t>(place)]);
-            // Behind each man that stands before it there is one square less to count.
+            rest -= BinomialTable[man][place];
+            // Taken squares up to this one are not counted.
             Square square = group.lowest + place;
             for (Square next = square;; square = next) {
                 const Bitboard upTo = AllSquares >> (63 - square);

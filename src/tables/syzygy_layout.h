@@ -57,7 +57,7 @@ private:
     std::uint64_t leadingSize_ = 0;
     /// By number of the leading group: its squares; -1 for none. Lives as long as the program.
     const std::vector<std::array<Square, 4>>* leading_ = nullptr;
-    std::vector<Group> groups_;  // behind the leading one, in the order of the list
+    std::vector<Group> groups_;  // after the leading one, in the order of the list
     std::array<std::uint8_t, EndingMostMen> manOf_{};  // by place in the list: man of the ending
 };
 

@@ -155,17 +155,17 @@ private:
     [[nodiscard]] std::string CheckNalimov(const Ending& ending) {
         CTableFaults faults;
         NalimovContents contents;
-        const std::size_t files = HasOneNalimovFile(ending) ? 1 : 2;
+        const int files = HasOneNalimovFile(ending) ? 1 : 2;
         std::uint64_t bytes = DistanceCheckBytes(ending);
         std::uint64_t largest = 0;
-        for (std::size_t side = 0; side < files; ++side) {
-            const std::uint64_t places = NalimovPlaces(ending, static_cast<int>(side));
+        for (int side = 0; side < files; ++side) {
+            const std::uint64_t places = NalimovPlaces(ending, side);
             bytes += places;
             largest = std::max(largest, places);
         }
         const SolvedEndings& solved = distances_.WithSuccessorsOf(ending, bytes + largest);
-        for (std::size_t side = 0; side < files; ++side) {
-            const auto forms = NalimovFilesThere(folder_, ending, static_cast<int>(side));
+        for (int side = 0; side < files; ++side) {
+            const auto forms = NalimovFilesThere(folder_, ending, side);
             for (const NalimovFileChoice& form : forms) {
                 std::vector<std::uint8_t> held = ReadNalimovFile(folder_, form, workers_);
                 if (contents[side].empty()) {

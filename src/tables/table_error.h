@@ -13,7 +13,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// The memory is not to be had, or not allowed.
+/// The memory is cannot be had, or is not allowed.
 class COutOfMemory : public CTableError {
 public:
     using CTableError::CTableError;

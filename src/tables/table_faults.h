@@ -84,7 +84,7 @@ void ForPositions(const Ending& ending, const CEndingIndex& index, CWorkers& wor
         }
         const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
         if (thread == 0) {
-            progress.Report(static_cast<double>(finished) / static_cast<double>(count));
+            progress.Report(Share(finished, count));
         }
     });
 }

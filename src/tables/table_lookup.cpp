@@ -2,6 +2,7 @@
 
 #include "bases/nalimov/nalimov_index.h"
 #include "bases/syzygy/tb_probe.h"
+#include "platform/bits.h"
 #include "tables/nalimov_bytes.h"
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"
@@ -32,8 +33,7 @@ TableAnswer CTableLookup::Ask(const ShownPosition& position) {
     const Ending& ending = EndingOf(position.ending);
     TbPosition board = TbPositionOf(ending, position.squares, position.sideToMove);
     if (position.victim != Ending::NoMan) {
-        board.ep = static_cast<std::uint8_t>(position.squares[position.victim] +
-                                             (position.sideToMove == White ? 8 : -8));
+        board.ep = ToByte(position.squares[position.victim] + Forward(position.sideToMove));
     }
     TbSuccess success = TbSuccess::Failed;
     const int wdl = TbProbeWdl(syzygy_, board, success);

@@ -9,19 +9,18 @@ namespace brenquil {
 
 namespace {
 
-constexpr unsigned SideBit(Colour colour) noexcept {
-    return 1U << colour;
+constexpr std::uint8_t SideBit(Colour colour) noexcept {
+    return colour == White ? 2 : 1;
 }
 
-constexpr unsigned BothSides = SideBit(White) | SideBit(Black);
+constexpr std::uint8_t BothSides = SideBit(White) | SideBit(Black);
 
 /// By ending: the sides to move that are looked up in it, as bits.
 std::vector<std::uint8_t> SidesNeeded(const Ending& ending) {
     std::vector<std::uint8_t> needed(EndingCount + 1);
     const auto add = [&](std::size_t captured, std::size_t promoted, PieceType type, Colour mover) {
         const EndingExit& exit = ending.Exit(captured, promoted, type);
-        needed[static_cast<std::size_t>(exit.ending)] |=
-            static_cast<std::uint8_t>(SideBit(exit.flipped ? mover : ~mover));
+        needed[exit.ending] |= SideBit(exit.flipped ? mover : ~mover);
     };
     for (std::size_t captured = 2; captured < ending.men; ++captured) {
         add(captured, Ending::NoMan, Pawn, ~ending.man[captured].colour);
@@ -53,7 +52,7 @@ std::uint64_t BytesOf(const std::vector<std::uint8_t>& needed) {
     std::uint64_t bytes = 0;
     for (int number = 1; number <= EndingCount; ++number) {
         for (const Colour colour : {White, Black}) {
-            if ((needed[static_cast<std::size_t>(number)] & SideBit(colour)) != 0) {
+            if ((needed[number] & SideBit(colour)) != 0) {
                 bytes += KeptBytesOfSide(EndingOf(number));
             }
         }
@@ -73,14 +72,14 @@ const SolvedEndings& CSolvedStore::SuccessorsOf(const Ending& ending, std::uint6
 
 const SolvedEndings& CSolvedStore::WithSuccessorsOf(const Ending& ending, std::uint64_t workBytes) {
     Sides needed = SidesNeeded(ending);
-    needed[static_cast<std::size_t>(ending.number)] = BothSides;
+    needed[ending.number] = BothSides;
     return LoadAll(ending, needed, workBytes);
 }
 
 std::shared_ptr<const SolvedValues> CSolvedStore::ValuesOf(const Ending& ending) {
     Sides needed(EndingCount + 1);
-    needed[static_cast<std::size_t>(ending.number)] = BothSides;
-    return LoadAll(ending, needed, 0)[static_cast<std::size_t>(ending.number)];
+    needed[ending.number] = BothSides;
+    return LoadAll(ending, needed, 0)[ending.number];
 }
 
 void CSolvedStore::Clear() noexcept {
@@ -99,8 +98,8 @@ const SolvedEndings& CSolvedStore::LoadAll(const Ending& ending, const Sides& ne
     }
     MakeRoom(workBytes, needed);
     for (int number = 1; number <= EndingCount; ++number) {
-        if (needed[static_cast<std::size_t>(number)] != 0) {
-            Load(number, needed[static_cast<std::size_t>(number)]);
+        if (needed[number] != 0) {
+            Load(number, needed[number]);
         }
     }
     return solved_;
@@ -108,7 +107,7 @@ const SolvedEndings& CSolvedStore::LoadAll(const Ending& ending, const Sides& ne
 
 void CSolvedStore::Keep(std::shared_ptr<SolvedValues> values) {
     const int number = values->Of().number;
-    solved_[static_cast<std::size_t>(number)] = std::move(values);
+    solved_[number] = std::move(values);
     recent_.erase(std::remove(recent_.begin(), recent_.end(), number), recent_.end());
     recent_.push_back(number);
 }
@@ -116,17 +115,17 @@ void CSolvedStore::Keep(std::shared_ptr<SolvedValues> values) {
 /// Gives back what is not needed, the longest unused first, until all that is needed and `bytes`
 /// more fit.
 void CSolvedStore::MakeRoom(std::uint64_t bytes, const Sides& needed) {
-    for (std::size_t number = 1; number <= EndingCount; ++number) {
+    for (int number = 1; number <= EndingCount; ++number) {
         const std::shared_ptr<SolvedValues>& values = solved_[number];
         for (const Colour colour : {White, Black}) {
             const bool isThere = values != nullptr && values->Has(colour);
             if (isThere || (needed[number] & SideBit(colour)) != 0) {
-                bytes += KeptBytesOfSide(EndingOf(static_cast<int>(number)));
+                bytes += KeptBytesOfSide(EndingOf(number));
             }
         }
     }
     for (std::size_t place = 0; bytes > memoryBytes_ && place < recent_.size(); ++place) {
-        const auto number = static_cast<std::size_t>(recent_[place]);
+        const int number = recent_[place];
         for (const Colour colour : {White, Black}) {
             if (solved_[number]->Has(colour) && (needed[number] & SideBit(colour)) == 0) {
                 bytes -= solved_[number]->BytesOfSide();
@@ -137,13 +136,11 @@ void CSolvedStore::MakeRoom(std::uint64_t bytes, const Sides& needed) {
             solved_[number] = nullptr;
         }
     }
-    std::erase_if(recent_, [this](int number) {
-        return solved_[static_cast<std::size_t>(number)] == nullptr;
-    });
+    std::erase_if(recent_, [this](int number) { return solved_[number] == nullptr; });
 }
 
 void CSolvedStore::Load(int number, unsigned sides) {
-    std::shared_ptr<SolvedValues>& values = solved_[static_cast<std::size_t>(number)];
+    std::shared_ptr<SolvedValues>& values = solved_[number];
     if (values == nullptr) {
         Keep(std::make_shared<SolvedValues>(EndingOf(number)));
     } else {

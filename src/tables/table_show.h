@@ -5,8 +5,8 @@
 
 namespace brenquil {
 
-/// The text, with its line feeds. Throws `CTableError` for a FEN that is no position of an ending
-/// and where no table knows anything.
+/// The text, with its line feeds. Throws `CTableError` for a FEN that is not a position of an
+/// ending and where no table knows anything.
 [[nodiscard]] std::string ShowPosition(const std::string& fen, const std::string& folder,
                                        bool asJson);
 

@@ -20,7 +20,7 @@ void Count(SideStatistics& side, int code, bool isSyzygy) {
         ++side.draws;
         return;
     }
-    int distance = 0;
+    std::size_t distance = 0;
     if (isSyzygy) {
         side.spoilt += std::abs(code) == 1 ? 1 : 0;
     } else {
@@ -29,10 +29,10 @@ void Count(SideStatistics& side, int code, bool isSyzygy) {
     ++(isWin ? side.wins : side.losses);
     std::vector<std::uint64_t>& counts = isWin ? side.winsIn : side.lossesIn;
     if (!isSyzygy) {
-        if (counts.size() <= static_cast<std::size_t>(distance)) {
-            counts.resize(static_cast<std::size_t>(distance) + 1);
+        if (counts.size() <= distance) {
+            counts.resize(distance + 1);
         }
-        ++counts[static_cast<std::size_t>(distance)];
+        ++counts[distance];
     }
 }
 
@@ -101,8 +101,7 @@ TableStatistics CountTable(const SolvedValues& values, const std::string& name, 
             Merge(table.sides[side], some[side]);
         }
         if (thread == 0) {
-            progress.Report(static_cast<double>(item) /
-                            static_cast<double>(chunks * index.Slices()));
+            progress.Report(Share(item, chunks * index.Slices()));
         }
     });
     for (const Colour colour : {White, Black}) {
@@ -121,9 +120,7 @@ TableStatistics CountTable(const SolvedValues& values, const std::string& name, 
 
 std::string Percent(std::uint64_t part, std::uint64_t whole) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f %%",
-                  whole == 0 ? 0.0
-                             : 100.0 * static_cast<double>(part) / static_cast<double>(whole));
+    std::snprintf(text, sizeof text, "%.1f %%", whole == 0 ? 0.0 : 100 * Share(part, whole));
     return text;
 }
 
@@ -217,11 +214,11 @@ constexpr double TopHeight = 60;
 
 std::string BarOf(const SideStatistics& side, double y, const char* mover) {
     constexpr double Height = 16;
-    const double whole = std::max<double>(1, static_cast<double>(side.Positions()));
+    const std::uint64_t whole = std::max<std::uint64_t>(1, side.Positions());
     std::string text = Label(Left + 40, y + 13, "end", 11, mover);
     double x = Left + 46;
     const auto add = [&](std::uint64_t part, const char* colour, const char* what) {
-        const double width = BarWidth * static_cast<double>(part) / whole;
+        const double width = BarWidth * Share(part, whole);
         if (part != 0) {
             text += Rectangle(x, y, width, Height, colour,
                               std::string(what) + " " + CountText(part) + " (" +
@@ -257,18 +254,18 @@ std::string HistogramOf(const TableStatistics& table, double y) {
     }
     constexpr double Half = 29;
     const double middle = y + Half;
-    const double step = HistogramWidth / static_cast<double>(std::max<std::size_t>(columns, 20));
+    const std::size_t width = std::max<std::size_t>(columns, 20);  // in columns
+    const double step = HistogramWidth * Share(1, width);
     std::string text;
     for (std::size_t distance = 0; distance < columns; ++distance) {
-        const double x = HistogramLeft + step * static_cast<double>(distance);
+        const double x = HistogramLeft + HistogramWidth * Share(distance, width);
         const auto draw = [&](const std::vector<std::uint64_t>& counts, bool isWin) {
             const std::uint64_t count = distance < counts.size() ? counts[distance] : 0;
             if (count == 0) {
                 return;
             }
             // At least half a pixel: the longest mates are few.
-            const double height =
-                std::max(0.5, Half * static_cast<double>(count) / static_cast<double>(highest));
+            const double height = std::max(0.5, Half * Share(count, highest));
             text += Rectangle(x, isWin ? middle - height : middle, step * 0.85, height,
                               isWin ? WonColour : LostColour,
                               std::string(isWin ? "won" : "lost") + " in " +
@@ -281,8 +278,8 @@ std::string HistogramOf(const TableStatistics& table, double y) {
             Number(HistogramLeft + HistogramWidth) + "\" y2=\"" + Number(middle) +
             "\" stroke=\"#444\" stroke-width=\"0.6\"/>\n";
     text += Label(HistogramLeft, y + 2 * Half + 12, "start", 10, "0");
-    text += Label(HistogramLeft + step * static_cast<double>(columns), y + 2 * Half + 12, "end", 10,
-                  std::to_string(columns - 1) + " moves");
+    text += Label(HistogramLeft + HistogramWidth * Share(columns, width), y + 2 * Half + 12, "end",
+                  10, std::to_string(columns - 1) + " moves");
     return text;
 }
 
@@ -331,13 +328,11 @@ FolderStatistics CollectStatistics(const std::string& folder, std::uint64_t memo
     CNalimovFamily nalimov({folder, workers, progress});
     CSyzygyFamily syzygy({folder, workers, progress});
     FolderStatistics found;
-    for (ITableFamily* const family :
-         {static_cast<ITableFamily*>(&nalimov), static_cast<ITableFamily*>(&syzygy)}) {
+    for (ITableFamily* const family : std::array<ITableFamily*, 2>{&nalimov, &syzygy}) {
         CSolvedStore store(*family, memoryBytes);
         for (int number = 1; number <= EndingCount; ++number) {
             const Ending& ending = EndingOf(number);
-            progress.BeginTable(family->NameOf(ending), static_cast<std::size_t>(number),
-                                EndingCount);
+            progress.BeginTable(family->NameOf(ending), number, EndingCount);
             try {
                 std::string culprit;
                 const TableState state = family->Look(ending, culprit);

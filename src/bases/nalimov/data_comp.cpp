@@ -23,7 +23,7 @@ using Bytes = std::span<const std::uint8_t>;
 // | 72             | 4            | number of blocks                                            |
 // | 76             | 4            | a mark, 0x4001f5                                            |
 // | 80             | 8 a block    | check values, not read                                      |
-// | behind         | bit stream   | stored sizes, decoded size of the last block, distances     |
+// | after these    | bit stream   | stored sizes, decoded size of the last block, distances     |
 // | next byte      | bit stream   | lengths of the code's words                                 |
 // | header size -4 | 4            | checksum of all before it                                   |
 constexpr std::size_t BannerSize = 64;
@@ -44,7 +44,7 @@ constexpr std::uint32_t GroupShift = 4;  ///< 16 blocks have one absolute offset
 constexpr std::uint32_t GroupSize = 1U << GroupShift;
 constexpr std::uint32_t BackHalf = GroupSize / 2;  ///< blocks measured from the group's end
 
-constexpr std::size_t Literals = 256;
+constexpr unsigned Literals = 256;
 constexpr unsigned LengthsOfSlot = 32;
 constexpr std::size_t Symbols = Literals + DataCompInfo::Slots * LengthsOfSlot;
 constexpr unsigned DirectBits = 13;
@@ -98,7 +98,7 @@ std::uint32_t CheckFixedPart(Bytes header) noexcept {
 
 /// The sizes of the first bit stream, as places of the blocks in the file. False when they do not
 /// fit the 32 bits of an offset.
-bool PlaceBlocks(DataCompInfo& info, CBitReader& bits, std::uint32_t headerSize) {
+bool PlaceBlocks(DataCompInfo& info, CBitReader& bits, std::uint64_t headerSize) {
     std::vector<std::uint32_t> starts;
     starts.reserve(std::size_t{info.blocks} + 1);
     std::uint64_t start = headerSize;
@@ -143,19 +143,20 @@ std::uint32_t ParseVariablePart(DataCompInfo& info, Bytes header) {
     if (info.blocks == 0 || checkValues + streamSize > body.size()) {
         return DataCompBadSizes;
     }
-    const Bytes streams = body.subspan(static_cast<std::size_t>(checkValues));
-    CBitReader sizes(streams.first(static_cast<std::size_t>(streamSize)));
-    if (!PlaceBlocks(info, sizes, static_cast<std::uint32_t>(header.size()))) {
+    const Bytes streams = body.subspan(checkValues);
+    CBitReader sizes(streams.first(streamSize));
+    if (!PlaceBlocks(info, sizes, header.size())) {
         return DataCompBadSizes;
     }
     const std::uint32_t lastSize = sizes.Read(info.blockBits);
     info.lastBlockSize = lastSize == 0 ? info.blockSize : lastSize;
     for (std::int32_t& distance : info.distances) {
-        distance = -static_cast<std::int32_t>(sizes.Read(info.blockBits));
+        const std::int32_t back = sizes.Read(info.blockBits);
+        distance = -back;
     }
 
     std::array<std::uint32_t, Symbols> lengths{};
-    CBitReader code(streams.subspan(static_cast<std::size_t>(streamSize)));
+    CBitReader code(streams.subspan(streamSize));
     if (DataCompReadLengths(code, lengths) != DataCompOk || code.HasOverrun()) {
         return DataCompBadLengths;
     }
@@ -192,10 +193,10 @@ std::uint32_t MatchLength(unsigned code, CBitReader& bits) noexcept {
 /// Copies byte by byte in ascending order, so that a source that overlaps the target repeats a
 /// pattern; in steps of 16 bytes where that makes no difference. May write 15 bytes too many.
 void CopyMatch(std::uint8_t* target, std::int32_t distance, std::uint32_t length) noexcept {
-    constexpr std::uint32_t Step = 16;
+    constexpr std::int32_t Step = 16;
     static_assert(Step <= DataCompSpareBytes);
     const std::uint8_t* source = target + distance;
-    if (distance <= -static_cast<std::int32_t>(Step)) {
+    if (distance <= -Step) {
         for (std::uint32_t copied = 0; copied < length; copied += Step) {
             std::memcpy(target + copied, source + copied, Step);
         }
@@ -308,12 +309,13 @@ bool DataCompDecode(const DataCompInfo& info, DecodeState& state, std::uint32_t 
     while (position < end) {
         const unsigned symbol = info.symbols.Next(bits);
         if (symbol < Literals) {
-            target[position++] = static_cast<std::uint8_t>(symbol);
+            target[position++] = symbol & 0xFFU;
             continue;
         }
-        const unsigned match = symbol - static_cast<unsigned>(Literals);
+        const unsigned match = symbol - Literals;
         const std::int32_t distance = info.distances[match / LengthsOfSlot];
-        if (distance == 0 || static_cast<std::uint32_t>(-distance) > position) {
+        const std::uint32_t back = -distance;
+        if (back == 0 || back > position) {
             return false;
         }
         const unsigned code = match % LengthsOfSlot;

@@ -52,18 +52,18 @@ std::uint32_t ReadCodedLengths(CBitReader& bits, std::span<std::uint32_t> length
             lengths[index++] = value;
             continue;
         }
-        std::uint64_t run = runs.Next(bits);
-        if (run >= HalfCode) {
-            const auto magnitude = static_cast<unsigned>(run - HalfCode);
+        const unsigned code = runs.Next(bits);
+        std::uint64_t run = code;
+        if (code >= HalfCode) {
+            const unsigned magnitude = code - HalfCode;
             run = (std::uint64_t{1} << magnitude) + bits.Read(magnitude) + HalfCode - 1;
         }
         run += 2;
         if (run > lengths.size() - index) {
             return DataCompTooManyLengths;
         }
-        const auto start = lengths.begin() + static_cast<std::ptrdiff_t>(index);
-        std::fill_n(start, run, value & (HalfCode - 1));
-        index += static_cast<std::size_t>(run);
+        std::fill_n(lengths.begin() + index, run, value & (HalfCode - 1));
+        index += run;
     }
     return DataCompOk;
 }
@@ -92,7 +92,7 @@ std::uint32_t CDataCompCode::Build(std::span<const std::uint32_t> lengths, unsig
         }
         ++count[length];
     }
-    const auto used = static_cast<std::uint32_t>(lengths.size()) - count[0];
+    const std::size_t used = lengths.size() - count[0];
     directBits_ = directBits;
     rows_.assign(std::size_t{1} << directBits, 0);
     if (used == 0) {
@@ -122,9 +122,9 @@ std::uint32_t CDataCompCode::Build(std::span<const std::uint32_t> lengths, unsig
     std::uint32_t word = 0;
     for (unsigned length = 1; length <= LongestWord; ++length) {
         word <<= 1U;
-        for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {
+        for (std::int32_t symbol = 0; symbol < std::ssize(lengths); ++symbol) {
             if (lengths[symbol] == length) {
-                EnterWord(word++, length, static_cast<std::int32_t>(symbol * 32 + length));
+                EnterWord(word++, length, symbol * 32 + length);
             }
         }
     }
@@ -134,7 +134,7 @@ std::uint32_t CDataCompCode::Build(std::span<const std::uint32_t> lengths, unsig
 void CDataCompCode::EnterWord(std::uint32_t word, unsigned length, std::int32_t row) {
     if (length <= directBits_) {
         const unsigned rest = directBits_ - length;
-        const auto start = rows_.begin() + static_cast<std::ptrdiff_t>(std::size_t{word} << rest);
+        const auto start = rows_.begin() + (std::size_t{word} << rest);
         std::fill_n(start, std::size_t{1} << rest, row);
         return;
     }
@@ -146,7 +146,7 @@ void CDataCompCode::EnterWord(std::uint32_t word, unsigned length, std::int32_t 
             rows_[place] = -static_cast<std::int32_t>(rows_.size());
             rows_.resize(rows_.size() + 2, 0);
         }
-        place = static_cast<std::size_t>(-rows_[place]) + (word >> (bit - 1) & 1U);
+        place = -rows_[place] + (word >> (bit - 1) & 1U);
     }
     rows_[place] = row;
 }

@@ -88,8 +88,9 @@ public:
         for (unsigned bit = 31 - directBits_; row < 0; --bit) {
             row = rows_[-row + (window >> bit & 1U)];
         }
-        bits.Skip(static_cast<unsigned>(row) & LongestWord);
-        return static_cast<unsigned>(row) >> 5U;
+        const unsigned found = row;
+        bits.Skip(found & LongestWord);
+        return found >> 5U;
     }
 
 private:

@@ -67,7 +67,8 @@ void CNalimovCache::Resize(std::int32_t megabytes) {
     pages_.Release();
     blockCount_ = 0;
     if (megabytes > 0) {
-        pages_ = CPages::Allocate(static_cast<std::size_t>(megabytes) << 20U);
+        const std::size_t size = megabytes;
+        pages_ = CPages::Allocate(size << 20U);
         blockCount_ = pages_.Size() / EntrySize;
     }
     tables_.CloseFiles();
@@ -241,7 +242,7 @@ bool CNalimovCache::Fill(NalimovCacheEntry& entry) noexcept {
     std::size_t extentNumber = 0;
     if (table.IsSplit()) {
         extentNumber = block >> BlocksOfExtentShift;
-        block -= static_cast<std::uint32_t>(extentNumber) << BlocksOfExtentShift;
+        block %= 1U << BlocksOfExtentShift;
     }
     NalimovExtent& extent = side.extents[extentNumber];
 

@@ -51,7 +51,7 @@ static_assert(sizeof(NalimovCacheEntry) <= NalimovHeaderBytes);
 
 class CNalimovCache {
 public:
-    /// The value that means that there is no answer.
+    /// The value that means that there is not an answer.
     static constexpr int NoValue = 32767;
 
     /// Bytes of a block and of the header with it.

@@ -7,6 +7,9 @@ namespace brenquil {
 
 namespace {
 
+constexpr std::array<NalimovKind, NalimovKinds> AllKinds = {RestingPawnKind, PawnKind, KnightKind,
+                                                            BishopKind,      RookKind, QueenKind};
+
 /// The squares that the rules of the board leave to a kind.
 Bitboard SquaresOfKind(NalimovKind kind) noexcept {
     return kind == RestingPawnKind || kind == PawnKind ? ~(Rank1 | Rank8) : AllSquares;
@@ -59,8 +62,7 @@ CNalimovEnumeration::CNalimovEnumeration() {
 }
 
 void CNalimovEnumeration::EnumerateSquares() {
-    for (int index = 0; index < NalimovKinds; ++index) {
-        const auto kind = static_cast<NalimovKind>(index);
+    for (const NalimovKind kind : AllKinds) {
         for (Square king = A1; king <= H8; ++king) {
             const Bitboard allowed =
                 SquaresOfKind(kind) & ~TouchingChecks(kind, king) & ~BitOf(king);
@@ -75,6 +77,8 @@ void CNalimovEnumeration::EnumerateSquares() {
 }
 
 void CNalimovEnumeration::EnumerateKings() {
+    std::uint16_t pawnPairs = 0;
+    std::uint16_t freePairs = 0;
     for (Square k1 = A1; k1 <= H8; ++k1) {
         for (Square k2 = A1; k2 <= H8; ++k2) {
             pawnKingPair[k1][k2] = NoPair;
@@ -83,12 +87,12 @@ void CNalimovEnumeration::EnumerateKings() {
                 continue;
             }
             if (FileOf(k1) <= 3) {
-                pawnKingPair[k1][k2] = static_cast<std::uint16_t>(pairs_[1].size());
+                pawnKingPair[k1][k2] = pawnPairs++;
                 pairs_[1].push_back({k1, k2});
             }
             const bool onDiagonal = FileOf(k1) == RankOf(k1);
             if (IsInTriangle(k1) && (!onDiagonal || FileOf(k2) >= RankOf(k2))) {
-                freeKingPair[k1][k2] = static_cast<std::uint16_t>(pairs_[0].size());
+                freeKingPair[k1][k2] = freePairs++;
                 pairs_[0].push_back({k1, k2});
             }
         }
@@ -105,13 +109,12 @@ void CNalimovEnumeration::BuildBases() {
     for (const bool pawns : {false, true}) {
         BuildBase(pawns, {});
         const int lowest = pawns ? PawnKind : KnightKind;
-        const auto kind = [](int index) { return static_cast<NalimovKind>(index); };
         for (int a = lowest; a <= QueenKind; ++a) {
-            BuildBase(pawns, {kind(a)});
+            BuildBase(pawns, {AllKinds[a]});
             for (int b = lowest; b <= a; ++b) {
-                BuildBase(pawns, {kind(a), kind(b)});
+                BuildBase(pawns, {AllKinds[a], AllKinds[b]});
                 for (int c = lowest; c <= b; ++c) {
-                    BuildBase(pawns, {kind(a), kind(b), kind(c)});
+                    BuildBase(pawns, {AllKinds[a], AllKinds[b], AllKinds[c]});
                 }
             }
         }

@@ -44,7 +44,7 @@ struct NalimovBase {
 class CNalimovEnumeration {
 public:
     static constexpr std::uint8_t NotAllowed = 255;  ///< `SquareEnum`: no such man there
-    static constexpr std::uint16_t NoPair = 4000;    ///< an entry that is no pair of the numbering
+    static constexpr std::uint16_t NoPair = 4000;  ///< an entry that is not a pair of the numbering
     static constexpr int PawnKingPairs = 1806;
     static constexpr int FreeKingPairs = 462;
 

@@ -1,7 +1,8 @@
 // How the table layer ends the program when a table file cannot be what its name says.
 //
-// A damaged file that is found at registration is no case for an answer of false: the user has to
-// hear of it. The message goes to standard output, after three asterisks, and the exit code is 1.
+// A damaged file that is found at registration is not a case for an answer of false: the user has
+// to hear of it. The message goes to standard output, after three asterisks, and the exit code is
+// 1.
 #pragma once
 
 #include "bases/host.h"

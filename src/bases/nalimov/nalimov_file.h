@@ -19,7 +19,7 @@ namespace brenquil {
 class CNalimovFile {
 public:
     /// Opens the file of that name in place of what was open before. False, and nothing is open,
-    /// when it cannot be read or is no regular file.
+    /// when it cannot be read or is not a regular file.
     [[nodiscard]] bool Open(const std::string& name) noexcept;
 
     void Close() noexcept { file_.Close(); }

@@ -104,7 +104,7 @@ void FoldWithoutPawns(NalimovPieceList& mover, NalimovPieceList& resting) noexce
 /// The pawn that takes in passing, and its code.
 struct Capture {
     Square taker = NalimovNoSquare;
-    std::uint64_t code = 0;
+    int code = 0;
 };
 
 /// Which pawn takes: the one whose capture goes towards the a-file is asked first.
@@ -113,10 +113,10 @@ Capture FindTaker(Bitboard pawns, Square epSquare, bool upwards) noexcept {
     const Square towardsA = upwards ? epSquare - 7 : epSquare + 9;
     const Square towardsH = upwards ? epSquare - 9 : epSquare + 7;
     if (file < 7 && (pawns & BitOf(towardsA)) != 0) {
-        return {towardsA, static_cast<std::uint64_t>(FileOf(towardsA) - 1)};
+        return {towardsA, FileOf(towardsA) - 1};
     }
     if (file > 0 && (pawns & BitOf(towardsH)) != 0) {
-        return {towardsH, static_cast<std::uint64_t>(FileOf(towardsH) + 7)};
+        return {towardsH, FileOf(towardsH) + 7};
     }
     return {};
 }
@@ -238,7 +238,7 @@ void CNalimovCalculator::ChooseDigits() {
             continue;
         }
         const std::size_t place = digits_.count++;
-        digits_.digits[place] = {type, static_cast<std::uint8_t>(count), 0};
+        digits_.digits[place] = {type, count, 0};
         if (type == Pawn) {
             radices[place] = Choose(PawnSquares - moverPawns, count);
         } else {
@@ -258,7 +258,7 @@ void CNalimovCalculator::ChooseEnPassantDigits() {
     std::array<std::uint64_t, 4> radices{};
     const auto add = [this, &radices](PieceType type, int count, std::uint64_t radix) {
         const std::size_t place = enPassantDigits_.count++;
-        enPassantDigits_.digits[place] = {type, static_cast<std::uint8_t>(count), 0};
+        enPassantDigits_.digits[place] = {type, count, 0};
         radices[place] = radix;
     };
     int placed = 2 + EnPassantSquares + Sum(counts_[Mover]) - 1 + restingOthers;
@@ -433,7 +433,7 @@ const std::vector<CNalimovCalculator>& MakeCalculators() {
 }  // namespace
 
 const CNalimovCalculator& NalimovCalculator(int table, int side) {
-    assert(table >= 0 && table < static_cast<int>(NalimovSignatures.size()));
+    assert(table >= 0 && table < std::ssize(NalimovSignatures));
     assert(side == 0 || side == 1);
     static const std::vector<CNalimovCalculator>& calculators = MakeCalculators();
     return calculators[table * 2 + side];

@@ -107,7 +107,7 @@ private:
     /// One digit after the group: equal men of the resting side, and what one of it is worth.
     struct Digit {
         PieceType type;
-        std::uint8_t count;
+        int count;
         std::uint64_t weight;
     };
 

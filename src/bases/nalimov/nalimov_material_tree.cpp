@@ -1,6 +1,14 @@
 #include "bases/nalimov/nalimov_material_tree.h"
 
+#include <tuple>
+
 namespace brenquil {
+
+namespace {
+
+constexpr int Levels = std::tuple_size_v<NalimovCounts>;
+
+}  // namespace
 
 CNalimovMaterialTree::CNalimovMaterialTree() : root_(AddNode(0, MostMen)) {}
 
@@ -8,7 +16,7 @@ std::int32_t CNalimovMaterialTree::AddNode(int level, int limit) {
     const std::size_t place = nodes_.size();
     nodes_.push_back(limit);
     nodes_.resize(nodes_.size() + limit + 1, 0);
-    if (level + 1 < static_cast<int>(NalimovCounts{}.size())) {
+    if (level + 1 < Levels) {
         for (int count = 0; count <= limit; ++count) {
             const std::int32_t child = AddNode(level + 1, limit - count);
             nodes_[place + 1 + count] = child;

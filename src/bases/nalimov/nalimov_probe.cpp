@@ -8,6 +8,7 @@ namespace brenquil {
 
 namespace {
 
+constexpr std::int32_t MostOfType = NalimovPieceList::SlotsOfType;
 constexpr int FirstOfBlack = 5;  ///< in `NalimovCounts`
 
 /// The men of a colour, which has one king, lowest squares first. False when the colour has more
@@ -18,7 +19,7 @@ bool ListMen(NalimovPieceList& list, NalimovCounts& counts, const CPosition& pos
     auto* count = counts.begin() + (colour == White ? 0 : FirstOfBlack);
     for (const PieceType type : {Pawn, Knight, Bishop, Rook, Queen}) {
         *count = position.pieceCount[MakePiece(type, colour)];
-        if (*count++ > static_cast<std::int32_t>(NalimovPieceList::SlotsOfType)) {
+        if (*count++ > MostOfType) {
             return false;
         }
         std::size_t slot = type * NalimovPieceList::SlotsOfType;

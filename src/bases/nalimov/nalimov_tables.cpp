@@ -186,8 +186,8 @@ int CNalimovTables::RegisterAll(const std::string& path) {
         if (directory.size() > LongestDirectory) {
             host_.Fail(IHost::Stream::Output, {});
         }
-        // Saves some thousand vain attempts. A piece that already ends in a separator could be the
-        // beginning of a name.
+        // Saves some thousand attempts that fail. A piece that already ends in a separator could be
+        // the beginning of a name.
         if (NeedsSeparator(directory) && !DirectoryExists(directory)) {
             continue;
         }

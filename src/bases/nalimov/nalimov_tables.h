@@ -66,7 +66,8 @@ struct NalimovTable {
 
     [[nodiscard]] bool IsSplit() const noexcept { return (flags & NalimovSplit) != 0; }
 
-    /// The number of files of a side, when they are all there. Needs `positions`.
+    /// The number of files of a side, when they are all there. Before the first directory has been
+    /// searched `positions` are 0, and the answer is 1 for every table.
     [[nodiscard]] int Extents(int side) const noexcept;
 
     std::int32_t index = 0;

@@ -10,20 +10,19 @@ constexpr std::uint8_t SingleValueFlag = 0x80;
 constexpr std::uint64_t IndexRowBytes = 6;
 constexpr std::uint32_t NoRightHalf = 0xFFF;  // marks a symbol that is a value
 
-[[nodiscard]] std::uint32_t ReadLittle16(const std::uint8_t* bytes) noexcept {
-    return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8);
+[[nodiscard]] std::uint16_t ReadLittle16(const std::uint8_t* bytes) noexcept {
+    return (bytes[0] | bytes[1] << 8) & 0xFFFF;
 }
 
 [[nodiscard]] std::uint32_t ReadLittle32(const std::uint8_t* bytes) noexcept {
-    return ReadLittle16(bytes) | ReadLittle16(bytes + 2) << 16U;
+    return ReadLittle16(bytes) | std::uint32_t{ReadLittle16(bytes + 2)} << 16U;
 }
 
 /// The next 32 bits of a code. Past the end of the file it reads as 0.
 [[nodiscard]] std::uint64_t ReadCode(const std::uint8_t* bytes, const std::uint8_t* end) noexcept {
     if (end - bytes >= 4) [[likely]] {
-        return static_cast<std::uint32_t>(bytes[0]) << 24U |
-               static_cast<std::uint32_t>(bytes[1]) << 16U |
-               static_cast<std::uint32_t>(bytes[2]) << 8U | bytes[3];
+        return std::uint32_t{bytes[0]} << 24U | std::uint32_t{bytes[1]} << 16U |
+               std::uint32_t{bytes[2]} << 8U | bytes[3];
     }
     std::uint32_t word = 0;
     for (int i = 0; i < 4; ++i) {
@@ -67,7 +66,7 @@ private:
         states_[symbol] = State::Open;
         const std::uint8_t* const pattern = patterns_ + 3 * std::size_t{symbol};
         BlockStream::Symbol& word = symbols_[symbol];
-        word.word = ReadLittle16(pattern) | static_cast<std::uint32_t>(pattern[2]) << 16U;
+        word.word = ReadLittle16(pattern) | std::uint32_t{pattern[2]} << 16U;
         if (word.Right() != NoRightHalf) {
             if (!Read(word.Left()) || !Read(word.Right())) {
                 return false;
@@ -94,7 +93,7 @@ void SetCodes(BlockStream& stream, const std::uint8_t* offsets, unsigned lengths
     std::array<std::uint32_t, BlockStream::LongestCode + 1> base{};
     for (unsigned i = lengths; i-- > 0;) {
         const unsigned length = stream.minLength + i;
-        stream.offset[length] = static_cast<std::uint16_t>(ReadLittle16(offsets + 2 * i));
+        stream.offset[length] = ReadLittle16(offsets + 2 * i);
         if (i + 1 < lengths) {
             base[i] = (base[i + 1] + stream.offset[length] - stream.offset[length + 1]) / 2;
         }
@@ -206,8 +205,8 @@ std::uint8_t DecompressValue(const BlockStream& stream, std::uint64_t index) noe
     const std::uint64_t distance = std::uint64_t{1} << stream.indexBits;
     const std::uint8_t* const row = stream.indexTable + IndexRowBytes * (index >> stream.indexBits);
     std::uint64_t block = ReadLittle32(row);
-    std::int64_t lit = static_cast<std::int64_t>(index & (distance - 1)) -
-                       static_cast<std::int64_t>(distance / 2) + ReadLittle16(row + 4);
+    // A row names the place of the value in the middle of its range, so it may go back from there.
+    std::int64_t lit = (index & (distance - 1)) - distance / 2 + ReadLittle16(row + 4);
     while (lit < 0) {
         lit += ReadLittle16(stream.sizeTable + 2 * --block) + 1;
     }
@@ -256,7 +255,7 @@ std::uint8_t DecompressValue(const BlockStream& stream, std::uint64_t index) noe
             symbol = stream.symbols[symbol.Right()];
         }
     }
-    return static_cast<std::uint8_t>(symbol.word);
+    return symbol.word & 0xFFU;
 }
 
 }  // namespace brenquil

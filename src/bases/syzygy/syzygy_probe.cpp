@@ -2,6 +2,7 @@
 
 #include "bases/syzygy/tb_board.h"
 #include "bases/syzygy/tb_probe.h"
+#include "platform/bits.h"
 
 #include <algorithm>
 #include <array>
@@ -28,7 +29,7 @@ constexpr std::int32_t MostRule50 = 200;
     result.bishops = both(Bishop);
     result.knights = both(Knight);
     result.pawns = both(Pawn);
-    result.rule50 = static_cast<std::uint8_t>(std::clamp(rule50, 0, MostRule50));
+    result.rule50 = ToByte(std::clamp(rule50, 0, MostRule50));
     result.turn = position.sideToMove == White;
     return result;
 }
@@ -81,10 +82,10 @@ TbResult CSyzygyProbe::SyzygyProbeRoot(const CPosition& position) const {
     const std::uint32_t wdl = ClassOfDistance(dtz, board.rule50) + 2;
     const std::uint32_t enPassant = TbIsEnPassant(board, move) ? 1 : 0;
     const std::uint32_t distance = std::abs(dtz);
-    return {wdl | static_cast<std::uint32_t>(move.To()) << 4U |
-            static_cast<std::uint32_t>(move.From()) << 10U |
-            static_cast<std::uint32_t>(move.Promotion()) << 16U | enPassant << 19U |
-            distance << 20U};
+    const std::uint32_t to = move.To();
+    const std::uint32_t from = move.From();
+    const std::uint32_t promotion = move.Promotion();
+    return {wdl | to << 4U | from << 10U | promotion << 16U | enPassant << 19U | distance << 20U};
 }
 
 bool CSyzygyProbe::TbResultToMove(TbResult result, Move& move) const noexcept {

@@ -29,21 +29,17 @@ namespace brenquil {
 struct TbResult {
     std::uint32_t word;
 
-    [[nodiscard]] constexpr int Class() const noexcept { return static_cast<int>(word & 15U); }
+    [[nodiscard]] constexpr int Class() const noexcept { return word & 15U; }
 
-    [[nodiscard]] constexpr Square To() const noexcept {
-        return static_cast<int>(word >> 4U & 63U);
-    }
+    [[nodiscard]] constexpr Square To() const noexcept { return word >> 4U & 63U; }
 
-    [[nodiscard]] constexpr Square From() const noexcept {
-        return static_cast<int>(word >> 10U & 63U);
-    }
+    [[nodiscard]] constexpr Square From() const noexcept { return word >> 10U & 63U; }
 
     [[nodiscard]] constexpr unsigned Promotion() const noexcept { return word >> 16U & 7U; }
 
     [[nodiscard]] constexpr bool IsEnPassant() const noexcept { return (word >> 19U & 1U) != 0; }
 
-    [[nodiscard]] constexpr int Distance() const noexcept { return static_cast<int>(word >> 20U); }
+    [[nodiscard]] constexpr int Distance() const noexcept { return word >> 20U; }
 
     friend constexpr bool operator==(TbResult, TbResult) = default;
 };

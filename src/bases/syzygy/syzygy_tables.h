@@ -48,7 +48,7 @@ public:
     void SetPath(const std::string& path);
 
     /// Forgets all tables and looks for those of a new path.
-    /// @return true: a path without tables is no failure
+    /// @return true: a path without tables is not a failure
     bool SyzygyInit(const std::string& path);
 
     /// Can there be a table for this many men. One comparison, for every node of a search.

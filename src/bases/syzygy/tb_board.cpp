@@ -129,7 +129,7 @@ void FinishPawnMove(TbPosition& to, const TbPosition& from, TbMove move) noexcep
     if (distance == 16 || distance == -16) {
         const Square passed = (move.To() + move.From()) / 2;
         if ((PawnAttacks[us][passed] & to.Own() & to.pawns) != 0) {
-            to.ep = static_cast<std::uint8_t>(passed);
+            to.ep = ToByte(passed);
         }
     } else if (from.ep != 0 && move.To() == from.ep) {
         const Bitboard victim = StepForward(destination, ~us);

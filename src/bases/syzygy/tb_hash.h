@@ -55,7 +55,7 @@ private:
     using Bucket = std::array<Slot, HSHMAX>;
 
     [[nodiscard]] Bucket& BucketOf(std::uint64_t key) noexcept {
-        return buckets_[static_cast<std::size_t>(key >> (64 - TbHashBits))];
+        return buckets_[key >> (64 - TbHashBits)];
     }
 
     std::array<Bucket, std::size_t{1} << TbHashBits> buckets_;

@@ -1,6 +1,7 @@
 #include "bases/syzygy/tb_index.h"
 
 #include "bases/syzygy/tb_index_tables.h"
+#include "platform/bits.h"
 
 #include <algorithm>
 #include <cassert>
@@ -14,13 +15,13 @@ namespace {
 /// format has them.
 [[nodiscard]] std::uint64_t Placements(unsigned count, unsigned squares) noexcept {
     std::uint32_t ways = squares;
-    std::uint32_t divisor = 1;
+    std::int32_t divisor = 1;
     for (unsigned i = 1; i < count; ++i) {
         ways *= squares - i;
         divisor *= i + 1;
     }
-    return static_cast<std::uint64_t>(
-        static_cast<std::int64_t>(static_cast<std::int32_t>(ways) / static_cast<int>(divisor)));
+    const std::int32_t dividend = ways;  // negative where the product has passed 31 bits
+    return dividend / divisor;
 }
 
 /// Sizes of the groups: the leading ones by the shape, the others by runs of like men.
@@ -39,7 +40,7 @@ void SetGroupSizes(const TbShape& shape, TbLayout& layout) noexcept {
     } else if (shape.encodingType == 2) {
         i = layout.groupSizes[0] = 2;
     } else {
-        i = layout.groupSizes[0] = static_cast<std::uint8_t>(shape.encodingType - 1);
+        i = layout.groupSizes[0] = ToByte(shape.encodingType - 1);
     }
     while (i < shape.men) {
         std::uint8_t run = 1;
@@ -118,14 +119,14 @@ void FoldBoard(const TbShape& shape, unsigned leaders, TbSquares& squares) noexc
                                        Square lowest) noexcept {
     auto* const first = squares.begin() + start;
     std::sort(first, first + count);
-    std::int64_t sum = 0;
+    std::uint64_t sum = 0;
     for (std::size_t m = 0; m < count; ++m) {
         const Square square = squares[start + m];
         const auto earlier =
             std::count_if(squares.begin(), first, [=](Square other) { return other < square; });
         sum += BinomialTable[m][square - lowest - earlier];
     }
-    return static_cast<std::uint64_t>(sum);
+    return sum;
 }
 
 /// Adds the groups from man `i` on to the number.
@@ -150,7 +151,7 @@ TbShape ShapeOfName(std::string_view name) {
     int single = 0;
     std::uint8_t fewest = TbCodes;
     for (const std::uint8_t count : shape.counts) {
-        shape.men = static_cast<std::uint8_t>(shape.men + count);
+        shape.men = ToByte(shape.men + count);
         single += count == 1 ? 1 : 0;
         fewest = count > 1 ? std::min(fewest, count) : fewest;
     }
@@ -166,9 +167,14 @@ TbShape ShapeOfName(std::string_view name) {
     } else if (single == 2) {
         shape.encodingType = 2;
     } else {
-        shape.encodingType = static_cast<std::uint8_t>(fewest + 1);
+        shape.encodingType = ToByte(fewest + 1);
     }
     return shape;
+}
+
+std::uint64_t LeadingPlacements(const TbShape& shape, unsigned file) noexcept {
+    return shape.hasPawns ? LeadPawnFactor[shape.pawnCount[0] - 1U][file]
+                          : PivotFactors[shape.encodingType];
 }
 
 bool LayOutGroups(const TbShape& shape, unsigned file, unsigned order, unsigned secondOrder,
@@ -189,8 +195,7 @@ bool LayOutGroups(const TbShape& shape, unsigned file, unsigned order, unsigned 
     for (unsigned k = 0; i < shape.men || k == order || (hasSecond && k == secondOrder); ++k) {
         if (k == order) {
             layout.groupFactors[0] = factor;
-            factor *= static_cast<std::uint64_t>(shape.hasPawns ? LeadPawnFactor[leaders - 1][file]
-                                                                : PivotFactors[shape.encodingType]);
+            factor *= LeadingPlacements(shape, file);
             leadersDone = true;
         } else if (hasSecond && k == secondOrder) {
             layout.groupFactors[leaders] = factor;
@@ -217,7 +222,7 @@ std::uint64_t EncodePiece(const TbShape& shape, const TbLayout& layout,
     case 1: leading = KingsAndManIndex(squares); break;
     default: leading = KingPairIndex[TriangleClass[squares[0]]][squares[1]]; break;
     }
-    const std::uint64_t index = static_cast<std::uint64_t>(leading) * layout.groupFactors[0];
+    const std::uint64_t index = leading * layout.groupFactors[0];
     return AddGroups(shape, layout, squares, layout.groupSizes[0], index);
 }
 
@@ -229,11 +234,11 @@ std::uint64_t EncodePawn(const TbShape& shape, const TbLayout& layout,
     const std::size_t leaders = layout.groupSizes[0];
     std::sort(squares.begin() + 1, squares.begin() + leaders,
               [](Square a, Square b) { return PawnTwist[a] > PawnTwist[b]; });
-    std::int32_t leading = LeadPawnIndex[leaders - 1][LeadPawnOrder[squares[0]]];
+    std::uint32_t leading = LeadPawnIndex[leaders - 1][LeadPawnOrder[squares[0]]];
     for (std::size_t i = leaders - 1; i > 0; --i) {
         leading += BinomialTable[leaders - 1 - i][PawnTwist[squares[i]]];
     }
-    std::uint64_t index = static_cast<std::uint64_t>(leading) * layout.groupFactors[0];
+    std::uint64_t index = leading * layout.groupFactors[0];
     std::size_t i = leaders;
     if (shape.pawnCount[1] != 0) {
         const std::size_t count = layout.groupSizes[i];
@@ -250,7 +255,7 @@ unsigned LeadPawnToFront(unsigned pawns, TbSquares& squares) noexcept {
             std::swap(squares[0], squares[i]);
         }
     }
-    return static_cast<unsigned>(LeadPawnOrder[squares[0]]) / 6;
+    return LeadPawnOrder[squares[0]] / 6U;
 }
 
 }  // namespace brenquil

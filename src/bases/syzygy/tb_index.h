@@ -52,6 +52,9 @@ inline constexpr unsigned TbNoSecondOrder = 15;
 [[nodiscard]] bool LayOutGroups(const TbShape& shape, unsigned file, unsigned order,
                                 unsigned secondOrder, TbLayout& layout) noexcept;
 
+/// How many placements the leading group has. `file` is the file group, 0 without pawns.
+[[nodiscard]] std::uint64_t LeadingPlacements(const TbShape& shape, unsigned file) noexcept;
+
 /// The number of the squares in a table without pawns. Folds and reorders `squares`.
 [[nodiscard]] std::uint64_t EncodePiece(const TbShape& shape, const TbLayout& layout,
                                         TbSquares& squares) noexcept;

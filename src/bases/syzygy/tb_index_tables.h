@@ -7,6 +7,7 @@
 
 #include "board/attacks.h"
 #include "board/types.h"
+#include "platform/bits.h"
 
 #include <array>
 #include <cstddef>
@@ -17,15 +18,12 @@ namespace brenquil {
 
 /// [i][j]: the number of ways to choose i + 1 of j things.
 inline constexpr auto BinomialTable = [] {
-    std::array<std::array<std::int32_t, 64>, 5> table{};
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        for (std::size_t j = 0; j < 64; ++j) {
-            std::int64_t ways = 1;
-            for (std::size_t k = 0; k <= i; ++k) {
-                ways = ways * (static_cast<std::int64_t>(j) - static_cast<std::int64_t>(k)) /
-                       static_cast<std::int64_t>(k + 1);
-            }
-            table[i][j] = static_cast<std::int32_t>(ways);
+    // By Pascal's triangle: the last thing is chosen or not.
+    std::array<std::array<std::uint32_t, 64>, 5> table{};
+    for (std::size_t j = 1; j < 64; ++j) {
+        table[0][j] = table[0][j - 1] + 1;
+        for (std::size_t i = 1; i < table.size(); ++i) {
+            table[i][j] = table[i][j - 1] + table[i - 1][j - 1];
         }
     }
     return table;
@@ -38,8 +36,8 @@ inline constexpr auto OffDiagonal = tables::BySquare([](Square s) {
 });
 
 /// The square reflected in the a1-h8 diagonal.
-inline constexpr auto DiagonalFlip = tables::BySquare(
-    [](Square s) { return static_cast<std::uint8_t>(MakeSquare(RankOf(s), FileOf(s))); });
+inline constexpr auto DiagonalFlip =
+    tables::BySquare([](Square s) { return ToByte(MakeSquare(RankOf(s), FileOf(s))); });
 
 /// The ten squares to which the symmetries of a board without pawns fold every square, by class.
 inline constexpr std::array<Square, 10> TriangleSquares = {B1, C1, D1, C2, D2, D3, A1, B2, C3, D4};
@@ -77,7 +75,7 @@ inline constexpr auto LowerHalf = [] {
 /// a1 to h8 on one long diagonal 0 to 7, h1 to a8 on the other 8 to 15; 0 elsewhere.
 inline constexpr auto DiagonalClass = tables::BySquare([](Square s) {
     const int onMain = FileOf(s) == RankOf(s) ? FileOf(s) : 0;
-    return static_cast<std::uint8_t>(FileOf(s) + RankOf(s) == 7 ? 8 + RankOf(s) : onMain);
+    return ToByte(FileOf(s) + RankOf(s) == 7 ? 8 + RankOf(s) : onMain);
 });
 
 /// 0 to 23 for a2 to a7, b2 to b7 and so on to d7; the files e to h as their mirror images. 0 on
@@ -85,7 +83,7 @@ inline constexpr auto DiagonalClass = tables::BySquare([](Square s) {
 inline constexpr auto LeadPawnOrder = tables::BySquare([](Square s) {
     const int file = FileOf(s) > 3 ? 7 - FileOf(s) : FileOf(s);
     const bool isEdge = RankOf(s) == 0 || RankOf(s) == 7;
-    return static_cast<std::uint8_t>(isEdge ? 0 : 6 * file + RankOf(s) - 1);
+    return ToByte(isEdge ? 0 : 6 * file + RankOf(s) - 1);
 });
 
 /// The squares in the order of `LeadPawnOrder`.
@@ -138,20 +136,20 @@ inline constexpr auto KingPairIndex = [] {
 }();
 
 /// Placements of the leading group, by encoding type.
-inline constexpr std::array<std::int32_t, 3> PivotFactors = {31332, 28056, 462};
+inline constexpr std::array<std::uint32_t, 3> PivotFactors = {31332, 28056, 462};
 
 /// [pawns - 1][`LeadPawnOrder`]: placements that come before those with this first pawn, within its
 /// file. [pawns - 1][file] of the second table: all placements of a file.
 struct LeadPawnTables {
-    std::array<std::array<std::int32_t, 24>, 5> index{};
-    std::array<std::array<std::int32_t, 4>, 5> factor{};
+    std::array<std::array<std::uint32_t, 24>, 5> index{};
+    std::array<std::array<std::uint32_t, 4>, 5> factor{};
 };
 
 inline constexpr LeadPawnTables LeadPawns = [] {
     LeadPawnTables result;
     for (std::size_t i = 0; i < 5; ++i) {
         for (std::size_t file = 0; file < 4; ++file) {
-            std::int32_t sum = 0;
+            std::uint32_t sum = 0;
             for (std::size_t j = 6 * file; j < 6 * file + 6; ++j) {
                 result.index[i][j] = sum;
                 sum += i == 0 ? 1 : BinomialTable[i - 1][PawnTwist[LeadPawnSquares[j]]];

@@ -26,7 +26,7 @@ inline constexpr int TbMaxTableMen = 6;  ///< most men of a table, kings include
 /// How many men of each code there are; White stands for the side that a name gives first.
 using TbCounts = std::array<std::uint8_t, TbCodes>;
 
-/// Counts of a name such as "KQvKR". Letters that are no men count nothing.
+/// Counts of a name such as "KQvKR". Letters that are not men count nothing.
 [[nodiscard]] TbCounts CountsOfName(std::string_view name);
 
 /// The key of the counts; with `mirror` of the same men with the sides exchanged.
