@@ -21,7 +21,7 @@ import subprocess
 import sys
 import threading
 
-# In seconds: an engine that has nothing to compute and keeps silent for so long does so for ever.
+# In seconds: an engine that has nothing to compute and keeps silent for this long does so for ever.
 PATIENCE = 30
 SHOWN = re.compile(r"info string |info .* pv |bestmove ")
 

@@ -50,7 +50,7 @@ public:
     /// Hands the moves of `GenerateMoves` in its order to a sink instead, which can put them into
     /// an order of its own on the way:
     ///
-    ///     sink.Man(type, from, targets);   // each target of a man that is no pawn
+    ///     sink.Man(type, from, targets);   // each target of a man that is not a pawn
     ///     sink.Pawn(from, to);             // a pawn's move that does not promote
     ///     sink.Special(move);              // a promotion, en passant or castling
     template <MoveKinds Wanted, class Sink>

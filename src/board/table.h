@@ -1,7 +1,7 @@
 // A fixed array whose index is a square or another small signed number of the board: a file, a
 // rank, a ply.
 //
-// `std::array` wants an unsigned index, and squares are plain integers because arithmetic on them
+// `std::array` takes an unsigned index, and squares are plain integers because arithmetic on them
 // is the point. Colours and pieces are unsigned enumerations and index a `std::array` as they are.
 #pragma once
 

@@ -12,7 +12,7 @@
 // | BestMove   | the first move alone                  |
 //
 // A weight counts as a signed 16-bit number: from 32768 up it stands last. A book move is
-// pseudo-legal and no more: one that leaves the king in check is no fault of the
+// pseudo-legal and no more: one that leaves the king in check is not a fault of the
 // engine.
 //
 // The book's file is replaced by the reading thread and questioned by it, and by the master's

@@ -11,8 +11,9 @@
 // | 12-15 | what a learning program has noted; not used                        |
 //
 // Nothing of the book is held in memory: a question is a bisection by seeks and byte reads, some
-// dozens of them. It is asked at the root only. A file that is no book, or is cut off, unsorted or
-// shortened while it is open, gives few moves or wrong ones, and every one of them is pseudo-legal.
+// dozens of them. It is asked at the root only. A file that is not a book, or is cut off, unsorted
+// or shortened while it is open, gives few moves or wrong ones, and every one of them is
+// pseudo-legal.
 //
 // The place in the file is a state that all questions share, so an object is used by one thread at
 // a time.
@@ -34,7 +35,7 @@ public:
     static constexpr std::uint32_t RecordSize = 16;
 
     /// Opens another book in place of the present one.
-    /// @return false when the file cannot be opened; there is no book then
+    /// @return false when the file cannot be opened; there is not a book then
     [[nodiscard]] bool Open(const std::string& path) noexcept { return file_.Open(path); }
 
     [[nodiscard]] bool IsOpen() const noexcept { return file_.IsOpen(); }

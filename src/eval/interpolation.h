@@ -35,7 +35,7 @@ inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
 /// no pieces left the middlegame score has the weight -0.5. Deliberate.
 ///
 /// The rounding of the double precision steps shows in the result. Where both scores are equal and
-/// the weight is no binary fraction, the sum can come out a little below the whole number and is
+/// the weight is not a binary fraction, the sum can come out a little below the whole number and is
 /// truncated to the one before. So each step must round on its own, on every compiler: the build
 /// does not let a product be fused with the addition that follows.
 [[nodiscard]] inline Score Interpolate(std::int32_t middlegame, std::int32_t endgame,

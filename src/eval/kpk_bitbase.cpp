@@ -68,7 +68,7 @@ CKpkBitbase::CKpkBitbase() noexcept {
 }
 
 /// Strong kings for which pushing the pawn leads to a position already known to be won. Promotion
-/// is no push: it is decided by `PromotionWins`.
+/// is not a push: it is decided by `PromotionWins`.
 Bitboard CKpkBitbase::PushWins(Square weakKing, Square pawn) const noexcept {
     if (RankOf(pawn) == 6) {
         return 0;

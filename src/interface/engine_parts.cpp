@@ -8,8 +8,8 @@ namespace brenquil {
 
 CEngineParts::CEngineParts(CProtocol& session) : protocol(session) {
     outputOptions.logging.onChange = [this](const std::string& value) {
-        // The fallback is false here: a text that is no truth value switches the log off, although
-        // the option's own field keeps what it was.
+        // The fallback is false here: a text that is not a truth value switches the log off,
+        // although the option's own field keeps what it was.
         protocol.logging = ParseBool(value, false);
     };
     syzygyOptions.path.onChange = [this](const std::string& path) {

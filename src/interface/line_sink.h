@@ -36,7 +36,7 @@ public:
     void Write(const std::string& line) override {
         assert(line.ends_with('\n'));
         Enter();
-        // A reader that has gone away is no reason to stop: the result is not looked at.
+        // A reader that has gone away is not a reason to stop: the result is not looked at.
         (void)std::fwrite(line.data(), 1, line.size(), stream_);
         (void)std::fflush(stream_);
         Leave();

@@ -2,7 +2,7 @@
 // the disk.
 //
 // Names are byte strings as in platform/file_stream.h. A failure is told by the result, and
-// LastFileError says why in words. No exceptions, except for want of memory in the texts.
+// LastFileError says why in words. No exceptions, except for lack of memory in the texts.
 #pragma once
 
 #include <cstdint>

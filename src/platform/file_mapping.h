@@ -33,7 +33,7 @@ public:
     ~CFileMapping();
 
     /// Maps the file of that name in place of what was mapped before. False, and nothing is mapped,
-    /// when it cannot be read, is no regular file or is empty.
+    /// when it cannot be read, is not a regular file or is empty.
     [[nodiscard]] bool Open(const std::string& path) noexcept;
 
     /// Ends the mapping, if there is one.

@@ -22,9 +22,9 @@ namespace platform_detail {
 #if defined(__wasm__)
 // WebAssembly has no atomic access but those in one order among all threads, whose writes are
 // locked instructions; they cost a tenth of the speed. Its plain accesses serve, for which its own
-// rules say what a race does: all that the contract wants, except that on a 32-bit phone the halves
-// of a 64-bit word may be of two writes. The hash table checks its words against one another, and
-// figures forgive it.
+// rules say what a race does: all that the contract asks for, except that on a 32-bit phone the
+// halves of a 64-bit word may be of two writes. The hash table checks its words against one
+// another, and figures forgive it.
 template <class T>
 class SharedWord {
 public:

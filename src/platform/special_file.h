@@ -10,7 +10,7 @@
 
 namespace brenquil {
 
-/// True when there is something of that name that is no regular file: a directory, a device, a
+/// True when there is something of that name that is not a regular file: a directory, a device, a
 /// pipe, or a link to one of these. False for a file and for nothing.
 [[nodiscard]] bool IsSpecialFile(const std::string& path) noexcept;
 

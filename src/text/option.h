@@ -15,7 +15,7 @@
 // and the ini file writer.
 //
 // All paths go through SetValue, which does nothing when the text does not change. Ranges and
-// choices are advertised and not enforced: whoever wants that asks Fitting first.
+// choices are advertised and not enforced: whoever needs that asks Fitting first.
 //
 // Nothing is called back while objects are being made. Whoever has to act on a change sets
 // `onChange`; once everything is there, one call of RunCallbacks for each group brings what the

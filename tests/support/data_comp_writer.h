@@ -45,7 +45,7 @@ struct PrefixCode {
 /// The lengths that make the shortest text for these frequencies.
 [[nodiscard]] std::vector<std::uint32_t> WordLengths(const std::vector<std::uint64_t>& frequency);
 
-/// A symbol of the main code and the bits behind it.
+/// A symbol of the main code and the bits after it.
 struct Token {
     std::uint32_t symbol = 0;
     std::uint64_t extra = 0;

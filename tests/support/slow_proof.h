@@ -2,7 +2,7 @@
 //
 // It is independent on purpose: a position's legality, its moves and what they lead to come from
 // tests/support/slow_chess; of the solver it takes the answers only. An answer is right if it is
-// what the answers behind all moves come to, as the counting begins with mates and ends nowhere
+// what the answers after all moves come to, as the counting begins with mates and ends nowhere
 // else. A position in which a pawn may be taken in passing is judged by its own moves.
 #pragma once
 

@@ -42,7 +42,7 @@ public:
         return static_cast<Colour>(index & 1U);
     }
 
-    /// -2, 0 or 2 in the view of the side to move, `Illegal` for what is no position.
+    /// -2, 0 or 2 in the view of the side to move, `Illegal` for what is not a position.
     [[nodiscard]] int Class(std::size_t index) const { return classes[index]; }
 
     /// Plies to the next zeroing move of a win or loss, that move included; 1 for the side that is

@@ -1,5 +1,5 @@
 # ctest: timeout=120
-"""The opening book in the real program: little books written here, files that are no books, and real ones."""
+"""The opening book in the real program: little books written here, files that are not books, and real ones."""
 
 import os
 import pathlib
@@ -106,7 +106,7 @@ class Book(EngineTest):
             self.assertIn(f"\nbestmove {expected}\n", printed, fen)
 
     def answers_nothing(self, name, message=""):
-        """A file that is no book: only the message, a search of its own, and the program goes on."""
+        """A file that is not a book: only the message, a search of its own, and the program goes on."""
         printed = self.run_lines("uci", f"setoption name Book Path value {name}", "console", "moves", "eval")
         printed = printed[printed.index("uciok\n") + 6:]
         self.assertTrue(printed.startswith(message + "  1. a2a3\n"), printed)

@@ -44,7 +44,7 @@ class Clients(EngineTestCase):
         super().setUp()
         self.folder = Path(self.directory)
         (self.folder / "bin").mkdir()
-        # By scripts, as the engine may be one for an emulator; its name is no switch then.
+        # By scripts, as the engine may be one for an emulator; its name is not a switch then.
         self.write("bin/brenquil", f'#!/bin/sh\nexec "{ENGINE}" "$@"\n').chmod(0o755)
         self.write("bin/brenquil-strict", f'#!/bin/sh\nexec "{ENGINE}" --strict-uci "$@"\n').chmod(0o755)
         self.path = f"{self.folder / 'bin'}:{os.environ['PATH']}{GAMES}"

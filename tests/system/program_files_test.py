@@ -258,7 +258,7 @@ class BatchFile(EngineTest):
 
 @unittest.skipIf(SYSTEM == "Windows" or not hasattr(os, "mkfifo"), "no pipes and devices of names here")
 class SpecialFiles(EngineTest):
-    """What is no file, in the place of each file that the program reads or writes."""
+    """What is not a file, in the place of each file that the program reads or writes."""
 
     LOGGING = ["uci", "setoption name Logging value true", "isready", "console", "eval"]
 

@@ -44,7 +44,7 @@ public:
     void TestHash();
 
     /// Does each position hold together, and are both the same: men on bitboards, mailbox, counts
-    /// and keys. The second one is to be a rebuilt copy of the first.
+    /// and keys. The second one is a rebuilt copy of the first.
     [[nodiscard]] static bool AreBoardsRight(const CPosition& position, const CPosition& rebuilt);
 
     std::vector<PerftTestRow> perftTable;

@@ -11,7 +11,7 @@
 
 namespace brenquil {
 
-/// Offers each setting of the file to the options. No file and unknown names are no errors.
+/// Offers each setting of the file to the options. No file and unknown names are not errors.
 void LoadIni(const OptionGroupList& groups);
 
 /// Writes the present values of all options to a new file and says "created", or "already exists"

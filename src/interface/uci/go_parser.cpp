@@ -29,7 +29,8 @@ constexpr std::array NumericTokens{
 };
 
 /// Reads the number after a token. The whole-word test only says that the token is there; the
-/// value is taken after the first place where its letters stand, be it the tail of another word.
+/// value is taken after the first place where its letters stand, even if they are the tail of
+/// another word.
 void ReadNumber(std::string_view line, std::string_view token, std::int32_t& field) {
     if (!HasWord(line, token)) {
         return;

@@ -25,8 +25,8 @@ namespace brenquil {
 [[nodiscard]] std::string SecondsText(std::uint32_t milliseconds);
 
 /// Clock time over tick time in thousandths, at most 1000; 0 unless both have moved on. Both run on
-/// wall time, so the figure sits close to 1000; it is no processor measurement and must not become
-/// one, front ends are used to it.
+/// wall time, so the figure sits close to 1000; it is not a measurement of the processor and must
+/// not become one, front ends are used to it.
 [[nodiscard]] std::int32_t CpuLoad(std::int32_t ticks, std::int32_t clock);
 
 }  // namespace brenquil

@@ -234,7 +234,7 @@ TEST(GenerateEvasions, OffersTheEnPassantCaptureOfTheCheckingPawn) {
     const std::vector<std::uint32_t> words = EvasionWords(checked);
     const std::uint32_t capture = Move::Make(D4, E3, MoveKind::EnPassant).word;
     EXPECT_EQ(std::count(words.begin(), words.end(), capture), 1);
-    // A plain move to that square is no answer: the mask does not hold it.
+    // A plain move to that square is not an answer: the mask does not hold it.
     const CPosition withRook = FromFen("8/8/8/5k2/3pP3/r7/8/K7 b - e3 0 1");
     const std::vector<std::uint32_t> all = GeneratedWords(withRook, MoveKinds::All);
     const std::vector<std::uint32_t> answers = EvasionWords(withRook);

@@ -49,7 +49,7 @@ TEST(SetFen, DropsARightWithoutItsMen) {
     EXPECT_EQ(Reread("4k3/8/8/8/8/8/4K3/R6R w KQ - 0 1"), "4k3/8/8/8/8/8/4K3/R6R w - - 0 1");
     EXPECT_EQ(Reread("r3k2r/8/8/8/8/8/8/4K3 w KQkq - 0 1"), "r3k2r/8/8/8/8/8/8/4K3 w kq - 0 1");
     EXPECT_EQ(Reread("4k3/8/8/8/8/8/8/4K2r w K - 0 1"), "4k3/8/8/8/8/8/8/4K2r w - - 0 1");
-    // A file letter wants a rook of its colour on that square.
+    // A file letter asks for a rook of its colour on that square.
     EXPECT_EQ(Reread("4k3/8/8/8/8/8/8/4K2R w GE - 0 1"), "4k3/8/8/8/8/8/8/4K2R w - - 0 1");
     EXPECT_EQ(Reread("4k2R/8/8/8/8/8/8/4K2r w Hh - 0 1"), "4k2R/8/8/8/8/8/8/4K2r w - - 0 1");
     EXPECT_EQ(Reread("4k3/8/8/8/8/8/4K3/7R w H - 0 1"), "4k3/8/8/8/8/8/4K3/7R w - - 0 1");

@@ -1,4 +1,5 @@
-// The book's file: the search for a position, the meaning of a record, and files that are no books.
+// The book's file: the search for a position, the meaning of a record, and files that are not
+// books.
 
 #include "../../support/temporary_folder.h"
 #include "book/book_file.h"

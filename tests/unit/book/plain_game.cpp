@@ -170,7 +170,7 @@ std::vector<std::vector<std::string>> ReadPgn(std::string_view text) {
                 isFromStart = true;
                 continue;
             }
-            // "12." and "12...", also with the move right behind.
+            // "12." and "12...", also with the move right after.
             const bool isCastling = word.starts_with("0-0");
             const std::size_t start = isCastling ? 0 : word.find_first_not_of("0123456789.");
             if (start != std::string::npos && word[start] != '$') {

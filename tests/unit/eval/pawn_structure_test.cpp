@@ -145,7 +145,7 @@ TEST_F(PawnStructure, UndefendedPawnBehindAnAttackedSquareIsBackward) {
 }
 
 TEST_F(PawnStructure, DefendedPawnIsNotBackward) {
-    // d2 guards e3. d2 and e3 are no passed pawns because of d5; d2's own front, d3, is not
+    // d2 guards e3. d2 and e3 are not passed pawns because of d5; d2's own front, d3, is not
     // attacked.
     EXPECT_EQ(WhiteTerms("k7/8/8/3p4/8/4P3/3P4/K7 w - - 0 1"), TermPair(0, 0));
     EXPECT_EQ(WhiteTerms("k7/8/8/5p2/8/4P3/5P2/K7 w - - 0 1"), TermPair(0, 0));

@@ -209,7 +209,7 @@ TEST_F(Root, SearchmovesWithoutALegalMoveCountsAsNoLegalMove) {
 
     setup.Set("4r1k1/8/8/8/8/8/8/4K3 w - - 0 1");
     const SearchRecord inCheck = setup.Think(limits);
-    ASSERT_EQ(inCheck.pvs.size(), 3U);  // a distance of 0 is no mate
+    ASSERT_EQ(inCheck.pvs.size(), 3U);  // a distance of 0 is not a mate
     EXPECT_EQ(inCheck.pvs[2].report.score, -32000);
 }
 

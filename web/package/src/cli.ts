@@ -31,7 +31,7 @@ const Help = `Brenquil, a chess engine for the UCI protocol, as WebAssembly unde
         --graphs FOLDER    an SVG picture of each game; default: the folder of the output
         --no-graphs        no pictures
         --depth N          how deep each position is searched; default: 12
-        --movetime MS      so long for each position, instead of a depth
+        --movetime MS      this time for each position, instead of a depth
         --threads N        search threads; default: 1, with which a depth always gives the same words
         --hash MB          default: 64
 

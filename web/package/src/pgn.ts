@@ -9,7 +9,7 @@ export interface Ply {
     move: Move;
     before: ChessPosition;
     after: ChessPosition;
-    /** Comments between the move before and this one, and behind this one. */
+    /** Comments between the move before and this one, and after this one. */
     commentsBefore: string[];
     comments: string[];
     /** Marks as numbers: 1 is "!", 2 is "?". */
@@ -212,7 +212,7 @@ function readGame(reader: Reader): Game | null {
         } else if (token.kind === 'open') {
             const last = line.at(-1);
             if (last === undefined) {
-                throw reader.fault('a variation stands behind the move that it replaces', token.at);
+                throw reader.fault('a variation stands after the move that it replaces', token.at);
             }
             stack.push({ line, position: position!, at: token.at });
             line = [];
@@ -286,7 +286,7 @@ export function* parseGames(text: string): Generator<{ text: string; game?: Game
             if (!(error instanceof PgnError)) {
                 throw error;
             }
-            // The next game begins with a tag behind an empty line that follows moves.
+            // The next game begins with a tag after an empty line that follows moves.
             const search = /\n[ \t]*\r?\n(?=\[)/g;
             search.lastIndex = Math.max(reader.at, start + 1);
             const place = search.exec(text);

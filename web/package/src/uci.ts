@@ -146,7 +146,7 @@ export function goLine(limits: Limits): string {
     if (!isLimited(limits)) {
         words.push('infinite');
     }
-    // Last: the engine takes every word behind it for a move.
+    // Last: the engine takes every word after it for a move.
     if (limits.searchmoves !== undefined && limits.searchmoves.length > 0) {
         words.push('searchmoves', ...limits.searchmoves);
     }

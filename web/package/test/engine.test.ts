@@ -170,7 +170,7 @@ for (const variant of ['threads', 'single'] as const) {
         assert.ok(said.includes('Corrupted table.'), said.join('|'));
     });
 
-    test(`${variant}: the strict dialect is to be had`, { timeout: 60_000 }, async () => {
+    test(`${variant}: the strict dialect can be had`, { timeout: 60_000 }, async () => {
         const engine = await Engine.create({ variant, strict: true });
         assert.ok(engine.options.has('UCI_ShowWDL'));
         assert.deepEqual(await engine.setOption('MultiPV', 'many'), ['no value of MultiPV: many']);

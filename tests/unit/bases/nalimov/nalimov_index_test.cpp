@@ -159,7 +159,7 @@ TEST(NalimovIndex, TellingCountsOfPositions) {
     EXPECT_EQ(Positions("kqqpkq", 1), 8514011520U);
 }
 
-/// Factors behind the base table of one side of a class: of the ordinary positions and of those
+/// Factors after the base table of one side of a class: of the ordinary positions and of those
 /// with an en passant capture, by how many of the resting pieces are alike.
 struct Factors {
     std::array<std::uint64_t, 3> ordinary;
@@ -594,16 +594,16 @@ TEST(NalimovIndexProof, PositionsOfChosenTablesHaveEachAnIndexOfItsOwn) {
     const int first = men == 5 ? NalimovFirstFiveMen
                     : men == 4 ? NalimovFirstFourMen
                                : TableNumber("kppkp");
-    const int behind = men == 5 ? NalimovFirstSixMen : men == 4 ? NalimovFirstFiveMen : first + 1;
+    const int end = men == 5 ? NalimovFirstSixMen : men == 4 ? NalimovFirstFiveMen : first + 1;
     constexpr std::uint64_t ImagesEvery = 101;
-    for (int table = first; table < behind; ++table) {
+    for (int table = first; table < end; ++table) {
         ExpectProven(table, 0, men == 4 ? 1 : ImagesEvery);
         ExpectProven(table, 1, men == 4 ? 1 : ImagesEvery);
     }
 }
 
-void ExpectLargestIndexIsLast(int firstTable, int behind) {
-    for (int table = firstTable; table < behind; ++table) {
+void ExpectLargestIndexIsLast(int firstTable, int end) {
+    for (int table = firstTable; table < end; ++table) {
         for (const int side : {0, 1}) {
             EXPECT_EQ(test::LargestLegalIndex(table, side) + 1,
                       NalimovCalculator(table, side).Positions())

@@ -1,6 +1,6 @@
 // Damaged files: whatever is wrong with a table, a probe comes back and the program lives on. Reads
-// just behind a file are not seen here, where files are mapped by pages; the fuzz program reads
-// from memory of a file's exact size.
+// just past the end of a file are not seen here, where files are mapped by pages; the fuzz program
+// reads from memory of a file's exact size.
 
 #include "syzygy_fixture.h"
 
