@@ -18,7 +18,7 @@ namespace brenquil {
 class CKpkBitbase {
 public:
     /// Pawns on four files and six ranks, two sides to move, 64 squares for each king.
-    static constexpr std::size_t BitCount = 24UL * 2 * 64 * 64;
+    static constexpr std::size_t BitCount = std::size_t{24} * 2 * 64 * 64;
 
     /// Analyses all positions.
     CKpkBitbase() noexcept;

@@ -26,7 +26,7 @@ constexpr std::size_t Symbols = 1024;
 constexpr unsigned LongestWord = 24;  ///< far from the 31 that are allowed
 constexpr std::string_view Banner = "Compressed by DATACOMP v 1.0 made by brenquil-tables\r\n";
 constexpr std::size_t BannerSize = 64;
-constexpr std::uint32_t Mark = 0x4001f5;
+constexpr std::uint32_t Mark = 0x4001F5;
 
 using Bytes = std::span<const std::uint8_t>;
 using Distances = std::array<std::uint32_t, Slots>;

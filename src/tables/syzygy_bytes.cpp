@@ -268,8 +268,8 @@ void AlignTo(ByteList& bytes, std::size_t alignment) {
 
 std::uint64_t SumOf(std::span<const std::uint8_t> bytes) noexcept {
     // FNV-1a, eight bytes a step.
-    constexpr std::uint64_t Start = 0xcbf29ce484222325;
-    constexpr std::uint64_t Prime = 0x100000001b3;
+    constexpr std::uint64_t Start = 0xCBF29CE484222325;
+    constexpr std::uint64_t Prime = 0x100000001B3;
     std::uint64_t sum = Start;
     std::uint64_t word = 0;
     for (std::size_t at = 0; at < bytes.size(); ++at) {
@@ -376,8 +376,8 @@ CSyzygyDemands::CSyzygyDemands(const ZeroingCodes& codes, const SolvedEndings& s
 
 SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& demands,
                             CWorkers& workers, CProgress& progress) {
-    constexpr std::uint32_t WdlMagic = 0x5d23e871;
-    constexpr std::uint32_t DtzMagic = 0xa50c66d7;
+    constexpr std::uint32_t WdlMagic = 0x5D23E871;
+    constexpr std::uint32_t DtzMagic = 0xA50C66D7;
     const Ending& ending = codes.Of();
     const CEndingIndex& index = codes.Index();
     const TbShape shape = ShapeOfName(ending.syzygyName);

@@ -123,7 +123,7 @@ private:
 class COptionSpin final : public COption {
 public:
     /// Numbers of this size and beyond mean the same to every sum that they enter.
-    static constexpr std::int32_t ArithmeticLimit = 1'000'000;
+    static constexpr std::int32_t ArithmeticLimit = 1000000;
 
     COptionSpin(COptionGroup* group, const OptionNames& names, std::int32_t defaultValue,
                 std::int32_t minimum, std::int32_t maximum);

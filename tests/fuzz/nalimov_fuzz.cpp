@@ -42,7 +42,7 @@ void PutRight(std::vector<std::uint8_t>& file) {
     file[70] = file[70] % 16 == 13 ? 13 : file[70] % 11;
     file[71] = 24;
     Write32(file, 72, static_cast<std::uint32_t>(file[74] % 2U << 8U | file[75]));
-    Write32(file, 76, 0x4001f5);
+    Write32(file, 76, 0x4001F5);
     Write32(file, headerSize - 4, DataCompChecksum(std::span(file).first(headerSize - 4)));
 }
 

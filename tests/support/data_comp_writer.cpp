@@ -123,7 +123,7 @@ Bytes CDataCompWriter::Finish() const {
     file.push_back(static_cast<std::uint8_t>(blockBits));
     file.push_back(24);
     Append32(file, static_cast<std::uint32_t>(blocks_.size()));
-    Append32(file, 0x4001f5);
+    Append32(file, 0x4001F5);
     file.resize(file.size() + 8 * blocks_.size(), 0xEE);
     file.insert(file.end(), sizes.Result().begin(), sizes.Result().end());
     file.insert(file.end(), lengths.Result().begin(), lengths.Result().end());
@@ -150,7 +150,7 @@ std::uint32_t CDataCompWriter::Checksum(std::span<const std::uint8_t> bytes) {
             const bool wasSet = (entry & 1U) != 0;
             entry >>= 1U;
             if (!wasSet) {
-                entry ^= 0xedb88320U;
+                entry ^= 0xEDB88320U;
             }
         }
         sum = entry ^ (sum >> 8U);

@@ -289,7 +289,7 @@ std::vector<std::uint32_t> SlowPosition::Moves(bool captures, bool quiets, std::
         if (!IsMan(from, King, side) || !Holds(fromMask, from)) {
             continue;
         }
-        AddPieceMoves(moves, King, from, captures, quiets, ~0ULL);
+        AddPieceMoves(moves, King, from, captures, quiets, ~std::uint64_t{0});
         if (quiets && !inCheck) {
             AddCastling(moves, from, side == White ? 0 : 2);
             AddCastling(moves, from, side == White ? 1 : 3);

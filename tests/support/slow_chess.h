@@ -37,8 +37,8 @@ struct SlowPosition {
 
     /// Pseudo-legal moves in the order of the engine's generator, without a limit to their number.
     [[nodiscard]] std::vector<std::uint32_t> Moves(bool captures, bool quiets,
-                                                   std::uint64_t fromMask = ~0ULL,
-                                                   std::uint64_t toMask = ~0ULL) const;
+                                                   std::uint64_t fromMask = ~std::uint64_t{0},
+                                                   std::uint64_t toMask = ~std::uint64_t{0}) const;
 
     /// The order of all moves, those kept that could answer a check.
     [[nodiscard]] std::vector<std::uint32_t> Evasions() const;

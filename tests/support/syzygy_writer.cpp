@@ -425,7 +425,7 @@ StreamParts MakeStream(const std::vector<std::uint8_t>& values, const StreamShap
 
 Bytes MakeWdlFile(const WdlTable& table) {
     const TbShape shape = ShapeOfName(table.name);
-    Bytes file = FileStart(0x5d23e871, shape, table.split, table.hasFiles);
+    Bytes file = FileStart(0x5D23E871, shape, table.split, table.hasFiles);
     std::vector<TbLayout> layouts;
     for (unsigned group = 0; group < (shape.hasPawns ? 4U : 1U); ++group) {
         layouts.push_back(
@@ -453,7 +453,7 @@ Bytes MakeWdlFile(const WdlTable& table) {
 Bytes MakeDtzFile(const DtzTable& table) {
     constexpr std::array<std::size_t, 5> ListOfClass = {1, 3, 0, 2, 0};
     const TbShape shape = ShapeOfName(table.name);
-    Bytes file = FileStart(0xa50c66d7, shape, false, table.hasFiles);
+    Bytes file = FileStart(0xA50C66D7, shape, false, table.hasFiles);
     std::vector<TbLayout> layouts;
     for (unsigned group = 0; group < (shape.hasPawns ? 4U : 1U); ++group) {
         layouts.push_back(
@@ -504,7 +504,7 @@ Bytes MakeDtzFile(const DtzTable& table) {
 
 Bytes MakeFlatWdlFile(const std::string& name, int value) {
     const TbShape shape = ShapeOfName(name);
-    Bytes file = FileStart(0x5d23e871, shape, true, true);
+    Bytes file = FileStart(0x5D23E871, shape, true, true);
     const unsigned groups = shape.hasPawns ? 4 : 1;
     for (unsigned group = 0; group < groups; ++group) {
         (void)AppendGroupHeader(file, shape, group, 0, 1, true);
@@ -518,7 +518,7 @@ Bytes MakeFlatWdlFile(const std::string& name, int value) {
 
 Bytes MakeFlatDtzFile(const std::string& name, unsigned side) {
     const TbShape shape = ShapeOfName(name);
-    Bytes file = FileStart(0xa50c66d7, shape, false, true);
+    Bytes file = FileStart(0xA50C66D7, shape, false, true);
     const unsigned groups = shape.hasPawns ? 4 : 1;
     for (unsigned group = 0; group < groups; ++group) {
         (void)AppendGroupHeader(file, shape, group, 0, 1, false);

@@ -21,7 +21,7 @@ using Bytes = std::span<const std::uint8_t>;
 // | 70             | 1            | a block has 2 to this power bytes                           |
 // | 71             | 1            | number of distance slots, 24                                |
 // | 72             | 4            | number of blocks                                            |
-// | 76             | 4            | a mark, 0x4001f5                                            |
+// | 76             | 4            | a mark, 0x4001F5                                            |
 // | 80             | 8 a block    | check values, not read                                      |
 // | after these    | bit stream   | stored sizes, decoded size of the last block, distances     |
 // | next byte      | bit stream   | lengths of the code's words                                 |
@@ -38,7 +38,7 @@ constexpr std::size_t ChecksumSize = 4;
 
 constexpr std::string_view BannerStart = "Compressed by DATACOMP v 1.0 ";
 constexpr std::string_view BannerEnd = "\r\n";
-constexpr std::uint32_t Mark = 0x4001f5;
+constexpr std::uint32_t Mark = 0x4001F5;
 constexpr std::uint32_t MostBlockBits = 16;
 constexpr std::uint32_t GroupShift = 4;  ///< 16 blocks have one absolute offset
 constexpr std::uint32_t GroupSize = 1U << GroupShift;
@@ -212,7 +212,7 @@ void CopyMatch(std::uint8_t* target, std::int32_t distance, std::uint32_t length
 std::uint32_t DataCompChecksum(Bytes data) noexcept {
     // The reverse of the usual test on the bit that leaves: so it is in the files.
     static constexpr std::array<std::uint32_t, 256> Table = [] {
-        constexpr std::uint32_t Polynomial = 0xedb88320;
+        constexpr std::uint32_t Polynomial = 0xEDB88320;
         std::array<std::uint32_t, 256> table{};
         for (std::uint32_t index = 0; index < table.size(); ++index) {
             std::uint32_t value = index;

@@ -66,7 +66,7 @@ inline constexpr std::size_t DataCompSpareBytes = 36;
 
 /// One decoding, of stored bytes into a target.
 struct DecodeState {
-    static constexpr std::uint32_t Cookie = 0x79a3f29d;
+    static constexpr std::uint32_t Cookie = 0x79A3F29D;
 
     std::uint8_t* target = nullptr;  ///< room for `size` and the spare bytes
     const std::uint8_t* stored = nullptr;

@@ -20,8 +20,8 @@ constexpr std::int32_t KppkpTable = 36;
 
 /// Places of kppkp with Black to move that are known to be wrong in the files: White's pawns on e3
 /// and e4 win slowly.
-constexpr std::array<std::uint64_t, 7> WrongPlaces = {0x362bc7c, 0x362de44, 0x3637648, 0x3639810,
-                                                      0x38d4f29, 0x40a2cab, 0x43c778c};
+constexpr std::array<std::uint64_t, 7> WrongPlaces = {0x362BC7C, 0x362DE44, 0x3637648, 0x3639810,
+                                                      0x38D4F29, 0x40A2CAB, 0x43C778C};
 constexpr int WrongPlacesValue = -32639;
 
 constexpr std::uint32_t BlocksOfExtentShift = 18;

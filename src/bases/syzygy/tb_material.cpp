@@ -13,10 +13,10 @@ constexpr std::string_view CodeLetters = " PNBRQK";  // index is the code
 
 /// [0] for the side given first, [1] for the other; by code. Kings do not count.
 constexpr std::uint64_t KeyFactors[2][7] = {
-    {0, 0xec0ade190c0f6003, 0xd2fb81862830191f, 0xaadc1a2be446234d, 0x985deb9fc49333f9,
-     0xa3ec1abc71e90863, 0},
-    {0, 0xa24f0f571bb202e7, 0xbaeb854cd3259441, 0xd5a4c95928f2fbe3, 0xfd7866b439b94495,
-     0xd6e4e47d24962951, 0},
+    {0, 0xEC0ADE190C0F6003, 0xD2FB81862830191F, 0xAADC1A2BE446234D, 0x985DEB9FC49333F9,
+     0xA3EC1ABC71E90863, 0},
+    {0, 0xA24F0F571BB202E7, 0xBAEB854CD3259441, 0xD5A4C95928F2FBE3, 0xFD7866B439B94495,
+     0xD6E4E47D24962951, 0},
 };
 
 constexpr Bitboard TbPosition::*const BoardOfCode[7] = {nullptr,

@@ -14,7 +14,7 @@ namespace brenquil {
 
 /// While this many lines wait, no batch file is run for a line of another. Files that each name the
 /// next one twice would otherwise double the queue with each file until the memory is full.
-inline constexpr std::size_t MostLinesBeforeNestedBatch = 250'000;
+inline constexpr std::size_t MostLinesBeforeNestedBatch = 250000;
 
 /// The file that a name means: itself if it exists and holds ".cmd" in any letter case, else the
 /// name with ".cmd" added if that exists, else the empty string.

@@ -25,7 +25,7 @@ Bitboard Walk(int square, Bitboard occupied, bool diagonal) {
                 continue;
             }
             for (int i = 1; IsOnBoard(square % 8 + i * fileStep, square / 8 + i * rankStep); ++i) {
-                const Bitboard bit = 1ULL << (square + i * (fileStep + 8 * rankStep));
+                const Bitboard bit = std::uint64_t{1} << (square + i * (fileStep + 8 * rankStep));
                 reached |= bit;
                 if ((occupied & bit) != 0) {
                     break;
@@ -94,8 +94,9 @@ TEST(SliderMasks, AreTheRaysWithoutTheirLastSquares) {
             // A square is relevant if a man on it hides another square.
             Bitboard relevant = 0;
             for (int other = 0; other < 64; ++other) {
-                if (Walk(square, 1ULL << other, diagonal) != Walk(square, 0, diagonal)) {
-                    relevant |= 1ULL << other;
+                if (Walk(square, std::uint64_t{1} << other, diagonal) !=
+                    Walk(square, 0, diagonal)) {
+                    relevant |= std::uint64_t{1} << other;
                 }
             }
             EXPECT_EQ(diagonal ? BishopMasks[square] : RookMasks[square], relevant);
@@ -150,7 +151,7 @@ TEST(BetweenTable, HoldsWhatASliderOnEachSideSeesOfALine) {
                         const int rank = (c / 8 - a / 8) * (b % 8 - a % 8);
                         const int dot =
                             (c % 8 - a % 8) * (c % 8 - b % 8) + (c / 8 - a / 8) * (c / 8 - b / 8);
-                        expected |= file == rank && dot < 0 ? 1ULL << c : 0;
+                        expected |= file == rank && dot < 0 ? std::uint64_t{1} << c : 0;
                     }
                 }
             }
@@ -202,7 +203,7 @@ TEST(PawnAttackSet, JoinsTheAttacksOfItsPawns) {
 
 /// Steps of a king on the empty board, counted by spreading from his square.
 int KingSteps(int from, int to) {
-    Bitboard reached = 1ULL << from;
+    Bitboard reached = std::uint64_t{1} << from;
     int steps = 0;
     for (; (reached >> to & 1U) == 0; ++steps) {
         Bitboard next = reached;
@@ -241,7 +242,7 @@ TEST(ShiftOfASet, LosesWhatLeavesTheBoard) {
             const int file = square % 8 + fileStep;
             const int rank = square / 8 + rankStep;
             if ((set >> square & 1U) != 0 && IsOnBoard(file, rank)) {
-                result |= 1ULL << (rank * 8 + file);
+                result |= std::uint64_t{1} << (rank * 8 + file);
             }
         }
         return result;

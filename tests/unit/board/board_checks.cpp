@@ -96,13 +96,13 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
         if (man == 12) {
             continue;
         }
-        pieces[man] |= 1ULL << square;
-        colours[man % 2] |= 1ULL << square;
+        pieces[man] |= std::uint64_t{1} << square;
+        colours[man % 2] |= std::uint64_t{1} << square;
         ++colourCount[man % 2];
         ++pieceCount[man];
         const bool isDark = (square / 8 + square % 8) % 2 == 0;
         const std::size_t field = (man == 4 || man == 5) && isDark ? man + 6 : man;
-        menKey += man < 10 ? 1ULL << 5 * field : 0;
+        menKey += man < 10 ? std::uint64_t{1} << 5 * field : 0;
         const std::uint64_t number = PolyglotKeys[man * 64 + static_cast<std::size_t>(square)];
         key ^= number;
         pawnKingKey ^= man < 2 || man > 9 ? number : 0;

@@ -11,7 +11,7 @@ Bitboard SquaresThat(int square, Question question) {
     Bitboard set = 0;
     for (int other = 0; other < 64; ++other) {
         if (question(other % 8 - square % 8, other / 8 - square / 8)) {
-            set |= 1ULL << other;
+            set |= std::uint64_t{1} << other;
         }
     }
     return set;

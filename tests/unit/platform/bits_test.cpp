@@ -40,16 +40,16 @@ const int CountedBeforeMain = PopCount(0xF0F0F0F0F0F0F0F0U);
 
 TEST(PopCount, KnowsTheEnds) {
     EXPECT_EQ(PopCount(0), 0);
-    EXPECT_EQ(PopCount(~0ULL), 64);
+    EXPECT_EQ(PopCount(~std::uint64_t{0}), 64);
     EXPECT_EQ(PopCountPortable(0), 0);
-    EXPECT_EQ(PopCountPortable(~0ULL), 64);
+    EXPECT_EQ(PopCountPortable(~std::uint64_t{0}), 64);
 }
 
 TEST(PopCount, CountsEverySingleBit) {
     for (int bit = 0; bit < 64; ++bit) {
-        EXPECT_EQ(PopCount(1ULL << bit), 1) << bit;
-        EXPECT_EQ(PopCountPortable(1ULL << bit), 1) << bit;
-        EXPECT_EQ(PopCountPortable(~(1ULL << bit)), 63) << bit;
+        EXPECT_EQ(PopCount(std::uint64_t{1} << bit), 1) << bit;
+        EXPECT_EQ(PopCountPortable(std::uint64_t{1} << bit), 1) << bit;
+        EXPECT_EQ(PopCountPortable(~(std::uint64_t{1} << bit)), 63) << bit;
     }
 }
 
@@ -72,9 +72,9 @@ TEST(PopCount, HardwareWayLeavesItsArgumentAlone) {
     if (!HasPopcount) {
         return;
     }
-    const std::uint64_t word = 0x123456789ABCDEFULL;
+    const std::uint64_t word = 0x123456789ABCDEFU;
     const int count = PopCountHardware(word);
-    EXPECT_EQ(word, 0x123456789ABCDEFULL);
+    EXPECT_EQ(word, 0x123456789ABCDEFU);
     EXPECT_EQ(count, 32);
 }
 
@@ -92,37 +92,37 @@ TEST(PopCount, FlagIsTheBitOfTheProcessor) {
 
 TEST(Bits, LowestBitIsTheNumberOfZerosBelowIt) {
     for (int bit = 0; bit < 64; ++bit) {
-        EXPECT_EQ(LowestBit(1ULL << bit), bit);
-        EXPECT_EQ(LowestBit(~0ULL << bit), bit);
+        EXPECT_EQ(LowestBit(std::uint64_t{1} << bit), bit);
+        EXPECT_EQ(LowestBit(~std::uint64_t{0} << bit), bit);
     }
 }
 
 TEST(Bits, HighestBitIsTheNumberOfTheLastBit) {
     for (int bit = 0; bit < 64; ++bit) {
-        EXPECT_EQ(HighestBit(1ULL << bit), bit);
-        EXPECT_EQ(HighestBit(~0ULL >> (63 - bit)), bit);
+        EXPECT_EQ(HighestBit(std::uint64_t{1} << bit), bit);
+        EXPECT_EQ(HighestBit(~std::uint64_t{0} >> (63 - bit)), bit);
     }
 }
 
 TEST(Bits, PopLowestBitWalksUpwardsAndEmptiesTheWord) {
-    std::uint64_t word = 0x8000000100000021ULL;
+    std::uint64_t word = 0x8000000100000021U;
     EXPECT_EQ(PopLowestBit(word), 0);
     EXPECT_EQ(PopLowestBit(word), 5);
-    EXPECT_EQ(word, 0x8000000100000000ULL);
+    EXPECT_EQ(word, 0x8000000100000000U);
     EXPECT_EQ(PopLowestBit(word), 32);
     EXPECT_EQ(PopLowestBit(word), 63);
     EXPECT_EQ(word, 0U);
 }
 
 TEST(Bits, ReverseBytesTurnsTheEightBytesRound) {
-    EXPECT_EQ(ReverseBytes(0x0123456789ABCDEFULL), 0xEFCDAB8967452301ULL);
-    EXPECT_EQ(ReverseBytes(ReverseBytes(0xDEADBEEF12345678ULL)), 0xDEADBEEF12345678ULL);
+    EXPECT_EQ(ReverseBytes(0x0123456789ABCDEFU), 0xEFCDAB8967452301U);
+    EXPECT_EQ(ReverseBytes(ReverseBytes(0xDEADBEEF12345678U)), 0xDEADBEEF12345678U);
 }
 
 TEST(Bits, MultiplyHighIsTheUpperHalfOfTheProduct) {
-    EXPECT_EQ(MultiplyHigh(~0ULL, ~0ULL), ~0ULL - 1);
-    EXPECT_EQ(MultiplyHigh(1ULL << 63, 2), 1U);
-    EXPECT_EQ(MultiplyHigh(1ULL << 63, 1), 0U);
+    EXPECT_EQ(MultiplyHigh(~std::uint64_t{0}, ~std::uint64_t{0}), ~std::uint64_t{0} - 1);
+    EXPECT_EQ(MultiplyHigh(std::uint64_t{1} << 63, 2), 1U);
+    EXPECT_EQ(MultiplyHigh(std::uint64_t{1} << 63, 1), 0U);
 
     // Long multiplication by halves of 32 bits.
     RandomWords words;

@@ -12,7 +12,7 @@ namespace brenquil {
 /// While it lives, time passes only when the test says so.
 class CStoppedClock {
 public:
-    explicit CStoppedClock(std::uint32_t ticks = 1'000'000);
+    explicit CStoppedClock(std::uint32_t ticks = 1000000);
     CStoppedClock(const CStoppedClock&) = delete;
     CStoppedClock& operator=(const CStoppedClock&) = delete;
     ~CStoppedClock();

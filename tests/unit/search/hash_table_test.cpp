@@ -98,7 +98,7 @@ TEST_F(HashTable, CurrentSizeKeepsEverythingAndAnotherSizeEmpties) {
 }
 
 TEST_F(HashTable, SizeThatCannotBeHadKeepsTheOldSizeInUse) {
-    for (const std::uint32_t megabytes : {4'000'000'000U, 100'000'000U, 120'000U, 90'000'000U}) {
+    for (const std::uint32_t megabytes : {4000000000U, 100000000U, 120000U, 90000000U}) {
         EXPECT_FALSE(table.Resize(megabytes)) << megabytes;
         EXPECT_EQ(table.SizeMegabytes(), 1U);
         EXPECT_EQ(table.EntryCount(), OneMegabyte);

@@ -71,13 +71,13 @@ protected:
             EXPECT_FALSE(EndsBetweenIterations(limits, soft, isWhite)) << soft;
             EXPECT_TRUE(EndsBetweenIterations(limits, soft + 1, isWhite)) << soft;
         } else {
-            EXPECT_FALSE(EndsBetweenIterations(limits, 4'000'000'000, isWhite));
+            EXPECT_FALSE(EndsBetweenIterations(limits, 4000000000, isWhite));
         }
         if (hard != Never) {
             EXPECT_FALSE(EndsWithinAnIteration(limits, hard, isWhite)) << hard;
             EXPECT_TRUE(EndsWithinAnIteration(limits, hard + 1, isWhite)) << hard;
         } else {
-            EXPECT_FALSE(EndsWithinAnIteration(limits, 4'000'000'000, isWhite));
+            EXPECT_FALSE(EndsWithinAnIteration(limits, 4000000000, isWhite));
         }
     }
 
@@ -107,14 +107,14 @@ TEST_F(Limits, ClockOf5000LeavesTheIncrementAloneAndOf5001SpendsIt) {
 }
 
 TEST_F(Limits, FiftiethPartWithoutMovestogo) {
-    ExpectBudget(Clock(60'000), 1200, 3600);
+    ExpectBudget(Clock(60000), 1200, 3600);
     ExpectBudget(Clock(99), 1, 3);
     ExpectBudget(Clock(49), 0, 0);
     ExpectBudget(Clock(0), 0, 0);
 }
 
 TEST_F(Limits, MovestogoCountsTenMoreMoves) {
-    ExpectBudget(Clock(60'000, 0, 20), 2000, 6000);
+    ExpectBudget(Clock(60000, 0, 20), 2000, 6000);
     ExpectBudget(Clock(1100, 0, 1), 100, 300);
     ExpectBudget(Clock(1000, 0, 0), 100, 300);
     ExpectBudget(Clock(1000, 0, -5), 200, 500);  // half of the clock is less than three times
@@ -127,7 +127,7 @@ TEST_F(Limits, MovestogoOfMinusTenIsSurvived) {
 }
 
 TEST_F(Limits, MovetimeOverwritesTheClock) {
-    SearchLimits limits = Clock(100'000);
+    SearchLimits limits = Clock(100000);
     limits.movetime = 100;
     ExpectBudget(limits, 100, 100);
     limits = {};
@@ -139,9 +139,9 @@ TEST_F(Limits, MovetimeOverwritesTheClock) {
 
 TEST_F(Limits, EachSideHasItsOwnClockAndIncrement) {
     SearchLimits limits;
-    limits.wtime = 50'000;
+    limits.wtime = 50000;
     limits.winc = 10;
-    limits.btime = 10'000;
+    limits.btime = 10000;
     limits.binc = 300;
     ExpectBudget(limits, 1010, 3030, true);
     ExpectBudget(limits, 500, 1500, false);
@@ -158,15 +158,15 @@ TEST_F(Limits, ClockOfTheOtherSideAloneGivesNoLimit) {
 }
 
 TEST_F(Limits, NegativeClocksAreVeryLongTimes) {
-    ExpectBudget(Clock(-2), 85'899'345, 257'698'035);
-    ExpectBudget(Clock(-2'000'000'000, 0, 10), 114'748'364, 344'245'092);
+    ExpectBudget(Clock(-2), 85899345, 257698035);
+    ExpectBudget(Clock(-2000000000, 0, 10), 114748364, 344245092);
     SearchLimits limits;
     limits.movetime = -100;
     ExpectBudget(limits, 0U - 100, 0U - 100);
 }
 
 TEST_F(Limits, NegativeIncrementIsTakenOff) {
-    ExpectBudget(Clock(10'000, -50), 150, 450);
+    ExpectBudget(Clock(10000, -50), 150, 450);
     ExpectBudget(Clock(5000, -50), 100, 300);
 }
 
@@ -187,7 +187,7 @@ TEST_F(Limits, TicksMayWrap) {
 
 TEST_F(Limits, ClockIsLookedAtOnceIn8191Checks) {
     SearchLimits limits;
-    for (const std::int32_t nodes : {7000, 9000, 40'000, 100'000}) {
+    for (const std::int32_t nodes : {7000, 9000, 40000, 100000}) {
         CReferenceSearch reference(setup.options, setup.evaluationOptions, setup.hash.EntryCount());
         limits.nodes = nodes;
         setup.hash.Clear();
@@ -512,7 +512,7 @@ TEST_F(StatusLines, CurrentLineLeadsFromTheRootToTheNode) {
 
 TEST_F(StatusLines, NextSearchBeginsAnew) {
     (void)Run({1000});
-    const CStoppedClock clock(5'000'000);
+    const CStoppedClock clock(5000000);
     setup.hash.Clear();
     const SearchRecord record = setup.ThinkToDepth(4);
     EXPECT_EQ(record.statistics.size(), 1U);

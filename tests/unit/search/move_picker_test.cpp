@@ -104,7 +104,7 @@ TEST(QuietList, TakesWhatSelectionByExchangesTakes) {
     for (int round = 0; round < 5000; ++round) {
         // Up to 64 entries have a bit of the mask each; longer lists do without.
         const auto length = static_cast<int>(random() % (round % 4 == 0 ? 130 : 64));
-        const unsigned spread = round % 3 == 0 ? 60'000 : 5;
+        const unsigned spread = round % 3 == 0 ? 60000 : 5;
         CQuietList quiets;
         quiets.Reset();
         std::vector<Move> list;
@@ -202,7 +202,7 @@ TEST(GenerateQuiets, IsGeneratorAndHistoryInOne) {
     for (SquareTable<HistoryEntry>& entries : *history) {
         for (Square square = A1; square <= H8; ++square) {
             if (random() % 3 == 0) {
-                entries[square].Reward(random() % 70'000);
+                entries[square].Reward(random() % 70000);
             }
         }
     }

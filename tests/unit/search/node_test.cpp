@@ -536,7 +536,7 @@ TEST_F(Node, FromTheFourthQualifyingQuietMoveOnOnePlyIsTakenOff) {
 TEST_F(Node, SquareOfAHugeDepthDoesNotOverflow) {
     // A null move with a reduction far below zero leads to such depths.
     setup.Set("r5k1/8/8/8/8/8/5PPP/6K1 b - - 0 1");
-    (void)setup.Node(1'000'000, 1, 0, 1);
+    (void)setup.Node(1000000, 1, 0, 1);
     EXPECT_TRUE(setup.search->IsStopped());  // at the last ply
 }
 

@@ -72,7 +72,7 @@ public:
     }
 
     /// A few of the positions never end even a shallow search, so all of them have a node limit.
-    void CompareToDepth(std::int32_t depth, std::int32_t nodes = 40'000) {
+    void CompareToDepth(std::int32_t depth, std::int32_t nodes = 40000) {
         SearchLimits limits;
         limits.depth = depth;
         limits.nodes = nodes;
@@ -206,7 +206,7 @@ TEST_P(ReferenceSearchSlow, AgreesTwoPliesDeeper) {
         pair.Set(fen);
         SearchLimits limits;
         limits.depth = GetParam().depth + 2;
-        limits.nodes = static_cast<std::int32_t>(30'000 + random() % 30'000);
+        limits.nodes = static_cast<std::int32_t>(30000 + random() % 30000);
         pair.Compare(limits);
         if (HasFatalFailure()) {
             return;
@@ -263,7 +263,7 @@ TEST(ReferenceSearch, AgreesWhenTheTableIsCrowded) {
     for (const std::string_view fen : VariedPositions().first(12)) {
         pair.Set(fen);
         SearchLimits limits;
-        limits.nodes = 60'000;
+        limits.nodes = 60000;
         pair.Compare(limits);
         if (HasFatalFailure()) {
             return;
@@ -285,7 +285,7 @@ TEST(ReferenceSearch, AgreesBeyondTheAgeThatAByteHolds) {
 TEST(ReferenceSearch, AgreesUnderNodeLimitsOfEverySize) {
     CPair pair;
     std::mt19937_64 random(5);
-    for (std::int32_t nodes = 1; nodes < 20'000; nodes += 1 + nodes / 8) {
+    for (std::int32_t nodes = 1; nodes < 20000; nodes += 1 + nodes / 8) {
         pair.Set(VariedPositions()[random() % VariedPositions().size()]);
         SearchLimits limits;
         limits.nodes = nodes;
@@ -303,7 +303,7 @@ TEST(ReferenceSearch, AgreesWithSearchmoves) {
         pair.Set(fen);
         SearchLimits limits;
         limits.depth = 4;
-        limits.nodes = 20'000;
+        limits.nodes = 20000;
         for (const Move move : LegalMoves(pair.Position())) {
             if (random() % 3 == 0) {
                 limits.searchmoves.Append(move);
@@ -324,7 +324,7 @@ TEST(ReferenceSearch, AgreesWithMateLimits) {
         SearchLimits limits;
         limits.mate = mate;
         limits.depth = 2;
-        limits.nodes = 40'000;
+        limits.nodes = 40000;
         pair.Compare(limits);
     }
 }

@@ -52,7 +52,7 @@ TEST_F(Root, DepthOf1RunsOneIteration) {
 
 TEST_F(Root, WithoutADepthItRunsTo254) {
     Script([](const std::string&, int) { return 7; });
-    for (const std::int32_t depth : {0, -3, 254, 255, 260, 2'000'000'000}) {
+    for (const std::int32_t depth : {0, -3, 254, 255, 260, 2000000000}) {
         const SearchRecord record = setup.Think(Depth(depth));
         ASSERT_EQ(record.pvs.size(), 254U) << depth;
         EXPECT_EQ(record.pvs.back().report.depth, 254);
@@ -65,7 +65,7 @@ TEST_F(Root, MateOf5BoundsTheSearchAtDepth5InPlies) {
     SearchLimits limits = Depth(9);
     limits.mate = 5;
     EXPECT_EQ(setup.Think(limits).pvs.size(), 5U);
-    limits.mate = 1'000'000;
+    limits.mate = 1000000;
     EXPECT_EQ(setup.Think(limits).pvs.size(), 254U);
 }
 
@@ -123,14 +123,14 @@ TEST_F(Root, PonderMoveIsTheSecondOfTheLine) {
 TEST_F(Root, WorkersStartBeforeAndEndAfterTheSearch) {
     CRecordingReceiver receiver;
     CFakeWorkers workers;
-    workers.nodes = 1'000'000;
+    workers.nodes = 1000000;
     receiver.onPv = [&workers](const SearchRecord::Pv&) { EXPECT_EQ(workers.calls, "start "); };
     receiver.onStats = [&workers] { EXPECT_EQ(workers.calls, "start stop "); };
     setup.Think(Depth(2), receiver, workers);
     EXPECT_EQ(workers.rootKey, setup.position.key);
     EXPECT_EQ(setup.search->Nodes(), receiver.record.statistics.back().nodes);
-    EXPECT_GT(setup.search->Nodes(), 1'000'000U);
-    EXPECT_LT(setup.search->Nodes(), 1'100'000U);  // counted once
+    EXPECT_GT(setup.search->Nodes(), 1000000U);
+    EXPECT_LT(setup.search->Nodes(), 1100000U);  // counted once
 }
 
 // The root moves
@@ -521,7 +521,7 @@ TEST_F(Root, AbsurdOptionsAreSurvived) {
             other.Set("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
             other.Option(name, value);
             SearchLimits limits;
-            limits.nodes = 20'000;
+            limits.nodes = 20000;
             EXPECT_EQ(other.Think(limits).ends, 1) << name << " " << value;
         }
     }

@@ -28,7 +28,7 @@ namespace {
 /// Waits for something that another thread does; false after far too long.
 template <class Condition>
 bool Eventually(Condition condition) {
-    for (int i = 0; i < 60'000; ++i) {
+    for (int i = 0; i < 60000; ++i) {
         if (condition()) {
             return true;
         }
@@ -341,7 +341,7 @@ TEST_F(Threads, SearchGoesOnWithoutTheWorkersThatMemoryIsRefusedFor) {
 TEST_F(ThreadsSlow, BoundlessNumberOfThreadsIsCutAt256) {
     CRollCall rollCall(setup.bases);
     ASSERT_TRUE(setup.hash.Resize(0));  // nobody is spared a question by another's entry
-    SetThreads(100'000);
+    SetThreads(100000);
     rollCall.answers = true;
     CWorkerList workers(setup.Context());
     workers.Start(setup.position);
@@ -365,7 +365,7 @@ TEST_F(Threads, OneThreadReportsTheSameEachTime) {
 TEST_F(Threads, NodesOfSeveralThreadsAreASum) {
     SetThreads(4);
     SearchLimits limits;
-    limits.nodes = 50'000;
+    limits.nodes = 50000;
     GoAndWait(limits);
     EXPECT_GE(receiver.record.statistics.back().nodes, 50'000U);
     EXPECT_EQ(receiver.record.statistics.back().nodes, master->Nodes());
@@ -503,7 +503,7 @@ TEST_F(Threads, InfiniteAndPonderAskNoBase) {
 }
 
 TEST_F(Threads, SearchCountsTimeNodesHitsAndTableFromItsBeginning) {
-    CStoppedClock clock(1'000'000);
+    CStoppedClock clock(1000000);
     GoAndWait(Depth(3));
     setup.bases.hits = 9;
     CStoppedClock::Advance(5000);

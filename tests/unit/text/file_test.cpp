@@ -126,12 +126,12 @@ TEST_F(File, PipeIsNoFileAndKeepsNobodyWaiting) {
 #endif
 
 TEST_F(File, AppendingMakesAndKeepsTheFile) {
-    for (const std::string& text : {"one\n"s, std::string(100'000, 'x') + '\n'}) {
+    for (const std::string& text : {"one\n"s, std::string(100000, 'x') + '\n'}) {
         CAppendFile log;
         ASSERT_TRUE(log.Open(folder.At("log")));
         EXPECT_TRUE(log.Write(text));
     }
-    EXPECT_EQ(folder.ReadText("log"), "one\n" + std::string(100'000, 'x') + "\n");
+    EXPECT_EQ(folder.ReadText("log"), "one\n" + std::string(100000, 'x') + "\n");
 }
 
 TEST_F(File, NameWithAZeroByteIsNoFile) {

@@ -70,7 +70,7 @@ TEST(OptionGroup, AdoptedOptionStandsInItsOrderAndStaysWithItsOwner) {
 TEST(OptionSpin, SumsUseABoundedNumber) {
     CSampleGroup group;
     group.SetOption("Size", "2000000000");
-    EXPECT_EQ(group.spin.number, 2'000'000'000);
+    EXPECT_EQ(group.spin.number, 2000000000);
     EXPECT_EQ(group.spin.Bounded(), COptionSpin::ArithmeticLimit);
     group.SetOption("Size", "-2000000000");
     EXPECT_EQ(group.spin.Bounded(), -COptionSpin::ArithmeticLimit);

@@ -74,7 +74,7 @@ TEST(DataCompChecksum, IsTheSumWithTheReversedTest) {
     // A zero byte gives the first entry of the table.
     std::uint32_t entry = 0;
     for (int bit = 0; bit < 8; ++bit) {
-        entry = (entry & 1U) != 0 ? entry >> 1U : (entry >> 1U) ^ 0xedb88320U;
+        entry = (entry & 1U) != 0 ? entry >> 1U : (entry >> 1U) ^ 0xEDB88320U;
     }
     EXPECT_EQ(DataCompChecksum(Bytes{0}), entry);
     const Bytes bytes = RandomBytes(1000, 2);
@@ -134,7 +134,7 @@ TEST(DataCompOpen, EachDamageHasItsCode) {
     tiny[67] = 83;
     EXPECT_EQ(ErrorOf(tiny), 179462U);
     EXPECT_EQ(ErrorOf(with(71, 25)), 180230U);
-    EXPECT_EQ(ErrorOf(with(79, 0xf4)), 181510U);
+    EXPECT_EQ(ErrorOf(with(79, 0xF4)), 181510U);
     EXPECT_EQ(ErrorOf(with(64, 1)), 183301U);
     EXPECT_EQ(ErrorOf(with(69, 1)), 185094U) << "a byte that is not read is summed all the same";
     EXPECT_EQ(ErrorOf(with(90, 1)), 185094U);
@@ -189,8 +189,8 @@ TEST(DataCompOpen, OffsetsBeyondFourGigabytesAreRefused) {
     const std::uint32_t blocks = 524288;
     Bytes file = SmallFile().Finish();
     file.resize(80);
-    const std::uint64_t streamSize = ((blocks + 25ULL) * 13 + 7) / 8;
-    file.resize(static_cast<std::size_t>(80 + 8ULL * blocks + streamSize), 0);
+    const std::uint64_t streamSize = ((blocks + std::uint64_t{25}) * 13 + 7) / 8;
+    file.resize(static_cast<std::size_t>(80 + std::uint64_t{8} * blocks + streamSize), 0);
     file.push_back(0x80);  // all code lengths are 0
     file.resize(file.size() + 4);
     for (std::size_t byte = 0; byte < 4; ++byte) {

@@ -187,7 +187,7 @@ TEST_F(NalimovCache, IndexBehindTheLastPositionHasNoValue) {
 
 TEST_F(NalimovCache, KnownWrongPlacesAnswerWithoutAnyFile) {
     for (const std::uint64_t index :
-         {0x362bc7cU, 0x362de44U, 0x3637648U, 0x3639810U, 0x38d4f29U, 0x40a2cabU, 0x43c778cU}) {
+         {0x362BC7CU, 0x362DE44U, 0x3637648U, 0x3639810U, 0x38D4F29U, 0x40A2CABU, 0x43C778CU}) {
         EXPECT_EQ(cache->ReadValue(36, 1, index), -32639);
         EXPECT_EQ(cache->ReadValue(36, 0, index), NoValue);
         EXPECT_EQ(cache->ReadValue(37, 1, index), NoValue);

@@ -543,10 +543,10 @@ TEST(NalimovIndex, ThreeAlikeAreACombination) {
 
 TEST(NalimovIndex, KnownWrongPlacesOfTwoPawnsAgainstPawnAreOneFamily) {
     const std::vector<std::pair<std::string, std::uint64_t>> family = {
-        {"Kc3 Pe3 Pe4 / Ka3 Pb7", 0x362bc7c}, {"Kc3 Pe3 Pe4 / Ka3 Pb6", 0x362de44},
+        {"Kc3 Pe3 Pe4 / Ka3 Pb7", 0x362BC7C}, {"Kc3 Pe3 Pe4 / Ka3 Pb6", 0x362DE44},
         {"Kd3 Pe3 Pe4 / Ka3 Pb7", 0x3637648}, {"Kd3 Pe3 Pe4 / Ka3 Pb6", 0x3639810},
-        {"Kd3 Pe3 Pe4 / Kb3 Pb5", 0x38d4f29}, {"Kc3 Pe3 Pe4 / Ka2 Pb5", 0x40a2cab},
-        {"Kd1 Pe3 Pe4 / Kb2 Pb5", 0x43c778c}};
+        {"Kd3 Pe3 Pe4 / Kb3 Pb5", 0x38D4F29}, {"Kc3 Pe3 Pe4 / Ka2 Pb5", 0x40A2CAB},
+        {"Kd1 Pe3 Pe4 / Kb2 Pb5", 0x43C778C}};
     for (const auto& [position, index] : family) {
         EXPECT_EQ(IndexOf("kppkp", 1, position), index) << position;
     }

@@ -60,7 +60,7 @@ TEST_F(SyzygyProbe, ADrawnRootPicksTheSamePlaceEachTime) {
             legal.push_back(move);
         }
     }
-    const TbMove wanted = legal[0xaadc1a2be446234dU % legal.size()];
+    const TbMove wanted = legal[0xAADC1A2BE446234DU % legal.size()];
     for (int round = 0; round < 3; ++round) {
         int dtz = 99;
         EXPECT_EQ(TbProbeRoot(tables, position, dtz), wanted);

@@ -53,12 +53,12 @@ TEST(TbMaterial, ThePositionOfANameHasItsKeys) {
 }
 
 TEST(TbMaterial, TheKeyIsTheSumOfTheMensNumbers) {
-    EXPECT_EQ(MaterialKey(CountsOfName("KQvK"), false), 0xa3ec1abc71e90863U);
-    EXPECT_EQ(MaterialKey(CountsOfName("KvKQ"), false), 0xd6e4e47d24962951U);
+    EXPECT_EQ(MaterialKey(CountsOfName("KQvK"), false), 0xA3EC1ABC71E90863U);
+    EXPECT_EQ(MaterialKey(CountsOfName("KvKQ"), false), 0xD6E4E47D24962951U);
     EXPECT_EQ(MaterialKey(CountsOfName("KRBvKN"), false),
-              0x985deb9fc49333f9U + 0xaadc1a2be446234dU + 0xbaeb854cd3259441U);
+              0x985DEB9FC49333F9U + 0xAADC1A2BE446234DU + 0xBAEB854CD3259441U);
     EXPECT_EQ(MaterialKey(CountsOfName("KPPvKP"), true),
-              2 * 0xa24f0f571bb202e7U + 0xec0ade190c0f6003U);
+              2 * 0xA24F0F571BB202E7U + 0xEC0ADE190C0F6003U);
 }
 
 TEST(TbMaterial, TwoBareKingsHaveTheKeyZero) {

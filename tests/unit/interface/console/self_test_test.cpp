@@ -153,8 +153,8 @@ TEST_F(SelfTest, EvaluationThatFavoursAColourFails) {
 }
 
 TEST_F(SelfTest, HashRunPrintsBothHalves) {
-    Make({}, {{"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 0x463b96181691fc9c, ""},
-              {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823c9b50fd114196,
+    Make({}, {{"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 0x463B96181691FC9C, ""},
+              {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823C9B50FD114196,
                "e2e4"}})
         ->TestHash();
     EXPECT_EQ(sink.Take(),
@@ -181,7 +181,7 @@ TEST_F(SelfTest, HashRunPrintsBothHalves) {
 }
 
 TEST_F(SelfTest, FailureInTheFirstHalfOfTheHashRunDoesNotPreventTheSecond) {
-    Make({}, {{KingAndPawn, 0x463b96181691fc9c, ""}})->TestHash();
+    Make({}, {{KingAndPawn, 0x463B96181691FC9C, ""}})->TestHash();
     const Strings lines = sink.Take();
     ASSERT_EQ(lines.size(), 14U);
     EXPECT_EQ(lines[4], "test failed!");
@@ -195,7 +195,7 @@ TEST_F(SelfTest, FailureInTheFirstHalfOfTheHashRunDoesNotPreventTheSecond) {
 
 TEST_F(SelfTest, WrongKeyAfterMovesIsShownInDecimal) {
     Make({},
-         {{"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 0x463b96181691fc9c, "e2e4"}})
+         {{"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 0x463B96181691FC9C, "e2e4"}})
         ->TestHash();
     const Strings lines = sink.Take();
     ASSERT_EQ(lines.size(), 14U);
@@ -206,7 +206,7 @@ TEST_F(SelfTest, WrongKeyAfterMovesIsShownInDecimal) {
 }
 
 TEST_F(SelfTest, IllegalMoveFailsTheRunAndTheNextWordIsStillTried) {
-    Make({}, {{"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823c9b50fd114196,
+    Make({}, {{"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823C9B50FD114196,
                "e2e5 e2e4 x"}})
         ->TestHash();
     const Strings lines = sink.Take();

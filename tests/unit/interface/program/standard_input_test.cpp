@@ -11,7 +11,7 @@ namespace brenquil {
 namespace {
 
 bool FindsEnd(CStandardInput& input) {
-    for (int i = 0; i < 20'000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         if (input.IsEndWaiting()) {
             return true;
         }
