@@ -7,7 +7,6 @@
 #include "board/position_text.h"
 #include "board/static_exchange.h"
 
-#include <array>
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <string>

@@ -4,7 +4,6 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <vector>

@@ -1,7 +1,5 @@
 #include "platform/processor.h"
 
-#include <cstddef>
-
 #if defined(__aarch64__) && defined(__linux__)
 #include <asm/hwcap.h>
 #include <sys/auxv.h>

@@ -5,7 +5,6 @@
 #include "tables/table_error.h"
 
 #include <algorithm>
-#include <array>
 
 namespace brenquil {
 

@@ -7,7 +7,6 @@
 #include "tables/ending.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace brenquil {

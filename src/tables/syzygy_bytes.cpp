@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <limits>
-#include <map>
 #include <string_view>
 
 namespace brenquil {

@@ -11,8 +11,6 @@
 #include "tables/ending_solver.h"
 
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace brenquil {
 

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
 
 namespace brenquil {
 

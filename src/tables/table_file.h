@@ -4,7 +4,6 @@
 #include "platform/file_changes.h"
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>

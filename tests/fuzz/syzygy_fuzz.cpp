@@ -21,7 +21,6 @@
 #include "syzygy_writer.h"
 
 #include <array>
-#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>

@@ -1,8 +1,6 @@
 #include "syzygy_solver.h"
 
 #include <algorithm>
-#include <optional>
-#include <span>
 #include <string_view>
 
 namespace brenquil::testing_support {

@@ -2,7 +2,6 @@
 
 #include "platform/bits.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace brenquil {

@@ -5,7 +5,6 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 
 namespace brenquil {

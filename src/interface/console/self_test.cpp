@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace brenquil {

@@ -4,8 +4,6 @@
 #include "evaluation_setup.h"
 
 #include <gtest/gtest.h>
-#include <limits>
-#include <memory>
 #include <thread>
 #include <vector>
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <thread>
-#include <vector>
 
 namespace brenquil {
 namespace {

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <optional>
 #include <random>
 
 namespace brenquil {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -3,7 +3,6 @@
 #include "search_setup.h"
 
 #include <gtest/gtest.h>
-#include <string_view>
 
 namespace brenquil {
 namespace {

@@ -6,13 +6,11 @@
 #include "search_setup.h"
 
 #include <algorithm>
-#include <cctype>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace brenquil {

@@ -5,7 +5,6 @@
 #include "syzygy_fixture.h"
 
 #include <cstring>
-#include <memory>
 #include <random>
 
 namespace brenquil {

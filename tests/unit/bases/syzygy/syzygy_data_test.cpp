@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <random>
-#include <sstream>
 
 namespace brenquil {
 namespace {

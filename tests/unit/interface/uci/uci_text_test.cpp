@@ -3,7 +3,6 @@
 #include "interface/uci/uci_text.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace brenquil {
 namespace {
