@@ -22,8 +22,6 @@ namespace brenquil {
 inline constexpr Bitboard FileA = 0x0101010101010101;
 inline constexpr Bitboard FileH = FileA << 7;
 inline constexpr Bitboard Rank1 = 0xFF;
-inline constexpr Bitboard Rank2 = Rank1 << 8;
-inline constexpr Bitboard Rank7 = Rank1 << 48;
 inline constexpr Bitboard Rank8 = Rank1 << 56;
 inline constexpr Bitboard LightSquares = 0x55AA55AA55AA55AA;
 inline constexpr Bitboard DarkSquares = ~LightSquares;  // a1 is dark

@@ -49,7 +49,7 @@ std::int32_t NumberOrZero(std::string_view text) {
 /// The undo stack's index before the first move of full move `number`, as if White were to move:
 /// the side to move does not enter into it.
 std::int32_t PlyOfFullMove(std::int32_t number) noexcept {
-    const std::int64_t ply = 2 * static_cast<std::int64_t>(number) - 2;
+    const std::int64_t ply = 2 * std::int64_t{number} - 2;
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(ply, 1, std::numeric_limits<std::int32_t>::max()));
 }

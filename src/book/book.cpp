@@ -44,7 +44,8 @@ std::int32_t RangeOf(CBookOptions::Mode mode, std::int32_t count) noexcept {
 
 /// "(1234 = 61.70%)". With a sum of 0 the share is whatever the stream makes of no number.
 std::string ShareText(std::int32_t weight, std::int32_t sum) {
-    const double share = static_cast<double>(weight) / static_cast<double>(sum) * 100.0;
+    const double whole = sum;
+    const double share = weight / whole * 100.0;
     std::ostringstream text;
     text << '(' << weight << " = " << std::fixed << std::setprecision(2) << share << "%)";
     return text.str();
@@ -121,7 +122,8 @@ std::int32_t CBook::RandomBelow(std::int32_t limit) {
         random_.seed(TickCount());
         isSeeded_ = true;
     }
-    return static_cast<std::int32_t>(random_() % static_cast<std::uint32_t>(limit));
+    const std::uint32_t choices = limit;
+    return static_cast<std::int32_t>(random_() % choices);
 }
 
 /// The book's best moves after `move`, as far as they can be played. A line that goes in a circle

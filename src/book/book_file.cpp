@@ -37,8 +37,8 @@ void CBookFile::LookUp(MoveList& list, const CPosition& position) noexcept {
             return;
         }
         BookRecord record;
-        record.move = static_cast<std::uint16_t>(ReadNumber(2));
-        record.weight = static_cast<std::uint16_t>(ReadNumber(2));
+        record.move = ReadNumber(2) & 0xFFFFU;
+        record.weight = ReadNumber(2) & 0xFFFFU;
         const Move move = MoveOfRecord(record, position);
         if (!move.IsNone()) {
             list.Append(move);

@@ -52,7 +52,7 @@ constexpr Men NamedMen(std::string_view letters) noexcept {
 Men MenOf(const CPosition& position, Colour colour) noexcept {
     Men men = 0;
     for (const PieceType type : {Pawn, Knight, Bishop, Rook, Queen}) {
-        men += OneOf(type) * static_cast<unsigned>(position.pieceCount[MakePiece(type, colour)]);
+        men += OneOf(type) * position.pieceCount[MakePiece(type, colour)];
     }
     return men;
 }

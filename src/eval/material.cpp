@@ -17,7 +17,7 @@ void AddColour(Material& material, const CPosition& position, const PieceValues&
     const Bitboard bishops = position.PiecesOf(Bishop, colour);
     const bool hasLight = (bishops & LightSquares) != 0;
     const bool hasDark = (bishops & DarkSquares) != 0;
-    const int bishopColours = static_cast<int>(hasLight) + static_cast<int>(hasDark);
+    const int bishopColours = int{hasLight} + int{hasDark};
 
     material.value[colour] = static_cast<std::int32_t>(
         count(Pawn) * value(Pawn) + count(Knight) * value(Knight) + bishopColours * value(Bishop) +

@@ -24,9 +24,9 @@ void CMaterialTable::Empty(std::uint32_t version) noexcept {
     const Material material = ComputeMaterial(position, options.pieceValues);
     const int kings = position.pieceCount[WhiteKing] + position.pieceCount[BlackKing];
     entry.key = position.HasExactMenKey() ? position.menKey : ~MenKey{0};
-    entry.balance = material.value[White] - material.value[Black] +
-                    BishopPairBonus * (static_cast<Score>(material.hasBishopPair[White]) -
-                                       static_cast<Score>(material.hasBishopPair[Black]));
+    entry.balance =
+        material.value[White] - material.value[Black] +
+        BishopPairBonus * (int{material.hasBishopPair[White]} - int{material.hasBishopPair[Black]});
     entry.phase = static_cast<std::int16_t>(material.phase);
     // Two kings are the fewest that a known ending has; with other numbers of kings the closer look
     // finds nothing.

@@ -8,8 +8,7 @@ namespace {
 
 std::uint64_t SteadyMilliseconds() noexcept {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 /// Read before main. A constructor of another file that runs earlier still finds 0 here and
@@ -24,8 +23,7 @@ std::uint32_t TickCount() noexcept {
 }
 
 std::int32_t WallClock() noexcept {
-    return static_cast<std::int32_t>(
-        static_cast<std::uint32_t>(SteadyMilliseconds() - StartOfProgram));
+    return static_cast<std::uint32_t>(SteadyMilliseconds() - StartOfProgram);
 }
 
 }  // namespace brenquil

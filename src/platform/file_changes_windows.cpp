@@ -28,7 +28,7 @@ bool Note(bool succeeded) noexcept {
 
 std::string NarrowName(const wchar_t* name) {
     const int length = WideCharToMultiByte(CP_UTF8, 0, name, -1, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(length > 0 ? length - 1 : 0), '\0');
+    std::string narrow(length > 0 ? length - 1 : 0, '\0');
     if (length > 1) {
         (void)WideCharToMultiByte(CP_UTF8, 0, name, -1, narrow.data(), length, nullptr, nullptr);
     }

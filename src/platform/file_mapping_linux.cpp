@@ -22,7 +22,7 @@ std::optional<std::uint64_t> SizeOfFile(int descriptor) noexcept {
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) {
         return {};
     }
-    return static_cast<std::uint64_t>(status.st_size);
+    return status.st_size;
 }
 
 }  // namespace
@@ -32,13 +32,13 @@ bool CFileMapping::Open(const std::string& path) noexcept {
     errno = 0;
     const int descriptor = OpenFile(path);
     if (descriptor < 0) {
-        error_ = static_cast<std::uint32_t>(errno);
+        error_ = errno;
         return false;
     }
     const std::size_t size = SizeOfFile(descriptor).value_or(0);
     void* const mapped =
         size == 0 ? MAP_FAILED : mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
-    error_ = mapped == MAP_FAILED ? static_cast<std::uint32_t>(errno) : 0;
+    error_ = mapped == MAP_FAILED ? errno : 0;
     // The mapping holds the file by itself.
     close(descriptor);
     if (mapped == MAP_FAILED) {

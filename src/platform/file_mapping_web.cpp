@@ -36,7 +36,7 @@ bool CFileMapping::Open(const std::string& path) noexcept {
     if (size > 0 && size <= std::numeric_limits<std::size_t>::max()) {
         data_ = ReadWholeFile(path, static_cast<std::size_t>(size));
     }
-    error_ = data_ == nullptr ? static_cast<std::uint32_t>(errno) : 0;
+    error_ = data_ == nullptr ? errno : 0;
     size_ = data_ == nullptr ? 0 : static_cast<std::size_t>(size);
     return data_ != nullptr;
 }
@@ -52,7 +52,7 @@ std::optional<std::uint64_t> LengthOfFile(const std::string& path) noexcept {
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) {
         return {};
     }
-    return static_cast<std::uint64_t>(status.st_size);
+    return status.st_size;
 }
 
 }  // namespace brenquil

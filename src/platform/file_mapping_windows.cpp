@@ -19,7 +19,7 @@ std::optional<std::uint64_t> SizeOfFile(HANDLE file) noexcept {
     if (GetFileType(file) != FILE_TYPE_DISK || GetFileSizeEx(file, &size) == 0) {
         return {};
     }
-    return static_cast<std::uint64_t>(size.QuadPart);
+    return size.QuadPart;
 }
 
 /// The whole of an open file as memory, nullptr when that fails.

@@ -51,12 +51,12 @@ std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
 
 bool SeekStream(std::FILE* stream, std::uint64_t place) noexcept {
     return place <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()) &&
-           fseeko(stream, static_cast<off_t>(place), SEEK_SET) == 0;
+           fseeko(stream, place, SEEK_SET) == 0;
 }
 
 std::optional<std::uint64_t> StreamPlace(std::FILE* stream) noexcept {
     const off_t place = ftello(stream);
-    return place < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(place));
+    return place < 0 ? std::nullopt : std::optional<std::uint64_t>(place);
 }
 
 std::optional<std::uint64_t> StreamSize(std::FILE* stream) noexcept {

@@ -32,12 +32,12 @@ std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
 
 bool SeekStream(std::FILE* stream, std::uint64_t place) noexcept {
     return place <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()) &&
-           _fseeki64(stream, static_cast<std::int64_t>(place), SEEK_SET) == 0;
+           _fseeki64(stream, place, SEEK_SET) == 0;
 }
 
 std::optional<std::uint64_t> StreamPlace(std::FILE* stream) noexcept {
     const std::int64_t place = _ftelli64(stream);
-    return place < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(place));
+    return place < 0 ? std::nullopt : std::optional<std::uint64_t>(place);
 }
 
 std::optional<std::uint64_t> StreamSize(std::FILE* stream) noexcept {

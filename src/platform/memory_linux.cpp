@@ -20,7 +20,7 @@ constexpr std::uint64_t Unlimited = std::numeric_limits<std::uint64_t>::max();
 
 /// `bytes` rounded up to whole pages; 0 when that is beyond the type.
 std::size_t RoundToPages(std::size_t bytes) {
-    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t pageSize = sysconf(_SC_PAGESIZE);
     return (bytes + pageSize - 1) / pageSize * pageSize;
 }
 

@@ -12,7 +12,7 @@ std::wstring Convert(const std::string& name, UINT codePage) {
     const int bytes = static_cast<int>(name.size());
     const int length =
         MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, name.data(), bytes, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    std::wstring wide(length, L'\0');
     (void)MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, name.data(), bytes, wide.data(),
                               length);
     return wide;

@@ -1,5 +1,6 @@
 #include "bases/nalimov/nalimov_enumeration.h"
 
+#include <cassert>
 #include <cstddef>
 #include <memory>
 
@@ -97,6 +98,7 @@ void CNalimovEnumeration::EnumerateKings() {
             }
         }
     }
+    assert(pawnPairs == PawnKingPairs && freePairs == FreeKingPairs);
 }
 
 void CNalimovEnumeration::BuildBases() {

@@ -119,7 +119,7 @@ void Print(CEngine& engine, std::string_view line) {
     }
     Bitboard number = 0;
     for (const char digit : digits) {
-        number = number * 10 + static_cast<Bitboard>(digit - '0');
+        number = number * 10 + (digit - '0');
     }
     Draw(engine.protocol,
          [number](Square square) { return (number & BitOf(square)) != 0 ? "1" : "."; });

@@ -74,7 +74,7 @@ std::optional<std::string> CpuFlag(std::string_view words) {
     }
     const CpuidResult answer = Cpuid(LeafOf(pieces[0]));
     const std::int32_t bit = IsNumeric(pieces[2]) ? ToInteger(pieces[2]) : 0;
-    return FlagText(RegisterOf(answer, pieces[1]), static_cast<unsigned>(bit));
+    return FlagText(RegisterOf(answer, pieces[1]), bit);
 }
 
 }  // namespace brenquil

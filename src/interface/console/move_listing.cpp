@@ -2,7 +2,6 @@
 
 #include "board/move_generator.h"
 #include "board/move_list.h"
-#include "text/text.h"
 
 #include <algorithm>
 #include <memory>

@@ -25,7 +25,7 @@ CPerft::CPerft(ILineSink& sink, CastlingNotation notation)
 
 const MoveList& CPerft::MoveListFor(std::int32_t depth) {
     assert(IsInRange(depth));
-    MoveList& list = lists_[static_cast<std::size_t>(depth)];
+    MoveList& list = lists_[depth];
     list.count = 0;
     const CMoveGenerator generator(position);
     if (position.inCheck) {

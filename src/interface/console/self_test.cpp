@@ -77,7 +77,7 @@ void CSelfTest::TestMoveGeneration() {
 
 bool CSelfTest::TestCounts(const PerftTestRow& row) {
     SetFen(row.fen);
-    if (perft_.Perft(static_cast<std::int32_t>(row.depth)) == row.nodes) {
+    if (perft_.Perft(row.depth) == row.nodes) {
         output_.PrintLine("test ok!");
         return true;
     }
@@ -92,7 +92,7 @@ void CSelfTest::TestBoard() {
 
 bool CSelfTest::TestMakeAndUndo(const PerftTestRow& row) {
     SetFen(row.fen);
-    const auto maxDepth = static_cast<std::int32_t>(std::min(row.depth, MaxWalkDepth));
+    const std::int32_t maxDepth = std::min(row.depth, MaxWalkDepth);
     bool isRight = true;
     for (std::int32_t depth = 1; depth <= maxDepth && isRight; ++depth) {
         isRight = WalkBoard(depth);

@@ -65,7 +65,7 @@ Arguments ParseArguments(std::string_view program, const std::vector<std::string
                 word == "--help" ? Arguments::Action::Help : Arguments::Action::Version;
             return arguments;
         } else if (word == "bench") {
-            const auto rest = words.begin() + static_cast<std::ptrdiff_t>(i) + 1;
+            const auto rest = words.begin() + i + 1;
             return ReadBench(arguments, {rest, words.end()});
         } else {
             return Refusal("unknown argument \"" + word + "\"");

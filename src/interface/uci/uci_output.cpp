@@ -16,9 +16,9 @@ namespace {
 /// " time t nodes n nps r": the fields that both kinds of `info` line share.
 std::string ProgressText(const SearchStatistics& statistics) {
     // Signed, although the clock is not: beyond 24 days the time turns negative.
-    return " time " + std::to_string(static_cast<std::int32_t>(statistics.ticks)) + " nodes " +
-           std::to_string(statistics.nodes) + " nps " +
-           std::to_string(NodesPerSecond(statistics.nodes, statistics.ticks));
+    const std::int32_t time = statistics.ticks;
+    return " time " + std::to_string(time) + " nodes " + std::to_string(statistics.nodes) +
+           " nps " + std::to_string(NodesPerSecond(statistics.nodes, statistics.ticks));
 }
 
 std::string TableText(const SearchStatistics& statistics) {
@@ -56,8 +56,7 @@ void CUciOutput::PrintRefutation(Move move, const PvLine& line) {
 }
 
 void CUciOutput::PrintStats(const SearchStatistics& statistics) {
-    const std::int32_t load =
-        CpuLoad(static_cast<std::int32_t>(statistics.ticks), statistics.clock);
+    const std::int32_t load = CpuLoad(statistics.ticks, statistics.clock);
     protocol_.PrintLine("info" + ProgressText(statistics) + " cpuload " + std::to_string(load) +
                         TableText(statistics));
 }

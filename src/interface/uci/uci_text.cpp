@@ -45,7 +45,8 @@ std::int32_t CpuLoad(std::int32_t ticks, std::int32_t clock) {
     if (ticks <= 0 || clock <= 0) {
         return 0;
     }
-    const double load = std::min(clock / static_cast<double>(ticks), 1.0);
+    const double elapsed = ticks;
+    const double load = std::min(clock / elapsed, 1.0);
     return static_cast<std::int32_t>(load * 1000.0);
 }
 

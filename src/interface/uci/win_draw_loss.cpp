@@ -10,7 +10,7 @@ namespace brenquil {
 namespace {
 
 std::int32_t WinsAt(Score score) noexcept {
-    const double distance = (EvenChanceScore - static_cast<double>(score)) / ScoreOfAFactor;
+    const double distance = (EvenChanceScore - score) / ScoreOfAFactor;
     return static_cast<std::int32_t>(std::lround(1000.0 / (1.0 + std::exp(distance))));
 }
 
