@@ -118,10 +118,11 @@ class Adapter(unittest.TestCase):
     def test_limits_of_one_search_are_lifted_for_the_next(self):
         self.start()
         self.send("uci")
-        move = self.play("startpos", "go depth 7 movetime 1000")[-1].split()[1]
-        self.play(f"startpos moves {move} e7e5")
+        moves = ""
+        for go, reply in (("wtime 4000", " e7e5"), ("depth 7 movetime 1000", " d7d5"), ("wtime 4000", "")):
+            moves += " " + self.play(f"startpos moves{moves}", f"go {go}")[-1].split()[1] + reply
         told = " ".join(line for line in self.told() if line.split()[0] in ("st", "sd", "level"))
-        self.assertEqual(told, "sd 7 st 1 sd 99 level 0 0:05 0")
+        self.assertEqual(told, "level 0 0:04 0 sd 7 st 1 sd 99 level 0 0:04 0")
 
     def test_stop_makes_it_move(self):
         self.start()
