@@ -307,7 +307,7 @@ class Drawing(unittest.TestCase):
             xml.etree.ElementTree.fromstring(text)
 
     def test_pictures_of_the_documents_have_the_colours_for_light_and_dark(self):
-        for name in ("speed.svg",):
+        for name in ("speed.svg", "strength.svg"):
             path = ROOT / "docs" / "images" / name
             title = xml.etree.ElementTree.fromstring(path.read_text()).find("{http://www.w3.org/2000/svg}title").text
             frame = svg_picture.picture(title, 0, 0, []).splitlines()
