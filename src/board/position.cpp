@@ -445,6 +445,17 @@ void CPosition::UndoLeaf(Move move) noexcept {
     board[move.From()] = moved;
 }
 
+bool CPosition::IgnoresCheck(Move move) noexcept {
+    assert(inCheck && IsOwnMove(move));
+    const Piece moved = board[move.From()];
+    if (!isRegular_ || move.Kind() != MoveKind::Normal || TypeOf(moved) == King ||
+        (CheckMasksNow().legal & BitOf(move.To())) != 0 || ply >= UndoCapacity) {
+        return false;
+    }
+    SaveState(move, moved, board[move.To()]);
+    return true;
+}
+
 void CPosition::MakeNullMove() noexcept {
     assert(!inCheck && ply < UndoCapacity);
     UndoRecord& record = undo[ply];

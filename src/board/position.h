@@ -2,9 +2,10 @@
 //
 // Moves are made pseudo-legally: `MakeMove` performs the move, tests whether the mover's king is
 // attacked and takes the move back by itself when it is; there is no other test of legality in the
-// engine. Chess960 and normal chess are one case, told apart only by where the castling records
-// say that king and rook stand. Nothing is recomputed or allocated on the way: keys and counts are
-// kept up to date, and taking back restores the saved keys.
+// engine but `IgnoresCheck`, which foresees some refusals. Chess960 and normal chess are one case,
+// told apart only by where the castling records say that king and rook stand. Nothing is recomputed
+// or allocated on the way: keys and counts are kept up to date, and taking back restores the saved
+// keys.
 //
 // Any text can be set up as a position (no king, ten kings, pawns on the edge) and every operation
 // stays within its arrays. A position belongs to one thread.
@@ -91,6 +92,11 @@ public:
     /// taken back by `UndoLeaf` before anything else happens.
     [[nodiscard]] bool MakeLeaf(Move move) noexcept;
     void UndoLeaf(Move move) noexcept;
+
+    /// In check: whether it can be seen at a glance that `MakeMove` refuses the move, because a man
+    /// other than the king goes to a square where he answers nothing. All is left as after such a
+    /// `MakeMove`. False of a move that takes a closer look.
+    [[nodiscard]] bool IgnoresCheck(Move move) noexcept;
 
     /// Makes room on the undo stack: forgets the records that neither repetition nor the fifty-move
     /// rule can need, so that a game of any length goes on. What is forgotten cannot be taken back.

@@ -68,8 +68,14 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
     case PickStage::Quiets:
         while (!picker.quietList.IsAtEnd()) {
             const Move move = picker.quietList.Take();
-            // The entry of the move after this one has the whole search of this one to arrive.
-            if (!picker.quietList.IsAtEnd()) {
+            if (position_.inCheck) {
+                // Most of them do not answer the check: they go without a prefetch and a make.
+                if (position_.IgnoresCheck(move)) {
+                    continue;
+                }
+                PrefetchAfter(move);
+            } else if (!picker.quietList.IsAtEnd()) {
+                // The entry of the move after this one has the whole search of this one to arrive.
                 PrefetchAfter(picker.quietList.Peek());
             }
             if (!SameMove(move, picker.hashMove) && !SameMove(move, picker.killerMove1) &&

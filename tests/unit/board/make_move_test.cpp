@@ -485,6 +485,44 @@ TEST(MakeMove, LeavesItsRecordWhenItRefusesAMove) {
     EXPECT_EQ(position.undo[ply].movedPiece, WhiteRook);
 }
 
+/// In check: what is refused at a glance is what `MakeMove` refuses, and leaves what that leaves.
+/// Returns how many moves were.
+int ExpectGlancesAsMakes(const CPosition& position) {
+    int ignoring = 0;
+    MoveList list;
+    CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
+    for (const Move move : list) {
+        CPosition glanced = position;
+        const bool ignoresCheck = glanced.IgnoresCheck(move);
+        EXPECT_EQ(Differences(glanced, position), "") << FenOf(position);
+        if (ignoresCheck) {
+            ++ignoring;
+            CPosition refused = position;
+            EXPECT_FALSE(refused.MakeMove(move)) << FenOf(position);
+            EXPECT_TRUE(HasSameHistory(glanced, refused, position.ply + 1)) << FenOf(position);
+        } else {
+            EXPECT_TRUE(HasSameHistory(glanced, position, position.ply + 1)) << FenOf(position);
+        }
+    }
+    return ignoring;
+}
+
+TEST(MakeMove, IsForeseenForMovesThatIgnoreACheck) {
+    int ignoring = 0;
+    for (const CPosition& position : RandomPositions(2000 / WorkDivisor(), 97)) {
+        ignoring += position.inCheck ? ExpectGlancesAsMakes(position) : 0;
+    }
+    EXPECT_GT(ignoring, 1000 / WorkDivisor());
+    // The rook answers on e2 only, the king must be looked at, and in a double check only he moves.
+    EXPECT_EQ(ExpectGlancesAsMakes(FromFen("4r2k/8/8/8/8/8/R7/4K3 w - - 0 1")), 13);
+    EXPECT_EQ(ExpectGlancesAsMakes(FromFen("4r2k/8/8/8/7b/8/R7/4K3 w - - 0 1")), 14);
+    // Where the general tests decide, and on a full undo stack, nothing is foreseen.
+    EXPECT_EQ(ExpectGlancesAsMakes(FromFen("4r2k/8/8/8/8/8/R6K/4K3 w - - 0 1")), 0);
+    CPosition full = FromFen("4r2k/8/8/8/8/8/R7/4K3 w - - 0 250");
+    full.ply = CPosition::UndoCapacity;
+    EXPECT_FALSE(full.IgnoresCheck(Move::Make(A2, A3)));
+}
+
 TEST(MakeMove, AnswersChecksWhateverTheFullMoveNumberIs) {
     // What answers a check is noted by ply, and a set-up position can be at any ply.
     for (const char* number : {"1", "128", "240", "250", "251", "257", "2000000000"}) {

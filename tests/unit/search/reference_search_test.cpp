@@ -98,21 +98,26 @@ public:
         ASSERT_EQ(setup_.search->Nodes(), reference_->nodes);
     }
 
-    /// The moves that both hand out here, with the history and killers that they have gathered.
+    /// The legal moves that both hand out here, with the history and killers that they have
+    /// gathered. In check the picker keeps back some that `MakeMove` would refuse.
     void CompareMoveOrder(int ply) {
         SCOPED_TRACE(CPositionText(setup_.position).GetFen() + " ply " + std::to_string(ply));
         std::vector<Move> expected;
         ReferencePicker slow;
         slow.ply = ply;
         for (Move move; reference_->NextMove(move, slow);) {
-            expected.push_back(move);
+            if (IsLegal(move)) {
+                expected.push_back(move);
+            }
         }
         const auto picker = std::make_unique<CMovePicker>();
         picker->Reset(ply);
         std::vector<Move> handedOut;
         for (Move move = setup_.search->NextMove(*picker); !move.IsNone();
              move = setup_.search->NextMove(*picker)) {
-            handedOut.push_back(move);
+            if (IsLegal(move)) {
+                handedOut.push_back(move);
+            }
         }
         EXPECT_TRUE(setup_.search->NextMove(*picker).IsNone());
         ASSERT_EQ(LineText(handedOut), LineText(expected));
@@ -121,6 +126,14 @@ public:
     [[nodiscard]] CPosition& Position() { return setup_.position; }
 
 private:
+    [[nodiscard]] bool IsLegal(Move move) {
+        if (!setup_.position.MakeMove(move)) {
+            return false;
+        }
+        setup_.position.UndoMove(move);
+        return true;
+    }
+
     SearchSetup setup_;
     std::unique_ptr<CReferenceSearch> reference_;
     std::vector<std::unique_ptr<CScriptedBase>> bases_;
