@@ -17,7 +17,6 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::size_t BlockSize = 8192;
 constexpr unsigned BlockBits = 13;
 constexpr std::size_t Slots = DataCompInfo::Slots;
 constexpr std::uint32_t Literals = 256;
@@ -62,8 +61,8 @@ unsigned ExtraBitsOf(std::uint32_t symbol) noexcept {
 }
 
 Bytes BlockOf(Bytes contents, std::size_t block) noexcept {
-    const std::size_t start = block * BlockSize;
-    return contents.subspan(start, std::min(BlockSize, contents.size() - start));
+    const std::size_t start = block * EmdBlockSize;
+    return contents.subspan(start, std::min(EmdBlockSize, contents.size() - start));
 }
 
 std::vector<std::size_t> SampleOf(std::size_t blocks, std::size_t most) {
@@ -113,7 +112,7 @@ Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers)
     constexpr std::size_t SampleBlocks = 32;
     constexpr std::size_t Candidates = 128;
     const std::vector<std::size_t> sample = SampleOf(blocks, SampleBlocks);
-    const std::size_t farthest = std::min(contents.size(), BlockSize) - 1;
+    const std::size_t farthest = std::min(contents.size(), EmdBlockSize) - 1;
     std::vector<std::uint64_t> scores(farthest + 1);
     workers.ForEach(farthest, [&](std::size_t item, std::size_t) {
         for (const std::size_t block : sample) {
@@ -130,7 +129,7 @@ Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers)
 
     Distances chosen{};
     chosen.fill(1);
-    std::vector<std::array<std::uint8_t, BlockSize>> covered(sample.size());
+    std::vector<std::array<std::uint8_t, EmdBlockSize>> covered(sample.size());
     for (auto& block : covered) {
         block.fill(0);
     }
@@ -208,9 +207,9 @@ private:
     const Distances& distances_;
     const Costs& costs_;
     std::array<std::uint32_t, Slots> runs_{};
-    std::array<std::uint32_t, BlockSize + 1> cost_{};
-    std::array<Token, BlockSize> token_{};
-    std::array<std::uint32_t, BlockSize> length_{};
+    std::array<std::uint32_t, EmdBlockSize + 1> cost_{};
+    std::array<Token, EmdBlockSize> token_{};
+    std::array<std::uint32_t, EmdBlockSize> length_{};
 };
 
 Costs FirstCosts() noexcept {
@@ -345,13 +344,13 @@ std::vector<std::uint8_t> Assemble(Bytes contents, const std::vector<CodedBlock>
                                    const Distances& distances, const PrefixCode& code) {
     CBitWriter sizes;
     // A whole block has the size 0.
-    const auto writeSize = [&](std::size_t size) { sizes.Write(size % BlockSize, BlockBits); };
+    const auto writeSize = [&](std::size_t size) { sizes.Write(size % EmdBlockSize, BlockBits); };
     std::uint64_t total = 0;
     for (const CodedBlock& block : blocks) {
         writeSize(block.stored.size());
         total += block.stored.size();
     }
-    const std::size_t last = contents.size() - (blocks.size() - 1) * BlockSize;
+    const std::size_t last = contents.size() - (blocks.size() - 1) * EmdBlockSize;
     writeSize(last);
     for (const std::uint32_t distance : distances) {
         sizes.Write(distance, BlockBits);
@@ -390,7 +389,7 @@ std::vector<std::uint8_t> Assemble(Bytes contents, const std::vector<CodedBlock>
 }  // namespace
 
 std::vector<std::uint8_t> CompressEmd(Bytes contents, CWorkers& workers, CProgress& progress) {
-    const std::size_t blocks = (contents.size() + BlockSize - 1) / BlockSize;
+    const std::size_t blocks = (contents.size() + EmdBlockSize - 1) / EmdBlockSize;
     progress.BeginPhase("compressing", contents.size());
     const Distances distances = ChooseDistances(contents, blocks, workers);
     const Costs costs = TrainCosts(contents, blocks, distances, workers);
@@ -436,18 +435,18 @@ std::vector<std::uint8_t> CompressEmd(Bytes contents, CWorkers& workers, CProgre
 
 std::vector<std::uint8_t> DecompressEmd(Bytes file, CWorkers& workers) {
     std::unique_ptr<DataCompInfo> info;
-    if (DataCompParse(&info, file) != DataCompOk || info->blockSize != BlockSize ||
+    if (DataCompParse(&info, file) != DataCompOk || info->blockSize != EmdBlockSize ||
         DataCompBlockStart(*info, info->blocks) != file.size()) {
         return {};
     }
-    const std::size_t size = (std::size_t{info->blocks} - 1) * BlockSize + info->lastBlockSize;
+    const std::size_t size = (std::size_t{info->blocks} - 1) * EmdBlockSize + info->lastBlockSize;
     std::vector<std::uint8_t> contents(size);
     std::atomic<bool> isSound{true};
     workers.ForEach(info->blocks, [&](std::size_t item, std::size_t) {
         const auto block = static_cast<std::uint32_t>(item);
         const std::uint32_t start = DataCompBlockStart(*info, block);
         const std::uint32_t length = DataCompBlockStart(*info, block + 1) - start;
-        std::array<std::uint8_t, BlockSize + DataCompSpareBytes> target{};
+        std::array<std::uint8_t, EmdBlockSize + DataCompSpareBytes> target{};
         DecodeState state;
         state.cookie = DecodeState::Cookie;
         state.target = target.data();
@@ -460,7 +459,7 @@ std::vector<std::uint8_t> DecompressEmd(Bytes file, CWorkers& workers) {
         } else if (!DataCompDecode(*info, state, state.size)) {
             isSound = false;
         }
-        std::memcpy(contents.data() + item * BlockSize, target.data(), state.size);
+        std::memcpy(contents.data() + item * EmdBlockSize, target.data(), state.size);
     });
     return isSound ? contents : std::vector<std::uint8_t>();
 }

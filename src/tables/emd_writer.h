@@ -14,11 +14,15 @@
 #include "tables/progress.h"
 #include "tables/workers.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace brenquil {
+
+/// The size of every block but the last one, in bytes.
+inline constexpr std::size_t EmdBlockSize = 8192;
 
 /// @param contents  not empty
 [[nodiscard]] std::vector<std::uint8_t> CompressEmd(std::span<const std::uint8_t> contents,

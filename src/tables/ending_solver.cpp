@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::uint8_t NeverLost = 254;  ///< has a move that does not lose, or no move
 constexpr std::uint8_t NoPosition = 255;
-constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
 constexpr std::size_t SmallSlice = std::size_t{1} << 18U;
 
 [[noreturn]] void FailForMemory(const Ending& ending, std::size_t bytes) {

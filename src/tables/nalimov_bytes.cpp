@@ -13,8 +13,6 @@ namespace {
 constexpr std::uint8_t SlowestWin = 0x80;   ///< in 127 moves
 constexpr std::uint8_t SlowestLoss = 0x81;  ///< in 126 moves
 
-constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
-
 /// Calls `work(slice, first index, end)` for all places, shared out.
 template <class Work>
 void ForPlaces(const CEndingIndex& index, CWorkers& workers, CProgress& progress,

@@ -10,7 +10,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::string_view Letters = "pnbrqk";
+constexpr std::string_view LettersOfTypes = "pnbrqk";
 
 [[noreturn]] void Refuse(const std::string& why) {
     throw CTableError("this is no position that tables know: " + why);
@@ -233,7 +233,7 @@ std::vector<ShownMove> ShownPosition::Moves() const {
         ShownMove move;
         move.text = SquareToText(squares[man] ^ mask) + SquareToText(to ^ mask);
         if (isPromotion) {
-            move.text += Letters[type];
+            move.text += LettersOfTypes[type];
         }
         move.isZeroing = captured != Ending::NoMan || men.man[man].type == Pawn;
         move.after = After(moved, captured, isPromotion ? man : Ending::NoMan, type);

@@ -13,7 +13,6 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
 constexpr unsigned WdlBlockBits = 6;
 constexpr unsigned DtzBlockBits = 10;
 constexpr std::uint8_t SideFlag = 1;

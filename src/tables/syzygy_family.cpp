@@ -102,15 +102,15 @@ void CSyzygyFamily::Read(Colour sideToMove, SolvedValues& values) {
     tables_.SyzygyInit(setting_.folder);
     values.Allocate(sideToMove);
     const CEndingIndex& index = values.Index();
-    constexpr std::size_t ChunkSize = std::size_t{1} << 13U;
-    const std::size_t chunks = (index.SliceSize() + ChunkSize - 1) / ChunkSize;
+    constexpr std::size_t ReadingChunk = std::size_t{1} << 13U;
+    const std::size_t chunks = (index.SliceSize() + ReadingChunk - 1) / ReadingChunk;
     const std::size_t count = chunks * index.Slices();
     setting_.progress.BeginPhase("reading " + ending.syzygyName, values.Places());
     std::atomic<std::size_t> done{0};
     setting_.workers.ForEach(count, [&](std::size_t item, std::size_t thread) {
         const std::size_t slice = item / chunks;
-        const std::size_t first = item % chunks * ChunkSize;
-        const std::size_t end = std::min(index.SliceSize(), first + ChunkSize);
+        const std::size_t first = item % chunks * ReadingChunk;
+        const std::size_t end = std::min(index.SliceSize(), first + ReadingChunk);
         std::int8_t* const to = values.Slice(sideToMove, slice);
         for (std::size_t at = first; at < end; ++at) {
             const EndingSquares squares = index.SquaresOf({slice, at});

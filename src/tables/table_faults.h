@@ -62,14 +62,14 @@ private:
 template <class IsWanted, class Look>
 void ForPositions(const Ending& ending, const CEndingIndex& index, CWorkers& workers,
                   CProgress& progress, const IsWanted& isWanted, const Look& look) {
-    constexpr std::size_t ChunkSize = std::size_t{1} << 14U;
-    const std::size_t chunks = (index.SliceSize() + ChunkSize - 1) / ChunkSize;
+    constexpr std::size_t CheckingChunk = std::size_t{1} << 14U;
+    const std::size_t chunks = (index.SliceSize() + CheckingChunk - 1) / CheckingChunk;
     const std::size_t count = chunks * index.Slices();
     progress.BeginPhase("checking", 2 * std::uint64_t{index.SliceSize()} * index.Slices());
     std::atomic<std::size_t> done{0};
     workers.ForEach(count, [&](std::size_t item, std::size_t thread) {
-        const std::size_t first = item % chunks * ChunkSize;
-        const std::size_t end = std::min(index.SliceSize(), first + ChunkSize);
+        const std::size_t first = item % chunks * CheckingChunk;
+        const std::size_t end = std::min(index.SliceSize(), first + CheckingChunk);
         for (std::size_t at = first; at < end; ++at) {
             const CEndingIndex::Place place = {item / chunks, at};
             const EndingSquares squares = index.SquaresOf(place);

@@ -3,6 +3,7 @@
 #include "bases/nalimov/nalimov_index.h"
 #include "bases/syzygy/tb_probe.h"
 #include "platform/bits.h"
+#include "tables/emd_writer.h"
 #include "tables/nalimov_bytes.h"
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"
@@ -12,12 +13,6 @@
 #include <cstring>
 
 namespace brenquil {
-
-namespace {
-
-constexpr std::size_t BlockSize = 8192;
-
-}  // namespace
 
 CTableLookup::CTableLookup(std::string folder) : folder_(std::move(folder)) {
     syzygy_.SyzygyInit(folder_);
@@ -61,11 +56,12 @@ const CTableLookup::OpenFile* CTableLookup::FileOf(int number, int side) {
     auto file = std::make_unique<OpenFile>();
     bool isSound = file->mapping.Open(PathOf(folder_, choice->name));
     if (isSound && choice->isCompressed) {
-        isSound = DataCompParse(&file->info, file->mapping.Bytes()) == DataCompOk &&
-                  file->info->blockSize == BlockSize &&
-                  DataCompBlockStart(*file->info, file->info->blocks) == file->mapping.Size() &&
-                  (std::uint64_t{file->info->blocks} - 1) * BlockSize + file->info->lastBlockSize ==
-                      NalimovPlaces(ending, side);
+        isSound =
+            DataCompParse(&file->info, file->mapping.Bytes()) == DataCompOk &&
+            file->info->blockSize == EmdBlockSize &&
+            DataCompBlockStart(*file->info, file->info->blocks) == file->mapping.Size() &&
+            (std::uint64_t{file->info->blocks} - 1) * EmdBlockSize + file->info->lastBlockSize ==
+                NalimovPlaces(ending, side);
     } else if (isSound) {
         isSound = file->mapping.Size() == NalimovPlaces(ending, side);
     }
@@ -82,9 +78,9 @@ std::optional<std::uint8_t> CTableLookup::ByteAt(const OpenFile& file, std::uint
         return file.mapping.Bytes()[place];
     }
     const DataCompInfo& info = *file.info;
-    const auto block = static_cast<std::uint32_t>(place / BlockSize);
+    const auto block = static_cast<std::uint32_t>(place / EmdBlockSize);
     const std::uint32_t start = DataCompBlockStart(info, block);
-    std::array<std::uint8_t, BlockSize + DataCompSpareBytes> target{};
+    std::array<std::uint8_t, EmdBlockSize + DataCompSpareBytes> target{};
     DecodeState state;
     state.cookie = DecodeState::Cookie;
     state.target = target.data();
@@ -92,12 +88,12 @@ std::optional<std::uint8_t> CTableLookup::ByteAt(const OpenFile& file, std::uint
     state.storedSize = DataCompBlockStart(info, block + 1) - start;
     state.size = block + 1 == info.blocks ? info.lastBlockSize : info.blockSize;
     if (state.storedSize == state.size) {
-        return state.stored[place % BlockSize];
+        return state.stored[place % EmdBlockSize];
     }
     if (!DataCompDecode(info, state, state.size)) {
         return std::nullopt;
     }
-    return target[place % BlockSize];
+    return target[place % EmdBlockSize];
 }
 
 std::optional<int> CTableLookup::AskMate(const ShownPosition& position) {

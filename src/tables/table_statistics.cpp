@@ -76,7 +76,6 @@ TableStatistics CountTable(const SolvedValues& values, const std::string& name, 
     table.name = name;
     table.isSyzygy = isSyzygy;
     const CEndingIndex& index = values.Index();
-    constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
     const std::size_t chunks = (index.SliceSize() + ChunkSize - 1) / ChunkSize;
     progress.BeginPhase("counting", 2 * values.Places());
     std::mutex mutex;

@@ -20,6 +20,9 @@
 
 namespace brenquil {
 
+/// How many positions of an ending make an item, where nothing speaks for fewer.
+inline constexpr std::size_t ChunkSize = std::size_t{1} << 15U;
+
 class CWorkers {
 public:
     using Work = std::function<void(std::size_t item, std::size_t thread)>;

@@ -26,7 +26,7 @@ constexpr Bitboard TbPosition::*const BoardOfCode[7] = {nullptr,
                                                         &TbPosition::queens,
                                                         &TbPosition::kings};
 
-std::uint64_t SideKey(const TbPosition& position, Bitboard men, int side) noexcept {
+std::uint64_t SideMaterialKey(const TbPosition& position, Bitboard men, int side) noexcept {
     std::uint64_t key = 0;
     for (int code = TbPawn; code <= TbQueen; ++code) {
         for (Bitboard some = men & position.*BoardOfCode[code]; some != 0; some &= some - 1) {
@@ -82,8 +82,8 @@ std::uint64_t MaterialKey(const TbCounts& counts, bool mirror) noexcept {
 }
 
 std::uint64_t MaterialKey(const TbPosition& position, bool mirror) noexcept {
-    return SideKey(position, position.white, mirror ? 1 : 0) +
-           SideKey(position, position.black, mirror ? 0 : 1);
+    return SideMaterialKey(position, position.white, mirror ? 1 : 0) +
+           SideMaterialKey(position, position.black, mirror ? 0 : 1);
 }
 
 std::string MaterialName(const TbPosition& position, bool mirror) {

@@ -17,23 +17,23 @@ enum class Token : std::uint8_t {
     Number,  ///< a count, which is not below 1
 };
 
-struct NumericToken {
+struct StrictNumber {
     std::string_view word;
     Token kind;
     bool isLimit;
     std::int32_t SearchLimits::*field;
 };
 
-constexpr std::array NumericTokens{
-    NumericToken{"wtime", Token::Clock, true, &SearchLimits::wtime},
-    NumericToken{"btime", Token::Clock, true, &SearchLimits::btime},
-    NumericToken{"winc", Token::Clock, false, &SearchLimits::winc},
-    NumericToken{"binc", Token::Clock, false, &SearchLimits::binc},
-    NumericToken{"movestogo", Token::Number, false, &SearchLimits::movestogo},
-    NumericToken{"depth", Token::Number, true, &SearchLimits::depth},
-    NumericToken{"nodes", Token::Number, true, &SearchLimits::nodes},
-    NumericToken{"mate", Token::Number, true, &SearchLimits::mate},
-    NumericToken{"movetime", Token::Clock, true, &SearchLimits::movetime},
+constexpr std::array StrictNumbers{
+    StrictNumber{"wtime", Token::Clock, true, &SearchLimits::wtime},
+    StrictNumber{"btime", Token::Clock, true, &SearchLimits::btime},
+    StrictNumber{"winc", Token::Clock, false, &SearchLimits::winc},
+    StrictNumber{"binc", Token::Clock, false, &SearchLimits::binc},
+    StrictNumber{"movestogo", Token::Number, false, &SearchLimits::movestogo},
+    StrictNumber{"depth", Token::Number, true, &SearchLimits::depth},
+    StrictNumber{"nodes", Token::Number, true, &SearchLimits::nodes},
+    StrictNumber{"mate", Token::Number, true, &SearchLimits::mate},
+    StrictNumber{"movetime", Token::Clock, true, &SearchLimits::movetime},
 };
 
 /// More than any search goes deep; keeps twice as many plies within the type.
@@ -44,16 +44,16 @@ bool IsWholeNumber(std::string_view text) noexcept {
     return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-const NumericToken* FindNumericToken(std::string_view word) noexcept {
-    const auto* const found = std::find_if(NumericTokens.begin(), NumericTokens.end(),
+const StrictNumber* FindStrictNumber(std::string_view word) noexcept {
+    const auto* const found = std::find_if(StrictNumbers.begin(), StrictNumbers.end(),
                                            [word](const auto& each) { return each.word == word; });
-    return found == NumericTokens.end() ? nullptr : found;
+    return found == StrictNumbers.end() ? nullptr : found;
 }
 
 bool IsKnown(std::string_view word) noexcept {
     constexpr std::array<std::string_view, 4> Others = {"perft", "ponder", "infinite",
                                                         "searchmoves"};
-    return FindNumericToken(word) != nullptr ||
+    return FindStrictNumber(word) != nullptr ||
            std::find(Others.begin(), Others.end(), word) != Others.end();
 }
 
@@ -78,7 +78,7 @@ public:
 private:
     void ReadToken(const std::string& text) {
         const std::string word = ToLower(text);
-        if (const NumericToken* const token = FindNumericToken(word)) {
+        if (const StrictNumber* const token = FindStrictNumber(word)) {
             if (const auto number = TakeNumber(word)) {
                 result_.limits.*token->field =
                     std::max(*number, token->kind == Token::Clock ? 0 : 1);

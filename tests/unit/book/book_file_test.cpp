@@ -47,7 +47,8 @@ protected:
     CBookFile book;
 };
 
-constexpr std::string_view AfterE4 = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1";
+constexpr std::string_view AfterKingsPawn =
+    "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1";
 constexpr std::string_view Castles = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
 constexpr std::string_view BlackCastles = "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1";
 
@@ -63,18 +64,18 @@ TEST_F(BookFile, WithOneRecordReadsItDirectly) {
     Open(test::CBookBuilder().Add(StartFen, "e2e4", 7));
     EXPECT_EQ(book.RecordCount(), 1U);
     EXPECT_EQ(Moves(StartFen), Strings{"e2e4 7"});
-    EXPECT_TRUE(Moves(AfterE4).empty());
+    EXPECT_TRUE(Moves(AfterKingsPawn).empty());
 }
 
 TEST_F(BookFile, AbsentKeyGivesAnEmptyList) {
-    Open(test::CBookBuilder().Add(StartFen, "e2e4", 7).Add(AfterE4, "e7e5", 1));
+    Open(test::CBookBuilder().Add(StartFen, "e2e4", 7).Add(AfterKingsPawn, "e7e5", 1));
     EXPECT_TRUE(Moves("4k3/8/8/8/8/8/8/4K3 w - - 0 1").empty());
 }
 
 TEST_F(BookFile, PositionAfterE4IsFoundUnderItsPublishedKey) {
     // The en passant file counts only if a capture is possible, so the square e3 is no part of it.
     Open(test::CBookBuilder().AddRaw(0x823C9B50FD114196, test::CBookBuilder::FieldOf("c7c5"), 3));
-    EXPECT_EQ(Moves(AfterE4), Strings{"c7c5 3"});
+    EXPECT_EQ(Moves(AfterKingsPawn), Strings{"c7c5 3"});
     CPosition position;
     ASSERT_TRUE(position.MakeMove(CPositionText::TextToMove("e2e4", position, false)));
     MoveList list;
@@ -104,8 +105,11 @@ TEST_F(BookFile, EveryKeyOfABookIsFoundWhereverItStands) {
 
 TEST_F(BookFile, KeysAreComparedAsUnsignedNumbers) {
     // 0x823C... is negative as a signed number and stands after 0x463B....
-    Open(test::CBookBuilder().Add(AfterE4, "e7e5", 1).Add(StartFen, "e2e4", 2).AddRaw(1, 796, 3));
-    EXPECT_EQ(Moves(AfterE4), Strings{"e7e5 1"});
+    Open(test::CBookBuilder()
+             .Add(AfterKingsPawn, "e7e5", 1)
+             .Add(StartFen, "e2e4", 2)
+             .AddRaw(1, 796, 3));
+    EXPECT_EQ(Moves(AfterKingsPawn), Strings{"e7e5 1"});
     EXPECT_EQ(Moves(StartFen), Strings{"e2e4 2"});
 }
 

@@ -21,6 +21,9 @@ namespace brenquil {
 
 using Strings = std::vector<std::string>;
 
+/// The start position as the commands print it.
+inline constexpr const char* StartText = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
 /// Obeys lines through the command loop and answers with what was printed.
 class CEngineFixture : public testing::Test {
 protected:

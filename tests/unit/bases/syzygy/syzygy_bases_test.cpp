@@ -36,8 +36,8 @@ protected:
     }
 };
 
-constexpr const char* White = "8/8/8/3k4/8/8/8/KR6 w - - 0 1";
-constexpr const char* Black = "8/8/8/3k4/8/8/8/KR6 b - - 0 1";
+constexpr const char* WhiteToMove = "8/8/8/3k4/8/8/8/KR6 w - - 0 1";
+constexpr const char* BlackToMove = "8/8/8/3k4/8/8/8/KR6 b - - 0 1";
 
 TEST_F(SyzygyBases, HaveTheirPlaceInTheList) {
     EXPECT_EQ(dtzBase.GetPriority(), 1U);
@@ -46,28 +46,28 @@ TEST_F(SyzygyBases, HaveTheirPlaceInTheList) {
 
 TEST_F(SyzygyBases, AnswerTheSearchWithMateScores) {
     MakeAndLoad({"KRvK"});
-    EXPECT_EQ(Search(White, 0), 32000);
-    EXPECT_EQ(Search(White, 7), 31993);
-    EXPECT_EQ(Search(Black, 7), -31993);
+    EXPECT_EQ(Search(WhiteToMove, 0), 32000);
+    EXPECT_EQ(Search(WhiteToMove, 7), 31993);
+    EXPECT_EQ(Search(BlackToMove, 7), -31993);
     EXPECT_EQ(Search("8/8/8/3k4/8/8/8/K7 w - - 0 1", 7), 0);
 }
 
 TEST_F(SyzygyBases, TheFiftyMovesRuleTurnsTwoClassesIntoDraws) {
     MakeClasses(1, -1);
-    EXPECT_EQ(Search(White, 5), 0);
-    EXPECT_EQ(Search(Black, 5), 0);
+    EXPECT_EQ(Search(WhiteToMove, 5), 0);
+    EXPECT_EQ(Search(BlackToMove, 5), 0);
     options.SetOption("Syzygy 50 Moves Rule", "false");
-    EXPECT_EQ(Search(White, 5), 31995) << "class 3 is a win";
-    EXPECT_EQ(Search(Black, 5), -31995) << "class 1 is a loss";
+    EXPECT_EQ(Search(WhiteToMove, 5), 31995) << "class 3 is a win";
+    EXPECT_EQ(Search(BlackToMove, 5), -31995) << "class 1 is a loss";
     options.SetOption("Syzygy 50 Moves Rule", "true");
-    EXPECT_EQ(Search(White, 5), 0);
+    EXPECT_EQ(Search(WhiteToMove, 5), 0);
 }
 
 TEST_F(SyzygyBases, ADrawStaysADrawUnderBothRules) {
     MakeClasses(0, 0);
-    EXPECT_EQ(Search(White, 5), 0);
+    EXPECT_EQ(Search(WhiteToMove, 5), 0);
     options.SetOption("Syzygy 50 Moves Rule", "false");
-    EXPECT_EQ(Search(White, 5), 0);
+    EXPECT_EQ(Search(WhiteToMove, 5), 0);
 }
 
 TEST_F(SyzygyBases, TheCounterDoesNotMatterInTheSearch) {
@@ -78,32 +78,32 @@ TEST_F(SyzygyBases, TheCounterDoesNotMatterInTheSearch) {
 TEST_F(SyzygyBases, SwitchedOffTheyAnswerNothing) {
     MakeAndLoad({"KRvK"});
     options.SetOption("Syzygy Use", "false");
-    EXPECT_EQ(Search(White, 0), NoAnswer);
+    EXPECT_EQ(Search(WhiteToMove, 0), NoAnswer);
     Move move{};
-    EXPECT_FALSE(dtzBase.ProbeRoot(move, Position(White)));
-    (void)Info(wdlBase, White, "b1b4", false);
-    (void)Info(dtzBase, White, "b1b4", false);
+    EXPECT_FALSE(dtzBase.ProbeRoot(move, Position(WhiteToMove)));
+    (void)Info(wdlBase, WhiteToMove, "b1b4", false);
+    (void)Info(dtzBase, WhiteToMove, "b1b4", false);
     options.SetOption("Syzygy Use", "true");
-    EXPECT_EQ(Search(White, 0), 32000);
+    EXPECT_EQ(Search(WhiteToMove, 0), 32000);
 }
 
 TEST_F(SyzygyBases, EachAnswersItsOwnQuestionsOnly) {
     MakeAndLoad({"KRvK"});
     Move move{};
     Score score = 0;
-    EXPECT_FALSE(wdlBase.ProbeRoot(move, Position(White)));
-    EXPECT_FALSE(dtzBase.ProbeSearch(score, Position(White), 3, 3));
-    EXPECT_TRUE(dtzBase.ProbeRoot(move, Position(White)));
+    EXPECT_FALSE(wdlBase.ProbeRoot(move, Position(WhiteToMove)));
+    EXPECT_FALSE(dtzBase.ProbeSearch(score, Position(WhiteToMove), 3, 3));
+    EXPECT_TRUE(dtzBase.ProbeRoot(move, Position(WhiteToMove)));
 }
 
 TEST_F(SyzygyBases, TheRootScoreIsTheDistance) {
     MakeAndLoad({"KRvK"});
     Move move{};
-    ASSERT_TRUE(dtzBase.ProbeRoot(move, Position(White)));
-    EXPECT_EQ(move.Order(), Dtz(White));
+    ASSERT_TRUE(dtzBase.ProbeRoot(move, Position(WhiteToMove)));
+    EXPECT_EQ(move.Order(), Dtz(WhiteToMove));
     EXPECT_GT(move.Order(), 10);
-    ASSERT_TRUE(dtzBase.ProbeRoot(move, Position(Black)));
-    EXPECT_EQ(move.Order(), Dtz(Black));
+    ASSERT_TRUE(dtzBase.ProbeRoot(move, Position(BlackToMove)));
+    EXPECT_EQ(move.Order(), Dtz(BlackToMove));
     EXPECT_LT(move.Order(), 0);
     EXPECT_FALSE(dtzBase.ProbeRoot(move, Position("k7/1Q6/K7/8/8/8/8/8 b - - 0 1")));
     EXPECT_FALSE(dtzBase.ProbeRoot(move, Position("k6R/8/1K6/8/8/8/8/8 b - - 0 1"))) << "mated";
@@ -111,7 +111,7 @@ TEST_F(SyzygyBases, TheRootScoreIsTheDistance) {
 
 TEST_F(SyzygyBases, TheListingMarksWinsLossesAndDraws) {
     MakeAndLoad({"KRvK"});
-    const BaseMoveInfo win = Info(wdlBase, White, "b1b4");
+    const BaseMoveInfo win = Info(wdlBase, WhiteToMove, "b1b4");
     EXPECT_EQ(win.text, "+M?");
     EXPECT_EQ(win.move.Order(), 32000);
     const BaseMoveInfo draw = Info(wdlBase, "8/8/8/8/8/8/1k6/3R3K b - - 0 1", "b2c2");

@@ -7,8 +7,6 @@
 namespace brenquil {
 namespace {
 
-constexpr const char* StartText = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-
 using Console = CEngineFixture;
 
 // The full-move number of a FEN follows from the ply, which begins at 1: it stands at 2 after the

@@ -13,8 +13,6 @@
 namespace brenquil {
 namespace {
 
-constexpr const char* StartText = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-
 using UciCommands = CEngineFixture;
 
 /// The lines of the golden file, which stands beside this file.
