@@ -4,6 +4,8 @@
 #
 #   slow           keeps it out of ./test quick and of all builds but release
 #   release-only   keeps it out of the builds that are many times slower (debug, sanitizers)
+#   sanitized      keeps it out of the builds debug and release-clang: it looks for crashes, hangs and lost lines, in release
+#                  and where a sanitizer sees more of them
 #   once           keeps it out of all builds but release: what it checks does not depend on the build
 #   proof          keeps it out of all stages but ./test proofs: long, exhaustive, with a short form elsewhere
 #
@@ -39,6 +41,7 @@ endfunction()
 #   <room>.proofs    suites that end in Proof; label proof
 #   <room>.slow      suites that end in Slow; label slow
 #   <room>.serial    suites that end in Serial: nothing runs beside them
+#   <room>.reference suites of the second search: long, and on one thread
 #   <room>.threads   where Thread, Cache, PawnHash or WholePath stands in the name: what ./test tsan wants of each room
 #   <room>.unit      all others
 function(brenquil_unit_tests folder)
@@ -53,6 +56,17 @@ function(brenquil_unit_tests folder)
         return()
     endif()
     set(program unit_${room})
+    # ThreadSanitizer sees nothing in a room without threads.
+    if(BRENQUIL_SANITIZE STREQUAL "thread" AND NOT room MATCHES "^(search|interface|platform)$")
+        set(threaded)
+        foreach(source IN LISTS sources)
+            file(STRINGS "${source}" suites REGEX "Thread|Cache|PawnHash|WholePath" LIMIT_COUNT 1)
+            list(APPEND threaded ${suites})
+        endforeach()
+        if(NOT threaded)
+            return()
+        endif()
+    endif()
     set(helpers ${sources})
     list(FILTER sources INCLUDE REGEX "_test\\.cpp$")
     list(FILTER helpers EXCLUDE REGEX "_test\\.cpp$")
@@ -104,7 +118,7 @@ function(brenquil_system_test file)
             set(seconds ${CMAKE_MATCH_1})
         elseif(word STREQUAL "serial")
             set(serial ON)
-        elseif(word MATCHES "^(slow|release-only|once|proof)$")
+        elseif(word MATCHES "^(slow|release-only|sanitized|once|proof)$")
             list(APPEND labels ${word})
         else()
             message(FATAL_ERROR "${file}: unknown word '${word}' in the line '# ctest:'")

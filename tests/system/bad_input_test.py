@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=300
+# ctest: sanitized timeout=300
 """Whatever is sent: no crash, no hang, no lost later line, and exit code 0."""
 import random
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only
+# ctest: once release-only
 """The tool that compares the speed of two builds."""
 import importlib.machinery
 import importlib.util

@@ -1,4 +1,4 @@
-# ctest: slow once timeout=900
+# ctest: proof timeout=900
 """The whole `test` on the normal rows: five complete runs, with the published node counts."""
 
 import re

@@ -11,8 +11,6 @@ import unittest
 from engine_process import ENGINE, ROOT, SYSTEM, EngineTestCase, main, seconds
 
 TOOL = ROOT.parent / "shared" / "tools" / "fastchess"
-CHECKS = 5
-ROUNDS = 5
 OPENINGS = (
     "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq -",
     "rnbqkbnr/pp1ppppp/8/2p5/4P3/8/PPPP1PPP/RNBQKBNR w KQkq -",
@@ -24,6 +22,9 @@ OPENINGS = (
 
 @unittest.skipUnless(TOOL.is_file() and SYSTEM == "Linux", "the match tool is not there")
 class MatchTool(EngineTestCase):
+    CHECKS = 2
+    ROUNDS = 2
+
     def setUp(self):
         super().setUp()
         # The tool passes no arguments in its check, so the program is called by its other name.
@@ -38,7 +39,7 @@ class MatchTool(EngineTestCase):
         return done.stdout + done.stderr
 
     def test_compliance_check_passes_all_its_steps(self):
-        for number in range(CHECKS):
+        for number in range(self.CHECKS):
             report = self.run_tool("--compliance", self.program)
             with self.subTest(number=number):
                 self.assertIn("Engine passed all compliance checks.", report)
@@ -49,9 +50,9 @@ class MatchTool(EngineTestCase):
             openings.write("\n".join(OPENINGS) + "\n")
         report = self.run_tool(
             "-engine", f"cmd={self.program}", "name=one", "-engine", f"cmd={self.program}", "name=two",
-            "-each", "proto=uci", "tc=1+0.02", "option.Hash=4", "-rounds", str(ROUNDS), "-games", "2",
+            "-each", "proto=uci", "tc=1+0.02", "option.Hash=4", "-rounds", str(self.ROUNDS), "-games", "2",
             "-concurrency", "1", "-openings", "file=openings.epd", "format=epd", "order=sequential")
-        self.assertIn(f"Finished game {2 * ROUNDS}", report)
+        self.assertIn(f"Finished game {2 * self.ROUNDS}", report)
         for word in ("Warning", "illegal", "loses on time", "disconnect", "stall"):
             self.assertNotIn(word, report)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only
+# ctest: once release-only
 """The documents that go into the packages link to nothing, and name nothing, that is not in them.
 
 In the archives three links led nowhere, in the Debian package two, and the texts told people to start scripts that

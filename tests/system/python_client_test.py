@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=300
+# ctest: sanitized timeout=300
 """The strict dialect under the Python client that most scripts and bots use.
 
 Skipped where the client is not beside the repository.

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=180
+# ctest: sanitized timeout=180
 """`quit` at any moment of a search: silent, and exit code 0."""
 import os
 import random

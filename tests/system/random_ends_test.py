@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=600
+# ctest: sanitized timeout=600
 """Sessions that end at random moments in every state: tools/end_sessions, a short run."""
 import os
 import subprocess

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=600
+# ctest: sanitized timeout=600
 """A referee on the client's side reads every line of whole games, in both dialects.
 
 It knows the rules by itself (tools/chess_rules.py) and understands the lines of the protocol and nothing else. Games

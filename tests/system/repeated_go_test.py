@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=300
+# ctest: sanitized timeout=300
 """No `go` is lost among many: tools/repeat_go, a short run. One search thread in some fifty was, under Wine."""
 import subprocess
 import sys
@@ -18,7 +18,8 @@ class RepeatedGo(unittest.TestCase):
                  "--threads", str(threads), "--patience", str(seconds(60))],
                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=seconds(140),
                 check=False)
-            self.assertEqual(done.stdout.decode(), f"{ROUNDS} rounds, none lost, exit code 0\n")
+            # On a slow machine lines of progress come first.
+            self.assertEqual(done.stdout.decode().splitlines()[-1:], [f"{ROUNDS} rounds, none lost, exit code 0"])
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: release-only
+# ctest: once release-only
 """Every script and tool tells what it does when it is asked, and refuses what it does not know.
 
 Found were `tools/pgo --help`, which began to build, and scripts that took no notice of a wrong word. Nothing is built

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=300
+# ctest: sanitized timeout=300
 """Games between two processes over a mix of settings."""
 import subprocess
 import sys

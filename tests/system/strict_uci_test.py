@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# ctest: timeout=300
+# ctest: sanitized timeout=300
 """Strict UCI with the real program: the switch, the name, the end of input, and bad input in both dialects."""
 import os
 import shutil

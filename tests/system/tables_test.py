@@ -36,6 +36,9 @@ def contents(folder):
 
 @unittest.skipUnless(PROGRAM.is_file(), "brenquil-tables is not built")
 class Tables(unittest.TestCase):
+    KILLS = 2
+    DAMAGES = 4
+
     def setUp(self):
         made = tempfile.TemporaryDirectory(prefix="brenquil-tables-")
         self.addCleanup(made.cleanup)
@@ -59,7 +62,7 @@ class Tables(unittest.TestCase):
         self.make("nalimov", "kpk")
         whole = contents(self.folder)
         chance = random.Random(5)
-        rounds = int(os.environ.get("BRENQUIL_TABLES_KILLS", "6"))
+        rounds = int(os.environ.get("BRENQUIL_TABLES_KILLS", self.KILLS))
         for _ in range(rounds):
             for path in self.folder.iterdir():
                 path.unlink()
@@ -118,7 +121,7 @@ class Tables(unittest.TestCase):
         self.make("syzygy", "3")
         good = contents(self.folder)
         chance = random.Random(9)
-        for _ in range(int(os.environ.get("BRENQUIL_TABLES_DAMAGES", "12"))):
+        for _ in range(int(os.environ.get("BRENQUIL_TABLES_DAMAGES", self.DAMAGES))):
             for name in chance.sample(sorted(good), 3):
                 data = bytearray(good[name])
                 for _ in range(chance.choice((1, 3, 50))):

@@ -203,7 +203,7 @@ TEST(SyzygyFamily, ThreeMenAreTheRealOnes) {
     }
 }
 
-TEST(SyzygyFamilySlow, FourMenAreTheRealOnes) {
+TEST(SyzygyFamilyProof, FourMenAreTheRealOnes) {
     if (RealFolder().empty()) {
         GTEST_SKIP() << "no shared data";
     }

@@ -1,3 +1,4 @@
+#include "../../../support/sanitized.h"
 #include "bases/syzygy/tb_index_tables.h"
 #include "bases/syzygy/tb_probe.h"
 #include "syzygy_fixture.h"
@@ -8,14 +9,22 @@
 namespace brenquil {
 namespace {
 
+#ifdef BRENQUIL_IS_SANITIZED
+// A sanitizer looks at how a value is read, not at which: an odd step meets both sides to move.
+constexpr std::size_t Step = 7;
+#else
+constexpr std::size_t Step = 1;
+#endif
+
 class TbProbe : public CSyzygyFixture {
 protected:
-    /// Compares class and distance of every position of a solved ending.
+    /// Compares class and distance of the positions of a solved ending: of every one, or of each
+    /// seventh where a sanitizer is at work.
     /// @param excess  how much more or less than the truth a distance may be
     void CompareAll(const char* name, int excess, bool mateInOneIsTwo) {
         const support::SolvedEnding& ending = solver.Solve(name);
         std::size_t compared = 0;
-        for (std::size_t index = 0; index < ending.Size(); ++index) {
+        for (std::size_t index = 0; index < ending.Size(); index += Step) {
             const int wanted = ending.Class(index);
             if (wanted == support::SolvedEnding::Illegal) {
                 continue;
@@ -32,7 +41,7 @@ protected:
             }
             ++compared;
         }
-        EXPECT_GT(compared, 300000U);
+        EXPECT_GT(compared, 300000U / Step);
     }
 
     void WriteWdl(const support::WdlTable& table) {
