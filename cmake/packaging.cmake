@@ -122,13 +122,15 @@ function(write_package_documents folder readme packageChanges packageLicence pac
     endforeach()
     file(WRITE "${folder}/${readme}" "${head}${text}${end}")
 
+    file(REMOVE_RECURSE "${folder}/docs")
     foreach(name front-ends.md clients.md)
         file(READ "${PROJECT_SOURCE_DIR}/docs/${name}" text)
         string(REPLACE "[README.md](../README.md)" "[${readme}](../${readme})" text "${text}")
         file(WRITE "${folder}/docs/${name}" "${text}")
     endforeach()
-    # Those of the page belong to docs/web.md, which stays in the sources.
-    file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs" PATTERN "images/web" EXCLUDE)
+    # Pictures of front ends. Those of the page belong to docs/web.md and the drawn ones to what is for the sources only.
+    file(COPY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${folder}/docs"
+        FILES_MATCHING PATTERN "*.png" PATTERN "images/web" EXCLUDE)
 endfunction()
 
 if(WIN32)

@@ -48,6 +48,13 @@ class PackageDocuments(unittest.TestCase):
         readme = next(self.folder.rglob("README.md")).read_text()
         self.assertIn("/usr/games", readme)
 
+    def test_holds_no_picture_that_no_document_shows(self):
+        self.install("program")
+        pictures = {path.name for path in self.folder.rglob("images/*")}
+        shown = "".join(path.read_text(encoding="utf-8") for path in self.folder.rglob("*.md"))
+        self.assertTrue(pictures)
+        self.assertEqual({name for name in pictures if name not in shown}, set())
+
     def test_program_comes_by_its_strict_name_as_well(self):
         names = self.install("program")
         self.assertTrue({"brenquil-strict", "brenquil-strict.exe"} & names, names)
