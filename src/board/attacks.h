@@ -191,7 +191,7 @@ inline constexpr auto Distance = tables::BySquare([](Square a) {
 
 /// Attack sets of one slider for every square and every index of its lookup. Entries that no
 /// occupancy reaches stay zero and are never read. Built by the constructor of the one object of
-/// each kind, before `main`; no object of static storage may hold a `CPosition`.
+/// each kind, before `main`, so no object of static storage may hold a `CPosition`.
 template <std::size_t Size, bool Diagonal>
 class CSliderSlabs {
 public:
@@ -223,7 +223,7 @@ extern const CSliderSlabs<512, true> BishopAttacks;
                         [(occupied & BishopMasks[square]) * BishopMagics[square] >> BishopShift];
 }
 
-/// The same for a queen: there is no table of her own.
+/// The same for a queen, who has no table of her own.
 [[nodiscard]] inline Bitboard QueenAttacksFrom(Square square, Bitboard occupied) noexcept {
     return RookAttacksFrom(square, occupied) | BishopAttacksFrom(square, occupied);
 }

@@ -2,11 +2,11 @@
 //
 // Five bits of count for each kind of man but the kings, Black's kind before White's; bishops on
 // dark squares count apart from those on light ones. Captures and promotions change it by adding
-// and subtracting units, all other moves leave it alone, as bishops never leave their colour.
+// and subtracting units; all other moves leave it alone, as bishops never leave their colour.
 //
-// Up to 31 men of a colour no count can run over into the next one, so the key tells the material
-// exactly. Boards that are fuller than that can be set up; whoever reads the key asks
-// `CPosition::HasExactMenKey` first.
+// With up to 31 men of a colour no count can overflow into the next, so the key tells the material
+// exactly. Fuller boards can be set up; whoever reads the key asks `CPosition::HasExactMenKey`
+// first.
 #pragma once
 
 #include "board/attacks.h"

@@ -14,8 +14,8 @@ namespace {
 
 constexpr int MostTargetsOfOneMan = 27;  // a queen in the centre
 
-/// With so few men there are at most 162 captures: eight pawns that promote in three ways each, two
-/// en passant captures and eight queens with eight captures each.
+/// With no more men there are at most 162 captures: eight pawns that promote to four men on three
+/// squares each, two en passant captures and eight queens with eight captures each.
 constexpr int MostMenOfASide = 16;
 
 /// Writes moves as they come, without sort keys.
@@ -49,8 +49,8 @@ private:
 
 /// Takes captures as they are generated. Each selection of the search walks through the list and
 /// exchanges the entry at its place with every later one of a strictly higher key; this does so for
-/// the first place while the moves are written. All of it is inlined, so that the place and the end
-/// of the list are held in registers.
+/// the first place while the moves are written. All of it is inlined, so that the best move and the
+/// end of the list stay in registers.
 class CCaptureWriter {
 public:
     CCaptureWriter(MoveList& list, const CPosition& position) noexcept
@@ -98,7 +98,7 @@ private:
     std::uint32_t best_ = 0x80000000;  ///< at first the lowest key, which every move exceeds
 };
 
-/// Captures on a position with more men, for which the list may be too short.
+/// Captures in a position with more men, for which the list may be too short.
 [[gnu::noinline]] void WriteCapturesOfACrowd(MoveList& list, const CPosition& position) noexcept {
     CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
     ScoreCaptures(list, position);

@@ -42,13 +42,13 @@ public:
     void GenerateMoves(MoveList& list, MoveKinds wanted, Bitboard fromMask = AllSquares,
                        Bitboard toMask = AllSquares) const noexcept;
 
-    /// Fills an empty list with the moves of `GenerateMoves(list, MoveKinds::Captures)`, with the
-    /// keys of `ScoreCaptures`, and makes the first selection on the way: the best move stands
-    /// first, and the others stand as `TakeBest` would have left them.
+    /// Fills an empty list with the moves of `GenerateMoves(list, MoveKinds::Captures)` and the
+    /// keys of `ScoreCaptures`, and makes the first selection along the way: the best move comes
+    /// first, and the others are where `TakeBest` would have left them.
     void GenerateCaptures(MoveList& list) const noexcept;
 
-    /// Hands the moves of `GenerateMoves` in its order to a sink instead, which can put them into
-    /// an order of its own on the way:
+    /// Hands the moves of `GenerateMoves` in its order to a sink instead, which can arrange them as
+    /// they come:
     ///
     ///     sink.Man(type, from, targets);   // each target of a man that is not a pawn
     ///     sink.Pawn(from, to);             // a pawn's move that does not promote
@@ -68,16 +68,17 @@ public:
     void GenerateEvasions(MoveList& list) const noexcept;
 
     /// Appends the castling of one right if king, rights, empty and unattacked squares allow it.
+    /// For callers that ask for one castling alone; `Visit` hands castling to its sink itself.
     void GenerateCastling(MoveList& list, Square kingSquare, CastlingIndex index) const noexcept;
 
     /// Would the generator produce this move here? For moves that come from elsewhere: hash table,
-    /// killers, book. Only the low half of the word counts. Castling onto the square of the own
+    /// killers, book. Only the low half of the word counts. Castling that lands on the king's own
     /// rook is refused, so it is played only from a fresh list.
     [[nodiscard]] bool IsStoredMoveValid(Move move) const noexcept;
 
-    /// The same with castling onto the square of the own rook allowed, so it holds of every move
-    /// that the generator writes and of no other. For a move that was made for another position: of
-    /// the same men with other castling rooks, as after `CPosition::CopyFrom`, or of a line.
+    /// The same with castling onto the rook's square allowed, so it is true of every move that the
+    /// generator writes and of no other. For a move found in another position: one with the same
+    /// men and other castling rooks, as after `CPosition::CopyFrom`, or an earlier one of a line.
     [[nodiscard]] bool IsPseudoLegal(Move move) const noexcept;
 
 private:

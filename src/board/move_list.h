@@ -1,7 +1,7 @@
 // A list of moves in a fixed array: what the generator fills, and, used as a line, a variation.
 //
 // 220 moves are enough for every position that a game can reach. A set-up position with dozens of
-// queens can have more pseudo-legal moves; what finds no room is dropped, so that no text a user
+// queens can have more pseudo-legal moves; what finds no room is dropped, so that nothing a user
 // sends can write outside the array.
 #pragma once
 

@@ -159,7 +159,7 @@ inline void CPosition::ToggleMen(Piece piece, Bitboard squares) noexcept {
     return number;
 }
 
-/// Puts a man back, except into the mailbox.
+/// Puts a man back, except in the mailbox.
 inline void CPosition::RestoreMan(Piece piece, Square square) noexcept {
     ToggleMen(piece, BitOf(square));
     ++colourCount[ColourOf(piece)];
@@ -167,8 +167,8 @@ inline void CPosition::RestoreMan(Piece piece, Square square) noexcept {
     menKey += MenUnit(piece, square);
 }
 
-/// Toggling makes the case right in which the king has landed on the rook's square: that square is
-/// toggled for the king and for the rook, and stays occupied.
+/// Toggling handles the case where the king has landed on the rook's square: that square is toggled
+/// for the king and for the rook, and stays occupied.
 void CPosition::MoveCastlingRook(const CastlingRecord& record, Colour colour) noexcept {
     if (record.rookFrom == record.rookTo) {
         return;
@@ -282,8 +282,8 @@ inline UndoRecord& CPosition::SaveState(Move move, Piece moved, Piece captured) 
     return record;
 }
 
-/// Makes the move without a look at the kings. Where the king castles onto his own square the two
-/// squares are one, and XOR leaves sets and keys alone.
+/// Makes the move without a look at the kings' safety. Where the king castles onto his own square
+/// the two squares are one, and XOR leaves sets and keys alone.
 template <Colour Us>
 [[gnu::always_inline]] inline void CPosition::Play(Move move) noexcept {
     constexpr Colour Them = ~Us;
@@ -445,7 +445,7 @@ void CPosition::UndoLeaf(Move move) noexcept {
     board[move.From()] = moved;
 }
 
-bool CPosition::IgnoresCheck(Move move) noexcept {
+bool CPosition::RefuseAtOnce(Move move) noexcept {
     assert(inCheck && IsOwnMove(move));
     const Piece moved = board[move.From()];
     if (!isRegular_ || move.Kind() != MoveKind::Normal || TypeOf(moved) == King ||
@@ -524,7 +524,7 @@ bool CPosition::IsKingAttacked(Colour colour) const noexcept {
 }
 
 /// Before the move, of a regular position. A king needs a target that is not attacked once he has
-/// left. Any other man has to answer a check, if there is one, and may not open a line.
+/// left. Any other man has to answer a check, if there is one, and may not open a line to the king.
 template <Colour Us>
 [[gnu::always_inline]] inline bool CPosition::LeavesKingAttacked(Move move) const noexcept {
     const Square king = LowestBit(PiecesOf(King, Us));
@@ -543,7 +543,7 @@ template <Colour Us>
            IsSliderAttacking(king, ~Us, (Occupied() ^ from) | to, ~to);
 }
 
-/// Is the square attacked when the king whose bit is `king` has left his own.
+/// Is the square attacked once the king whose bit is `king` has left his own.
 [[gnu::noinline]] bool CPosition::IsAttackedWithout(Bitboard king, Square square,
                                                     Colour by) const noexcept {
     return IsLeaperAttacking(square, by) ||

@@ -1,11 +1,11 @@
 // One chess position: bitboards and mailbox, counts, keys, castling data and the undo stack.
 //
 // Moves are made pseudo-legally: `MakeMove` performs the move, tests whether the mover's king is
-// attacked and takes the move back by itself when it is; there is no other test of legality in the
-// engine but `IgnoresCheck`, which foresees some refusals. Chess960 and normal chess are one case,
-// told apart only by where the castling records say that king and rook stand. Nothing is recomputed
-// or allocated on the way: keys and counts are kept up to date, and taking back restores the saved
-// keys.
+// attacked and takes the move back by itself when it is; the only other test of legality in the
+// engine is `RefuseAtOnce`, which gives some refusals sooner. Chess960 and normal chess are one
+// case, told apart only by where the castling records say that king and rook stand. Nothing is
+// recomputed or allocated along the way: keys and counts are kept up to date, and taking back
+// restores the saved keys.
 //
 // Any text can be set up as a position (no king, ten kings, pawns on the edge) and every operation
 // stays within its arrays. A position belongs to one thread.
@@ -45,8 +45,8 @@ struct ReversibleState {
     std::uint8_t padding = 0;             ///< named, so that a copy moves three whole words
 };
 
-/// What a made move cannot be reversed without: the state before it, and the men that it moved. 32
-/// bytes, so that the repetition walk through the stack sees two records per cache line.
+/// What it takes to reverse a move: the state before it, and the men that it moved. 32 bytes, so
+/// that the repetition walk through the stack sees two records per cache line.
 struct UndoRecord : ReversibleState {
     Move move{0};
     Piece movedPiece = PieceNone;
@@ -93,10 +93,11 @@ public:
     [[nodiscard]] bool MakeLeaf(Move move) noexcept;
     void UndoLeaf(Move move) noexcept;
 
-    /// In check: whether it can be seen at a glance that `MakeMove` refuses the move, because a man
-    /// other than the king goes to a square where he answers nothing. All is left as after such a
-    /// `MakeMove`. False of a move that takes a closer look.
-    [[nodiscard]] bool IgnoresCheck(Move move) noexcept;
+    /// The cheap part of `MakeMove`, in check only: refuses a move that plainly leaves the check
+    /// unanswered, as a man other than the king goes to a square of no help. True if it is refused;
+    /// the record at `ply` is then the one that a refusal by `MakeMove` leaves. False, with nothing
+    /// changed, for a move that takes a closer look.
+    [[nodiscard]] bool RefuseAtOnce(Move move) noexcept;
 
     /// Makes room on the undo stack: forgets the records that neither repetition nor the fifty-move
     /// rule can need, so that a game of any length goes on. What is forgotten cannot be taken back.
@@ -143,8 +144,8 @@ public:
     void AddCastlingByLetter(CastlingIndex index, char letter) noexcept;
 
     /// The key that the move will lead to, as long as it changes no castling right and is of the
-    /// normal kind, and none of the two positions has an en passant square. For looking ahead where
-    /// a wrong guess does no harm: it costs next to nothing.
+    /// normal kind, and neither position has an en passant square. For looking ahead where a wrong
+    /// guess does no harm: it costs next to nothing.
     [[nodiscard]] std::uint64_t LikelyKeyAfter(Move move) const noexcept {
         const Piece moved = board[move.From()];
         const Piece captured = board[move.To()];
@@ -184,7 +185,8 @@ private:
     /// Each side has one king, the side that is not to move is not attacked and an en passant
     /// square is empty. True of every position that play can reach, and moves keep it true; then a
     /// move can expose a king only along a line that it opens, and both attack tests of `MakeMove`
-    /// get by with a fraction of the look-ups. Positions set up otherwise take the general tests.
+    /// need only a fraction of the look-ups. Other positions that are set up take the general
+    /// tests.
     bool isRegular_;
 
 public:

@@ -90,8 +90,8 @@ bool LosesExchange(const CPosition& position, Move move) noexcept {
          (PawnAttacks[White][to] & position.PiecesOf(Pawn, Black))) &
         rest;
 
-    // The side whose turn it is stands badly as the balance is, or it would stop; so it has to take
-    // on, and fails if it cannot or if taking does not turn the balance.
+    // The side to move is behind as the balance stands, or it would stop; so it has to go on
+    // taking, and fails if it cannot or if taking does not turn the balance.
     for (Colour side = ~us;; side = ~side) {
         if ((attackers & position.colours[side]) == 0) {
             return side == us;
@@ -107,7 +107,7 @@ bool LosesExchange(const CPosition& position, Move move) noexcept {
         next = SeeValues[type];
         const Bitboard cheapest = attackers & position.PiecesOf(type, side);
         rest &= ~(cheapest & (~cheapest + 1));
-        // Only a man that moves along a line can have stood before a slider, and a king.
+        // Only a king or a man that moves along a line can have stood in front of a slider.
         if (type != Knight) {
             attackers |=
                 (BishopAttacksFrom(to, rest) & diagonal) | (RookAttacksFrom(to, rest) & straight);

@@ -1,8 +1,8 @@
 // Static exchange evaluation: what a move wins or loses in material if both sides go on recapturing
 // on its target square, always with their cheapest man, and stop when that is better for them.
 //
-// Pins and legality play no part. Reads the position and changes nothing; two slider look-ups a
-// recapture, no allocation.
+// Pins and legality play no part. Reads the position and changes nothing; two slider look-ups for
+// each recapture, no allocation.
 #pragma once
 
 #include "board/position.h"

@@ -2,7 +2,7 @@
 // table, bases, horizon, static pruning, null move, the moves, the result. A step that may end the
 // node answers with a score, or with nothing to go on.
 //
-// What the four selective steps win or cost is told beside each: the nodes that the positions of
+// What the four selective steps win or cost is stated beside each: the nodes that the positions of
 // the bench take to depth 7 with the step switched off by its option, over those with all of them.
 
 #include "board/score.h"
@@ -197,8 +197,8 @@ bool CSearch::IsQuiet(Move move) const noexcept {
            position_.board[move.To()] == PieceNone;
 }
 
-/// A ply for a check and a ply for a pawn one step before promotion. After `MakeMove`. This is what
-/// costs: without it 0.78 times the nodes.
+/// A ply for a check and a ply for a pawn one step from promotion. After `MakeMove`. This is the
+/// step that costs nodes: without it 0.78 times as many.
 std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) const noexcept {
     if ((!node.isPv && node.depth >= ExtensionDepthOffPv) || !options_.useExtensions.enabled) {
         return 0;

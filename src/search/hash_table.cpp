@@ -31,7 +31,7 @@ bool CHashTable::Resize(std::uint32_t megabytes) {
     if (Allocate(megabytes)) {
         return true;
     }
-    // What was there a moment ago can be had again, though emptied; if not even that, the engine
+    // What was there a moment ago can be had again, though emptied; failing even that, the engine
     // goes on without a table.
     if (!Allocate(before)) {
         Release();
@@ -112,7 +112,8 @@ void CHashTable::Store(std::uint64_t key, Score score, std::int32_t depth, Bound
     const std::uint64_t old = slot.block->data[slot.index];
     const auto oldAge = static_cast<std::uint8_t>(old);
     const std::uint16_t oldDepth = DepthOf(old);
-    // The byte against the whole counter: from the 256th search on nothing is of this search's age.
+    // The byte against the whole counter: from the 256th search on no entry is of this search's
+    // age.
     if (oldAge == age_ && oldDepth > depth) {
         return;
     }

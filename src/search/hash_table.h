@@ -3,14 +3,14 @@
 // One memory size is divided 90 to 10 between the two. The table has one entry per index and no
 // buckets; the index is the key modulo the number of entries, so every megabyte is used and no size
 // needs rounding. Threads read and write without locks: an entry holds its key XORed with its data,
-// and a reader that meets the halves of two different stores fails the comparison. The bound stands
+// and for a reader that meets halves of two different stores the comparison fails. The bound is
 // outside that protection, so a torn entry can match with a wrong bound; that is accepted, and a
 // move from the table is tested before it is played.
 //
 // Scores are kept as the search holds them, mate scores included: they are relative to the root of
 // the search that stored them and are not corrected by ply. That is required behaviour.
 //
-// Cost: one multiplication pair and one cache line for a probe.
+// Cost of a probe: two multiplications and one cache line.
 #pragma once
 
 #include "board/types.h"
@@ -51,16 +51,17 @@ public:
     CHashTable& operator=(CHashTable&&) = delete;
     ~CHashTable() = default;
 
-    /// Gives both tables their share of this many mebibytes, emptied, with the age at 0. The
-    /// present size keeps everything. False if the memory cannot be had: the size stays as it was.
+    /// Gives both tables their share of this many mebibytes, emptied, with the age at 0. Asked for
+    /// its present size, the table keeps everything. False if the memory cannot be had: the size
+    /// stays as it was.
     [[nodiscard]] bool Resize(std::uint32_t megabytes);
 
     /// Empties the main table and sets the age to 0. The pawn hash keeps its contents: they are
     /// exact for their keys.
     void Clear() noexcept;
 
-    /// Readies the table for a search: empties it, or else takes away the protection that entries
-    /// have within one search. `Hashfull` counts from here.
+    /// Readies the table for a search: empties it, or else ends the protection that entries have
+    /// within one search. `Hashfull` counts from here.
     void BeginSearch(bool isFromNothing) noexcept;
 
     [[nodiscard]] std::optional<HashHit> Probe(std::uint64_t key) const noexcept {
@@ -106,7 +107,7 @@ private:
     //
     // | bits  | type   | meaning                                  |
     // |-------|--------|------------------------------------------|
-    // | 0-7   | u8     | age of the search that wrote it, low byte |
+    // | 0-7   | u8     | age of the writing search, low byte      |
     // | 8-15  |        | 0                                        |
     // | 16-31 | u16    | depth                                    |
     // | 32-47 | i16    | score                                    |

@@ -37,7 +37,7 @@ struct KillerPair {
     Move first{0};
     Move second{0};
 
-    /// Puts the move first, and drops the second if that is news.
+    /// Puts the move first and drops the second, unless the move is first already.
     void Remember(Move move) noexcept {
         if (!SameMove(move, first)) {
             second = first;

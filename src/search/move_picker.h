@@ -23,8 +23,8 @@ namespace brenquil {
 }
 
 /// Where a node goes on when it is asked for its next move; the order of the enumerators is the
-/// order of work. Between the good captures and the second killer comes the first, between the
-/// quiet moves and the losing captures a change of lists, and nobody waits at either.
+/// order of work. The first killer is tried at the end of the good captures, and the lists change
+/// at the end of the quiet moves; no node ever goes on from either.
 enum class PickStage : std::uint32_t {
     HashMove,
     GenerateCaptures,
@@ -49,10 +49,11 @@ enum class PickStage : std::uint32_t {
     return best;
 }
 
-/// Quiet moves with their keys, handed out as `TakeBest` would, one move ahead of the asking.
+/// Quiet moves with their keys, handed out in the order of `TakeBest`, each selected one move
+/// before it is asked for.
 ///
 /// Most quiet moves were never successful and share the lowest key of all, and so no exchange ever
-/// takes one of them forward. A mask tells where the others stand, and a take visits only those.
+/// takes one of them forward. A mask says where the others are, and a take visits only those.
 class CQuietList {
 public:
     MoveList list;
@@ -108,7 +109,7 @@ private:
         }
         Move best = list[index];
         if ((raised_ >> index & 1U) == 0) {
-            // The first of the others changes places with it: now a lowest key stands there.
+            // The first of the others changes places with it, which leaves a lowest key there.
             raised_ ^= later & (~later + 1);
             std::swap(list[PopLowestBit(later)], best);
         }
@@ -124,10 +125,10 @@ private:
     static constexpr std::int32_t MaskedEntries = 64;
 
     std::int32_t next_ = 0;
-    std::uint64_t raised_ = 0;  ///< one bit an entry; of use while there are no more than bits
+    std::uint64_t raised_ = 0;  ///< one bit an entry; used while the bits are enough
 };
 
-/// State of one node; there is one record a ply, used anew by every node of that ply.
+/// The state of one node. There is one record for each ply, reused by every node of that ply.
 struct CMovePicker {
     std::int32_t ply = 0;  ///< index into the killers
     PickStage stage = PickStage::HashMove;

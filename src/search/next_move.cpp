@@ -26,7 +26,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
 
     case PickStage::GoodCaptures:
         while (picker.index < picker.goodList.count) {
-            // The first has been taken on the way.
+            // `GenerateCaptures` has taken the first already.
             const Move move =
                 picker.index == 0 ? picker.goodList[0] : TakeBest(picker.goodList, picker.index);
             ++picker.index;
@@ -69,8 +69,8 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         while (!picker.quietList.IsAtEnd()) {
             const Move move = picker.quietList.Take();
             if (position_.inCheck) {
-                // Most of them do not answer the check: they go without a prefetch and a make.
-                if (position_.IgnoresCheck(move)) {
+                // Most of them do not answer the check; they cost neither a prefetch nor a make.
+                if (position_.RefuseAtOnce(move)) {
                     continue;
                 }
                 PrefetchAfter(move);

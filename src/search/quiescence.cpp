@@ -31,7 +31,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
         }
     }
 
-    // On the stack the lists of a line lie close together, and only their used part is touched.
+    // On the stack the lists of a line are close together, and only their used part is touched.
     MoveList moves;
     if (inCheck) {
         generator_.GenerateEvasions(moves);
@@ -42,7 +42,7 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
 
     std::int32_t legalMoves = 0;
     for (std::int32_t index = 0; index < moves.count; ++index) {
-        // Of the captures the first has been taken on the way.
+        // `GenerateCaptures` has taken the first already.
         const Move move = index == 0 && !inCheck ? moves[0] : TakeBest(moves, index);
         if (!inCheck && NeedsExchangeTest(move, position_) && LosesExchange(position_, move)) {
             continue;

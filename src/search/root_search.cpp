@@ -22,13 +22,13 @@ bool IsWanted(Move move, const MoveList& wanted) noexcept {
                                             [move](Move other) { return SameMove(move, other); });
 }
 
-/// Whether a stored move can be followed on this position, which it leaves whole then.
+/// Whether a stored move can be played in this position without damaging it.
 ///
-/// A move of the table was legal where it was stored. Yet that may have been another position of
-/// the same key: the key counts the castling rights and does not name their rooks, so where two
-/// rooks stand beside the king in Chess960 a castling can be that of the wrong one. And the node
-/// that stored an en passant capture may have lost its square to a null move, which its key shows;
-/// such a capture is followed all the same.
+/// A move from the table was legal where it was stored. Yet that may have been another position of
+/// the same key: the key includes the castling rights but not their rooks, so where two rooks stand
+/// on one side of the king in Chess960 a castling can be that of the wrong one. And the node that
+/// stored an en passant capture may have lost its square to a null move, which its key shows; such
+/// a capture is followed all the same.
 bool CanFollow(Move move, const CPosition& position, const CMoveGenerator& generator) noexcept {
     if (move.Kind() == MoveKind::EnPassant) {
         const Colour us = position.sideToMove;
@@ -157,7 +157,7 @@ void CRootSearch::NameSomeMove() {
 
 /// Deepens until the bound, a stopping rule or `stop`. An iteration that was stopped is thrown away
 /// whole, though its best move may have been better. When a rule ends the search the last line is
-/// not printed, unless the manners ask for it; the best move comes from it in any case.
+/// not printed, unless the manners ask for it; the best move is taken from it in any case.
 void CRootSearch::Iterate() {
     for (std::int32_t depth = 1; depth < timeControl_.IterationBound(); ++depth) {
         search_.ResetSeldepth();
@@ -229,7 +229,8 @@ void CRootSearch::RootMoveEnds(Move move, std::int32_t depth) {
     }
 }
 
-/// One slot is never used, whatever "MultiPV" says; the root moves that come later are dropped.
+/// One slot is never used, whatever "MultiPV" says, and the root moves that come later are dropped;
+/// unless every iteration is to be shown, which takes the best of all moves.
 void CRootSearch::RootMoveIsScored(Move move, Score value) noexcept {
     if (options_.multiPv.number <= 1) {
         return;

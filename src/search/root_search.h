@@ -5,8 +5,8 @@
 //         root.Think();           // on the thread: deepens, reports, prints the best move
 //     }
 //
-// The tree below is the work of the thread's `CSearch`, which asks and tells this object what its
-// interface `ISearchMaster` names. When the search ends is decided by the rules of `CTimeControl`.
+// The tree below is the work of the thread's `CSearch`, which knows this object as its
+// `ISearchMaster`. When the search ends is decided by the rules of `CTimeControl`.
 #pragma once
 
 #include "bases/base.h"

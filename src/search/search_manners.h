@@ -1,6 +1,6 @@
 // What is expected of a search beyond its answer. None of it changes the tree.
 //
-// A record with everything off is the settled way; the program decides who turns it on.
+// A record with everything off is the settled way; the program decides what is turned on.
 #pragma once
 
 namespace brenquil {
@@ -11,8 +11,8 @@ struct SearchManners {
     /// best is always among them.
     bool showsEveryIteration = false;
 
-    /// A move is named wherever there is a legal one, a legal one in any case, after a report with
-    /// a score. A position without moves is not searched.
+    /// Wherever there is a legal move one is named, and never an illegal one, after a report with a
+    /// score. A position without moves is not searched.
     bool alwaysNamesMove = false;
 
     /// `infinite` is answered after a stop alone and `ponder` after a stop or a hit, whatever else

@@ -1,4 +1,5 @@
-// What the search inside the tree asks and tells the object above it, in the thread that has one.
+// What the search in the tree asks the object above it and tells it, in the one thread that has
+// such an object.
 #pragma once
 
 #include "board/types.h"
@@ -15,8 +16,8 @@ public:
     ISearchMaster& operator=(const ISearchMaster&) = delete;
     virtual ~ISearchMaster() = default;
 
-    /// Tests the limits and stops the search when one is reached. Returns how many checks on the
-    /// countdown bring the next look, 1 or more.
+    /// Tests the limits and stops the search when one is reached. Returns after how many checks the
+    /// next look is due, 1 or more.
     [[nodiscard]] virtual std::int64_t LookAtLimits() noexcept = 0;
 
     /// Whether this root move is to be searched.

@@ -1,4 +1,4 @@
-// The threads of a search: one master for the whole program, and workers for the time of one
+// The threads of a search: one master for the whole program, and workers for the length of one
 // search.
 //
 // Every thread runs a complete search of the same position on objects of its own; the threads help
@@ -67,7 +67,7 @@ public:
     CWorkerThread(const SearchContext& context, const CPosition& root);
 
     /// Searches deeper and deeper until the stop flag is set or the last depth is done. There is no
-    /// root logic here: the table can answer at the root, so a worker races up through depths that
+    /// root logic here: the table can answer at the root, so a worker races through depths that
     /// others have done.
     void Run() override;
 
@@ -101,9 +101,9 @@ public:
     [[nodiscard]] std::uint64_t Nodes() const noexcept override;
     void Stop() noexcept override;
 
-    /// Asks the workers that there are to stop, starts no more of them until `Reset`, and returns
-    /// at once. For the reading thread: where threads share a processor, the master would come to
-    /// know of a `stop` only after each worker has had its turn.
+    /// Asks the present workers to stop, lets no more be started until `Reset`, and returns at
+    /// once. For the reading thread: where threads share a processor, the master would learn of a
+    /// `stop` only after each worker has had its turn.
     void RequestStop() noexcept;
 
     /// Takes `RequestStop` back. Called before a search starts.
@@ -153,8 +153,8 @@ public:
 
     void Run() override;
 
-    /// Called now and then by a thread that waits for the end of a search for longer than that
-    /// takes: the search hangs in writing a line that nobody reads. May be null; set before the
+    /// Called now and then by a thread that has waited for the end of a search longer than it can
+    /// take: the search is stuck writing a line that nobody reads. May be null; set before the
     /// first search.
     std::function<void()> onLongWait;
 

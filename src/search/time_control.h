@@ -3,7 +3,7 @@
 // Only the master's search has limits. A worker knows nothing of them and searches until it is told
 // to stop.
 //
-// There are two limits in time. The soft one is tested between iterations, the hard one inside the
+// There are two time limits. The soft one is tested between iterations, the hard one inside the
 // tree, at every 8191st check or so. Times are milliseconds of a clock that wraps at 32 bits.
 #pragma once
 
@@ -22,7 +22,7 @@ public:
     CTimeControl() noexcept;
 
     /// Takes over the limits, starts the clock and shares the time out.
-    /// @param pausesToPonder  the limits in time of `ponder` count from the hit
+    /// @param pausesToPonder  the time limits of `ponder` count from the hit
     void Start(const SearchLimits& limits, Colour sideToMove, bool pausesToPonder = false) noexcept;
 
     [[nodiscard]] const SearchLimits& Limits() const noexcept { return limits_; }
@@ -54,14 +54,14 @@ public:
     /// True once a second at most; a second begins at the start and with each true answer.
     [[nodiscard]] bool IsStatusDue() noexcept;
 
-    /// Milliseconds since the last `Start`: what is decided and what is printed.
+    /// Milliseconds since the last `Start`, for decisions and for reports alike.
     [[nodiscard]] std::uint32_t Ticks() const noexcept;
 
     /// The same by the clock of the program, for the figure of the processor load.
     [[nodiscard]] std::int32_t Clock() const noexcept;
 
-    /// Lets the limits in time count, from now on. Without a pause they count already. Any thread
-    /// may call it.
+    /// Lets the time limits count from now on. Without a pause they do already. Any thread may call
+    /// it.
     void ClearPause() noexcept;
 
 private:

@@ -7,7 +7,7 @@
 
 namespace brenquil {
 
-/// The threads that search beside the master for the time of one search.
+/// The threads that search beside the master for the length of one search.
 class IWorkers {
 public:
     IWorkers() = default;

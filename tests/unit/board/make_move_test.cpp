@@ -485,15 +485,15 @@ TEST(MakeMove, LeavesItsRecordWhenItRefusesAMove) {
     EXPECT_EQ(position.undo[ply].movedPiece, WhiteRook);
 }
 
-/// In check: what is refused at a glance is what `MakeMove` refuses, and leaves what that leaves.
-/// Returns how many moves were.
+/// In check: what is refused at once `MakeMove` refuses as well, and both leave the same record.
+/// Returns how many moves were refused at once.
 int ExpectGlancesAsMakes(const CPosition& position) {
     int ignoring = 0;
     MoveList list;
     CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
     for (const Move move : list) {
         CPosition glanced = position;
-        const bool ignoresCheck = glanced.IgnoresCheck(move);
+        const bool ignoresCheck = glanced.RefuseAtOnce(move);
         EXPECT_EQ(Differences(glanced, position), "") << FenOf(position);
         if (ignoresCheck) {
             ++ignoring;
@@ -520,7 +520,7 @@ TEST(MakeMove, IsForeseenForMovesThatIgnoreACheck) {
     EXPECT_EQ(ExpectGlancesAsMakes(FromFen("4r2k/8/8/8/8/8/R6K/4K3 w - - 0 1")), 0);
     CPosition full = FromFen("4r2k/8/8/8/8/8/R7/4K3 w - - 0 250");
     full.ply = CPosition::UndoCapacity;
-    EXPECT_FALSE(full.IgnoresCheck(Move::Make(A2, A3)));
+    EXPECT_FALSE(full.RefuseAtOnce(Move::Make(A2, A3)));
 }
 
 TEST(MakeMove, AnswersChecksWhateverTheFullMoveNumberIs) {
