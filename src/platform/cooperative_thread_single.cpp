@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <emscripten.h>
 
-/// The host's half stands in web/engine/host.js.
+/// The host's half is in web/engine/host.js.
 extern "C" {
 
 /// Asks for a call of brenquil_run_thread from the event loop.
@@ -30,7 +30,7 @@ struct Work {
     void (*entry)(void*) = nullptr;
     void* argument = nullptr;
     State state = State::None;
-    bool toItsEnd = false;  // somebody waits: no more stepping aside
+    bool toItsEnd = false;  // somebody waits for it: no more stepping aside
     std::uint32_t turnStart = 0;
 };
 

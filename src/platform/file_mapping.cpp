@@ -4,7 +4,7 @@
 
 namespace brenquil {
 
-// Open and Close stand in the file of each system.
+// Open and Close are in the source for each system.
 
 CFileMapping::CFileMapping(CFileMapping&& other) noexcept
     : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}

@@ -44,8 +44,8 @@ bool CFileMapping::Open(const std::string& path) noexcept {
     if (mapped == MAP_FAILED) {
         return false;
     }
-    // Tables are read here and there; the neighbours of a page that was touched are not likely to
-    // be needed.
+    // Tables are read here and there; the pages beside one that was touched are unlikely to be
+    // needed.
     madvise(mapped, size, MADV_RANDOM);
     data_ = static_cast<const std::uint8_t*>(mapped);
     size_ = size;

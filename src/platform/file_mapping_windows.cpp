@@ -13,7 +13,7 @@ HANDLE OpenFileForReading(const std::string& path) noexcept {
                        OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS, nullptr);
 }
 
-/// The size of an open file; nothing for pipes and devices, which have names, too, but no length.
+/// The size of an open file; nothing for pipes and devices, which have names but no length.
 std::optional<std::uint64_t> SizeOfFile(HANDLE file) noexcept {
     LARGE_INTEGER size = {};
     if (GetFileType(file) != FILE_TYPE_DISK || GetFileSizeEx(file, &size) == 0) {
@@ -29,7 +29,8 @@ const std::uint8_t* MapWholeFile(HANDLE file) noexcept {
         return nullptr;
     }
     const void* const view = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
-    // The view holds the mapping and the file by itself. Closing must not hide why there is none.
+    // The view keeps the mapping and the file by itself. Closing must not hide why there is no
+    // view.
     const DWORD error = GetLastError();
     CloseHandle(mapping);
     SetLastError(error);

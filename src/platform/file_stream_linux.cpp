@@ -35,8 +35,8 @@ bool IsRegularFile(int descriptor) noexcept {
 std::FILE* OpenStream(const std::string& name, const char* mode) noexcept {
     assert(*mode == 'r' || *mode == 'w' || *mode == 'a');
     constexpr mode_t ReadableAndWritable = 0666;  // less what the user's mask takes away
-    // Not blocking: neither the opening of a pipe, nor the reading of what the system shows as a
-    // file and fills as things happen (/proc/kmsg). Files know no waiting.
+    // Not blocking, for the opening of pipes and for the reading of what the system shows as a file
+    // and fills as things happen (/proc/kmsg). Regular files never block.
     const int descriptor =
         open(name.c_str(), FlagsOf(mode) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, ReadableAndWritable);
     if (descriptor < 0) {

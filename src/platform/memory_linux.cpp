@@ -90,7 +90,7 @@ std::string GroupPath(const GroupFiles& files) {
 }
 
 /// What the control groups leave us: the least of our group and of all groups around it. Inside a
-/// container the path may name a folder that only the host can see; then just the outer folders
+/// container the path may name a folder that only the host can see; then only the outer folders
 /// answer.
 std::uint64_t AvailableToGroup(const GroupFiles& files) {
     std::uint64_t available = Unlimited;
@@ -148,7 +148,7 @@ void* ReservePages(std::size_t bytes) noexcept {
     if (tail != 0) {
         munmap(data + mappedBytes, tail);
     }
-    // A wish: where the system has no huge pages the block works as well.
+    // A wish only: without huge pages the block works just as well.
     madvise(data, mappedBytes, MADV_HUGEPAGE);
     return data;
 }

@@ -14,7 +14,7 @@ constexpr std::size_t Alignment = 64;
 
 }  // namespace
 
-/// The browser tells nobody how much it would give. What it refuses, malloc refuses.
+/// The browser tells nobody how much it would grant. What it refuses, malloc refuses.
 std::size_t AvailableMemory() noexcept {
     return emscripten_get_heap_max();
 }

@@ -11,8 +11,8 @@ namespace {
 
 #if defined(__aarch64__) && defined(__linux__)
 
-/// The maker's letter in the identification register, which the system answers for where it says
-/// so.
+/// The maker's letter in the identification register, readable where the system says that it
+/// emulates the access.
 unsigned Implementer() noexcept {
     if ((getauxval(AT_HWCAP) & HWCAP_CPUID) == 0) {
         return 0;

@@ -12,7 +12,7 @@ namespace {
 /// CON, AUX.txt and their like are devices in every directory; their full names say so.
 bool IsDevice(const std::wstring& name) noexcept {
     std::array<wchar_t, 16> fullName{};
-    // The full name of a device is short. Of a longer one only the length comes back.
+    // The full name of a device is short. For a longer one only the length comes back.
     const DWORD length = GetFullPathNameW(name.c_str(), fullName.size(), fullName.data(), nullptr);
     return length < fullName.size() && std::wstring_view(fullName.data()).starts_with(L"\\\\.\\");
 }

@@ -14,7 +14,7 @@ bool CThreadHandle::Start(void (*entry)(void*), void* argument) noexcept {
     Join();
     try {
         // noexcept: an exception of the entry function ends the program where it is thrown, with
-        // its stack.
+        // the stack intact.
         thread_ = std::thread([entry, argument]() noexcept { entry(argument); });
     } catch (const std::exception&) {
         return false;

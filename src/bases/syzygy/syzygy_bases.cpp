@@ -79,7 +79,7 @@ bool CSyzygyBasesDTZ::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPositi
     copy.CopyFrom(position);
     PvLine line;
     Move next = move;
-    // As above. What the tables answer can be played.
+    // The given move may be impossible on the copy, as above; what the tables answer is not.
     while (line.count < PvLine::Capacity && CMoveGenerator(copy).IsPseudoLegal(next) &&
            copy.MakeMove(next) && ProbeRoot(next, copy)) {
         line.Append(next);

@@ -12,8 +12,8 @@ namespace brenquil {
 
 namespace {
 
-/// The counter of a position that `TbPosition` takes over at most. It has a byte, and the moves of
-/// a probe add to it; beyond 100 its value makes no difference.
+/// The largest fifty-move counter that `TbPosition` takes over. It has one byte for it, and the
+/// moves of a probe add to it; beyond 100 its value makes no difference.
 constexpr std::int32_t MostRule50 = 200;
 
 [[nodiscard]] TbPosition FromPosition(const CPosition& position, std::int32_t rule50) noexcept {

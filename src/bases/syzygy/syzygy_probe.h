@@ -1,5 +1,5 @@
-// The two questions to the Syzygy tables for a position of the engine: its class, and its best
-// move.
+// The two questions that the engine asks the Syzygy tables about a position: its class, and its
+// best move.
 //
 // Neither castling rights nor the en passant square are handed over: the tables are asked as if
 // there were none, in the search and at the root. That is deliberate; en passant is seen only when

@@ -96,7 +96,7 @@ bool CSyzygyTables::LoadWdl(const TbPosition& position, std::uint64_t key, CTbHa
         return true;
     }
     if (slot.key != key) {
-        return false;  // another thread has tried it while this one waited
+        return false;  // another thread failed to load it while this one waited
     }
     const std::string name = MaterialName(position, entry.shape.key != key);
     if (!paths_.TbMapFile(name, TbWdlSuffix, entry.file)) {

@@ -5,8 +5,8 @@
 //     const TbEntry* entry = tables.TbFindWdl(position, key);
 //
 // Setting a path only looks which files exist. A win/draw/loss table is mapped and checked by the
-// first probe that needs it and stays so until the next path; a distance table likewise, in a cache
-// of the last 64.
+// first probe that needs it and stays mapped until the next path; a distance table likewise, in a
+// cache of the last 64.
 //
 // Threads: `TbFindWdl` may be called by any number of threads at once. The first reading of a table
 // happens under a mutex; afterwards no lock is taken. Everything else, the distance tables
@@ -51,10 +51,10 @@ public:
     /// @return true: a path without tables is not a failure
     bool SyzygyInit(const std::string& path);
 
-    /// Can there be a table for this many men. One comparison, for every node of a search.
+    /// Can there be a table for this many men. One comparison, as every node of a search asks.
     [[nodiscard]] bool Covers(int men) const noexcept { return men <= usableMen_; }
 
-    /// Does a path other than the unset one hold.
+    /// Is a path set.
     [[nodiscard]] bool SyzygyLoaded() const noexcept { return loaded_; }
 
     /// The most men of a table that was found.

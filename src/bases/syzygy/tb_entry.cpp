@@ -15,8 +15,7 @@ constexpr std::uint8_t HasFilesFlag = 2;
 constexpr std::uint64_t HeaderStart = 5;
 constexpr std::uint64_t DataAlignment = 64;
 
-/// Walks through a file from its magic to its data. The first thing that is not as it must be ends
-/// the walk.
+/// Walks through a file from its magic to its data. The first thing out of order ends the walk.
 class CTableParser {
 public:
     CTableParser(TbBytes file, const TbShape& shape) noexcept : file_(file), shape_(shape) {}
@@ -179,8 +178,8 @@ private:
     return parser.PlaceStreams();
 }
 
-/// A table of equal sides with pawns is always read from White's side, so one that says to store
-/// the other side could never be answered from, and a search for the answer would never end.
+/// A table of equal sides with pawns is always read from White's side, so one that claims to store
+/// the other side could never answer, and the search for an answer would never end.
 [[nodiscard]] bool IsStoredSideRight(const TbShape& shape, std::uint8_t flags) noexcept {
     return !(shape.symmetric && shape.hasPawns && (flags & DtzEntry::SideFlag) != 0);
 }

@@ -1,9 +1,9 @@
-// The records of the tables that are known, and how a file becomes one.
+// The records of the known tables, and how a file becomes one.
 //
 // A table has up to four file groups (one without pawns) of up to two stored sides to move. A WDL
 // file stores both sides or, where they are the same, the first; a DTZ file stores one side for
 // each group and says which. Everything that a look-up relies on is checked against the file's
-// length while it is read. A file that fails the checks counts as one with a wrong magic does.
+// length while it is read. A file that fails the checks is treated like one with a wrong magic.
 #pragma once
 
 #include "bases/syzygy/block_stream.h"
@@ -26,7 +26,7 @@ struct TbSide {
     std::unique_ptr<BlockStream> stream;
 };
 
-/// A win/draw/loss table, from the moment that its file was found.
+/// A win/draw/loss table, from the moment when its file was found.
 struct TbEntry {
     TbShape shape;
     CFileMapping file;
@@ -36,7 +36,7 @@ struct TbEntry {
     std::array<std::array<TbSide, 2>, TbFileGroups> groups;  ///< [file group][side to move]
 };
 
-/// A distance table, from its reading to its falling out of the cache.
+/// A distance table, from its reading until it falls out of the cache.
 struct DtzEntry {
     static constexpr std::uint8_t SideFlag = 1;       ///< the side to move that is stored
     static constexpr std::uint8_t MapFlag = 2;        ///< values are places in a list
@@ -60,7 +60,7 @@ struct DtzEntry {
 /// stream, and the entry is as empty as before its mapping.
 [[nodiscard]] bool ReadWdlTable(TbEntry& entry);
 
-/// The same for a DTZ table, which is of no use after a failure.
+/// The same for a DTZ table, which cannot be used after a failure.
 [[nodiscard]] bool ReadDtzTable(DtzEntry& entry);
 
 /// Forgets what was read and ends the mapping.

@@ -1,4 +1,5 @@
-// The directories in which Syzygy tables are looked for, and finding and mapping a file in them.
+// The directories in which Syzygy tables are looked for, and how a file in them is found and
+// mapped.
 //
 // The list comes as one text with ";" between its pieces, on every platform. Directories are not
 // tested and no trailing separator is looked for; the first one in which a file opens wins.

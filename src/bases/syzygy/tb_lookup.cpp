@@ -17,11 +17,11 @@ constexpr std::array<std::uint8_t, 5> WdlMapIndex = {1, 3, 0, 2, 0};
 constexpr std::array<std::uint8_t, 5> PawnMapFlags = {DtzEntry::LossPliesFlag, 0, 0, 0,
                                                       DtzEntry::WinPliesFlag};
 
-/// How the men of a position stand for the men of a table.
+/// How the men of a position map to those of a table.
 struct Frame {
     unsigned side;        ///< 0: the first side of the table is to move
     unsigned colourFlip;  ///< `TbBlackBit` when Black stands for the first side
-    Square squareFlip;    ///< the board is turned upside down with it (pawns)
+    Square squareFlip;    ///< turns the board upside down with it (pawns)
 };
 
 [[nodiscard]] Frame FrameOf(const TbShape& shape, const TbPosition& position,
@@ -74,7 +74,7 @@ struct Frame {
 }
 
 /// Reads the value of a position whose leading pawns, if any, are listed. False if the side is not
-/// stored or the position is none of the table's.
+/// stored or the position is not one of the table's.
 [[nodiscard]] bool ReadValue(const TbShape& shape, const TbSide& side, const TbPosition& position,
                              const Frame& frame, TbSquares& squares, int& value) noexcept {
     const std::size_t listed = shape.hasPawns ? shape.pawnCount[0] : 0;
@@ -132,7 +132,7 @@ TbSuccess LookUpDtz(const DtzEntry& entry, const TbPosition& position, int wdl,
     if (group.side.stream == nullptr) {
         return TbSuccess::Failed;
     }
-    // A table of equal sides without pawns is read from White's side, whatever it says.
+    // A table of equal sides without pawns is read from White's side, whatever its flag says.
     const bool holdsSide = (group.flags & DtzEntry::SideFlag) == frame.side;
     if (!holdsSide && !(shape.symmetric && !shape.hasPawns)) {
         return TbSuccess::OtherSide;

@@ -1,5 +1,5 @@
-// Reading one value out of a table that is at hand: which men stand where, seen as the table sees
-// them, and what is stored for that.
+// Reads one value from a table that is loaded: which men stand where, as the table sees them, and
+// what is stored for that.
 //
 // A table knows its men as those of White and Black in the order of its name. A position with the
 // sides exchanged is read mirrored: colours, side to move and, with pawns, the board.

@@ -119,7 +119,7 @@ constexpr std::array<int, 5> WdlDtzValues = {-1, -101, 0, 101, 1};
     return false;
 }
 
-/// The distance of a win by a search of one ply, for a table that stores the other side.
+/// The distance of a win by a search of one ply, where the table stores the other side.
 [[nodiscard]] int WinByOnePly(CSyzygyTables& tables, const TbPosition& position,
                               TbSuccess& success) {
     int best = TbBestNone;

@@ -20,7 +20,7 @@
 
 namespace brenquil {
 
-/// What the root probe gives a move that is not legal.
+/// The value of an illegal move in the root probe.
 inline constexpr int TbScoreIllegal = 32767;
 /// No winning move is known yet, in the one-ply search.
 inline constexpr int TbBestNone = 65535;
