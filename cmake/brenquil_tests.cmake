@@ -32,9 +32,9 @@ endfunction()
 # in the folders below it that PARTS names, as brenquil_room does. The macro BRENQUIL_TEST_FOLDER is the path of
 # tests/unit/<folder>, for files that lie beside the tests.
 #
-# A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised
-# and shares one precompiled header with all others. The sources beside it, where tests have their logic, are optimised
-# like the engine.
+# A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised,
+# shares one precompiled header with all others, and is joined with some of its room. The sources beside it, where tests
+# have their logic, are optimised like the engine.
 #
 # The cases of a program share a process, and the names of their suites divide them among the tests of ctest:
 #
@@ -75,6 +75,7 @@ function(brenquil_unit_tests folder)
     target_compile_definitions(${program} PRIVATE BRENQUIL_TEST_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
     target_compile_options(${program} PRIVATE -O0)
     target_precompile_headers(${program} REUSE_FROM brenquil_test_headers)
+    set_target_properties(${program} PROPERTIES UNITY_BUILD ON)
     if(helpers)
         add_library(${program}_helpers OBJECT ${helpers})
         target_link_libraries(${program}_helpers PRIVATE brenquil_${room} GTest::gtest)
