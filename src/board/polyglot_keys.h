@@ -218,6 +218,19 @@ inline constexpr std::array<std::uint64_t, 781> PolyglotKeys = {
 inline constexpr std::size_t CastlingKeyOffset = 768;
 inline constexpr std::size_t EnPassantKeyOffset = 772;
 
+/// The numbers of a set of castling rights, XORed; by the four bits of the set.
+inline constexpr std::array<std::uint64_t, 16> CastlingKeys = [] {
+    std::array<std::uint64_t, 16> keys{};
+    for (std::size_t rights = 0; rights < keys.size(); ++rights) {
+        for (std::size_t index = 0; index < CastlingRightsCount; ++index) {
+            if ((rights >> index & 1U) != 0) {
+                keys[rights] ^= PolyglotKeys[CastlingKeyOffset + index];
+            }
+        }
+    }
+    return keys;
+}();
+
 /// The last number of the table, wanted as a constant by the null move.
 inline constexpr std::uint64_t SideKey = 0xF8D626AAAF278509;
 

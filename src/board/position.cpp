@@ -11,19 +11,6 @@ namespace {
 
 constexpr std::uint8_t AllRights = 15;
 
-/// The numbers of a set of castling rights, XORed; by the four bits of the set.
-constexpr std::array<std::uint64_t, 16> CastlingKeys = [] {
-    std::array<std::uint64_t, 16> keys{};
-    for (std::size_t rights = 0; rights < keys.size(); ++rights) {
-        for (std::size_t index = 0; index < CastlingRightsCount; ++index) {
-            if ((rights >> index & 1U) != 0) {
-                keys[rights] ^= PolyglotKeys[CastlingKeyOffset + index];
-            }
-        }
-    }
-    return keys;
-}();
-
 /// Where the pawn of `victim` stands that an en passant capture on `target` takes.
 constexpr Square EnPassantVictimSquare(Square target, Colour victim) noexcept {
     return target + Forward(victim);

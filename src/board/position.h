@@ -143,16 +143,22 @@ public:
     /// Sets right `index` with the outermost rook on its side of the king, if there is one.
     void AddCastlingByLetter(CastlingIndex index, char letter) noexcept;
 
-    /// The key that the move will lead to, as long as it changes no castling right and is of the
-    /// normal kind, and neither position has an en passant square. For looking ahead where a wrong
-    /// guess does no harm: it costs next to nothing.
+    /// The key that a move of the normal kind will lead to, as long as it makes no en passant
+    /// capture possible. For looking ahead where a wrong guess does no harm: it costs next to
+    /// nothing.
     [[nodiscard]] std::uint64_t LikelyKeyAfter(Move move) const noexcept {
-        const Piece moved = board[move.From()];
-        const Piece captured = board[move.To()];
+        const Square from = move.From();
+        const Square to = move.To();
+        const Piece moved = board[from];
+        const Piece captured = board[to];
+        const unsigned lostRights = castlingRights & ~(rightsMask[from] & rightsMask[to]);
         std::uint64_t likely =
-            key ^ SideKey ^ PieceKey(moved, move.From()) ^ PieceKey(moved, move.To());
+            key ^ SideKey ^ PieceKey(moved, from) ^ PieceKey(moved, to) ^ CastlingKeys[lostRights];
         if (captured != PieceNone) {
-            likely ^= PieceKey(captured, move.To());
+            likely ^= PieceKey(captured, to);
+        }
+        if (enPassant != SquareNone) [[unlikely]] {
+            likely ^= EnPassantKey(enPassant);
         }
         return likely;
     }

@@ -11,6 +11,7 @@
 #include "platform/bits.h"
 #include "search/history.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <utility>
@@ -20,6 +21,15 @@ namespace brenquil {
 /// The keys are the signed upper halves: setting the lower half makes "higher" strict.
 [[nodiscard]] constexpr bool HasHigherKey(Move move, Move than) noexcept {
     return static_cast<std::int32_t>(move.word) > static_cast<std::int32_t>(than.word | 0xFFFFU);
+}
+
+/// A step of a selection: returns the move with the higher key and leaves the other at `place`. No
+/// branch, as none could be foretold.
+[[nodiscard]] inline Move ExchangeIfHigher(Move& place, Move best) noexcept {
+    const Move other = place;
+    const bool isHigher = HasHigherKey(other, best);
+    place.word = isHigher ? best.word : other.word;
+    return Move{isHigher ? other.word : best.word};
 }
 
 /// Where a node goes on when it is asked for its next move; the order of the enumerators is the
@@ -41,21 +51,23 @@ enum class PickStage : std::uint32_t {
     assert(index >= 0 && index < list.count);
     Move best = list[index];
     for (std::int32_t later = index + 1; later < list.count; ++later) {
-        if (HasHigherKey(list[later], best)) {
-            std::swap(list[later], best);
-        }
+        best = ExchangeIfHigher(list[later], best);
     }
     list[index] = best;
     return best;
 }
 
-/// Quiet moves with their keys, handed out in the order of `TakeBest`, each selected one move
-/// before it is asked for.
+/// Quiet moves with their keys, handed out in the order of `TakeBest` and known a few moves ahead.
 ///
 /// Most quiet moves were never successful and share the lowest key of all, and so no exchange ever
 /// takes one of them forward. A mask says where the others are, and a take visits only those.
 class CQuietList {
 public:
+    /// How many of the next moves are known, so that what the table holds for a move is fetched
+    /// while those before it are searched, many of them only for a moment. With 1 a search takes
+    /// about 2 % longer, with 2 about 1 %.
+    static constexpr std::int32_t KnownAhead = 4;
+
     MoveList list;
 
     /// Empties the list.
@@ -75,23 +87,27 @@ public:
 
     [[nodiscard]] bool IsAtEnd() const noexcept { return next_ >= list.count; }
 
-    /// Selects the first move, when all have been added and before the first `Peek` or `Take`.
+    /// Selects the first moves, when all have been added and before the first `Peek` or `Take`.
     void Begin() noexcept {
-        if (list.count != 0) {
-            Select(0);
+        for (std::int32_t index = 0; index < std::min(KnownAhead, list.count); ++index) {
+            Select(index);
         }
     }
 
-    /// The move that the next `Take` will return; `NoMove` at the end.
-    [[nodiscard]] Move Peek() const noexcept { return IsAtEnd() ? NoMove : list[next_]; }
+    /// The move that `Take` will return after it has been called `ahead` times more, which is less
+    /// than `KnownAhead`; `NoMove` beyond the end.
+    [[nodiscard]] Move Peek(std::int32_t ahead) const noexcept {
+        assert(ahead >= 0 && ahead < KnownAhead);
+        return next_ + ahead < list.count ? list[next_ + ahead] : NoMove;
+    }
 
-    /// Not at the end. Selects the move after this one at once: it depends on nothing that a search
-    /// of this one changes, and can be prepared for meanwhile.
+    /// Not at the end. Selects a later move in exchange: it depends on nothing that a search of
+    /// this one changes, and can be prepared for meanwhile.
     [[nodiscard]] Move Take() noexcept {
         assert(!IsAtEnd());
         const Move taken = list[next_++];
-        if (!IsAtEnd()) {
-            Select(next_);
+        if (const std::int32_t last = next_ + KnownAhead - 1; last < list.count) {
+            Select(last);
         }
         return taken;
     }
@@ -114,10 +130,7 @@ private:
             std::swap(list[PopLowestBit(later)], best);
         }
         while (later != 0) {
-            Move& other = list[PopLowestBit(later)];
-            if (HasHigherKey(other, best)) {
-                std::swap(other, best);
-            }
+            best = ExchangeIfHigher(list[PopLowestBit(later)], best);
         }
         list[index] = best;
     }

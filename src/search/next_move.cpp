@@ -59,8 +59,10 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
     case PickStage::GenerateQuiets:
         GenerateQuiets(picker.quietList, position_, history_);
         picker.quietList.Begin();
-        if (!picker.quietList.IsAtEnd()) {
-            PrefetchAfter(picker.quietList.Peek());
+        if (!position_.inCheck) {
+            for (std::int32_t ahead = 0; ahead < CQuietList::KnownAhead; ++ahead) {
+                PrefetchAfter(picker.quietList.Peek(ahead));
+            }
         }
         picker.stage = PickStage::Quiets;
         [[fallthrough]];
@@ -74,9 +76,8 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
                     continue;
                 }
                 PrefetchAfter(move);
-            } else if (!picker.quietList.IsAtEnd()) {
-                // The entry of the move after this one has the whole search of this one to arrive.
-                PrefetchAfter(picker.quietList.Peek());
+            } else {
+                PrefetchAfter(picker.quietList.Peek(CQuietList::KnownAhead - 1));
             }
             if (!SameMove(move, picker.hashMove) && !SameMove(move, picker.killerMove1) &&
                 !SameMove(move, picker.killerMove2)) {

@@ -170,8 +170,12 @@ private:
     [[nodiscard]] bool IsQuiet(Move move) const noexcept;
 
     // next_move.cpp
-    /// Fetches the table's entry of the position after a move that will be made soon.
-    void PrefetchAfter(Move move) const noexcept { hash_.Prefetch(position_.LikelyKeyAfter(move)); }
+    /// Fetches the table's entry of the position after a move that will be made soon, if it is one.
+    void PrefetchAfter(Move move) const noexcept {
+        if (!move.IsNone()) {
+            hash_.Prefetch(position_.LikelyKeyAfter(move));
+        }
+    }
 
     [[nodiscard]] bool IsKillerUsable(Move killer, const CMovePicker& picker) const noexcept;
 

@@ -116,13 +116,18 @@ TEST(QuietList, TakesWhatSelectionByExchangesTakes) {
             list.push_back(move);
         }
         quiets.Begin();
-        for (const Move expected : SelectAll(list)) {
+        const std::vector<Move> expected = SelectAll(list);
+        for (std::size_t taken = 0; taken < expected.size(); ++taken) {
             ASSERT_FALSE(quiets.IsAtEnd());
-            ASSERT_EQ(quiets.Peek().word, expected.word);
-            ASSERT_EQ(quiets.Take().word, expected.word);
+            for (std::int32_t ahead = 0; ahead < CQuietList::KnownAhead; ++ahead) {
+                const std::size_t place = taken + static_cast<std::size_t>(ahead);
+                const Move known = place < expected.size() ? expected[place] : NoMove;
+                ASSERT_EQ(quiets.Peek(ahead).word, known.word);
+            }
+            ASSERT_EQ(quiets.Take().word, expected[taken].word);
         }
         ASSERT_TRUE(quiets.IsAtEnd());
-        ASSERT_TRUE(quiets.Peek().IsNone());
+        ASSERT_TRUE(quiets.Peek(0).IsNone());
     }
 }
 
