@@ -76,7 +76,9 @@ Score CEvaluation::PositionalScore(std::int32_t phase) noexcept {
     if (pawnCache_.Slot(position_.pawnKingKey).key != position_.pawnKingKey) {
         pawnHash_.Prefetch(position_.pawnKingKey);  // arrives while the pieces are looked at
     }
-    const TermPair terms = PieceTerms(position_) + PawnTerms();
+    // Two statements, as a compiler may take the operands of one in either order.
+    const TermPair pieceTerms = PieceTerms(position_);
+    const TermPair terms = pieceTerms + PawnTerms();
     const Score score = Interpolate(terms.Middlegame(), terms.Endgame(), phase);
     positionalCache_.Store(key, score);
     return score;

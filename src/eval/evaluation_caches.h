@@ -27,7 +27,7 @@ public:
     [[nodiscard]] Entry& Slot(std::uint64_t key) noexcept { return entries_[key % Entries]; }
 
 private:
-    static constexpr std::size_t Entries = 1024;
+    static constexpr std::size_t Entries = 4096;
 
     std::array<Entry, Entries> entries_{};
 };
