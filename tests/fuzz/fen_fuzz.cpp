@@ -37,36 +37,63 @@ namespace {
 
 constexpr std::size_t LongestWalk = 12;
 
+[[noreturn]] void Fail(const std::string& what, const CPosition& position) {
+    std::fprintf(stderr, "fen: %s in %s\n", what.c_str(), FenOf(position).c_str());
+    std::abort();
+}
+
 void Demand(bool holds, const char* what, const CPosition& position) {
     if (!holds) {
-        std::fprintf(stderr, "fen: %s in %s\n", what, FenOf(position).c_str());
-        std::abort();
+        Fail(what, position);
     }
 }
 
 /// As above, of a list of faults that has to be empty.
 void DemandNone(const std::string& faults, const char* what, const CPosition& position) {
-    Demand(faults.empty(), (what + (": " + faults)).c_str(), position);
+    if (!faults.empty()) {
+        Fail(what + (": " + faults), position);
+    }
+}
+
+/// `FenOf` without its copy of the position, which is long: each input asks for many.
+std::string TextOf(CPosition& position) {
+    return CPositionText(position).GetFen();
 }
 
 /// What scores a position, with a table of pawn structures and without.
-struct Scorer {
-    static constexpr std::size_t PawnEntries = 1024;
+class CScorer {
+public:
+    CScorer() { Demand(pawnHash_.Resize(PawnEntries), "a pawn hash", CPosition()); }
 
-    CEvaluationOptions options;
-    CPawnHash noPawnHash;
-    CPawnHash pawnHash;
-    CKpkBitbase bitbase;
-
-    Scorer() { Demand(pawnHash.Resize(PawnEntries), "a pawn hash", CPosition()); }
+    /// Empties the table: no input finds what another has left there.
+    void Forget() {
+        for (std::size_t index = 0; index < PawnEntries; ++index) {
+            PawnEntry& entry = pawnHash_.Slot(index);
+            entry.key = 0;
+            for (const Colour colour : {Black, White}) {
+                entry.middlegame[colour] = 0;
+                entry.endgame[colour] = 0;
+                entry.shelterDanger[colour] = 0;
+            }
+        }
+    }
 
     [[nodiscard]] Score Of(const CPosition& position) {
-        return CEvaluation(position, options, noPawnHash, bitbase).Evaluate(-MateScore, MateScore);
+        return CEvaluation(position, options_, noPawnHash_, bitbase_)
+            .Evaluate(-MateScore, MateScore);
     }
 
     [[nodiscard]] Score WithTable(const CPosition& position) {
-        return CEvaluation(position, options, pawnHash, bitbase).Evaluate(-MateScore, MateScore);
+        return CEvaluation(position, options_, pawnHash_, bitbase_).Evaluate(-MateScore, MateScore);
     }
+
+private:
+    static constexpr std::size_t PawnEntries = 16;
+
+    CEvaluationOptions options_;
+    CPawnHash noPawnHash_;
+    CPawnHash pawnHash_;
+    CKpkBitbase bitbase_;
 };
 
 /// The endings of few men know one colour of corners and, of equal sides, one that is the strong.
@@ -86,16 +113,15 @@ bool NamesSpareRooks(std::string_view text, const CPosition& position) {
     return fields.size() > 2 && fields[2].size() > rights;
 }
 
-void CheckText(std::string_view text, const CPosition& position) {
-    const std::string fen = FenOf(position);
-    const auto again = std::make_unique<CPosition>();
-    CPositionText(*again).SetFen(fen);
-    Demand(FenOf(*again) == fen, "another FEN comes back", position);
+void CheckText(std::string_view text, CPosition& position, CPosition& again) {
+    const std::string fen = TextOf(position);
+    CPositionText(again).SetFen(fen);
+    Demand(TextOf(again) == fen, "another FEN comes back", position);
     // Of a move number that nothing can count up to, the last half-move is not kept.
     if (position.ply > CPosition::UndoCapacity) {
-        again->ply = position.ply;
+        again.ply = position.ply;
     }
-    const std::string differences = Differences(*again, position);
+    const std::string differences = Differences(again, position);
     Demand(differences.empty() || (differences == "rightsMask " && NamesSpareRooks(text, position)),
            "another position comes back", position);
     (void)CPositionText::FlipFen(text);
@@ -159,59 +185,67 @@ void CheckMove(CPosition& position, Move move, std::uint64_t foreignKey) {
     DemandNone(Differences(PositionFields(position), before), "a move taken back", position);
 }
 
-void CheckScore(Scorer& scorer, const CPosition& position) {
+void CheckScore(CScorer& scorer, CPosition& position, CPosition& mirrored) {
     const Score score = scorer.Of(position);
+    // The first fills the entry, the second finds it.
+    Demand(scorer.WithTable(position) == score, "score into the pawn hash", position);
     Demand(scorer.WithTable(position) == score, "score by the pawn hash", position);
     if (!IsScoredLikeItsMirrorImage(position)) {
         return;
     }
-    const auto mirrored = std::make_unique<CPosition>();
-    CPositionText(*mirrored).SetFen(CPositionText::FlipFen(FenOf(position)));
-    Demand(scorer.Of(*mirrored) == score, "mirrored score", position);
+    CPositionText(mirrored).SetFen(CPositionText::FlipFen(TextOf(position)));
+    Demand(scorer.Of(mirrored) == score, "mirrored score", position);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const auto scorer = std::make_unique<Scorer>();
-    static const auto position = std::make_unique<CPosition>();
+    // Too large to be made for each input, which begins with all of it as it was at first. Each in
+    // memory of its own, so that AddressSanitizer sees any step outside it.
+    static const auto first = std::make_unique<const CPosition>();
+    static CPosition& position = *std::make_unique<CPosition>().release();
+    static CPosition& other = *std::make_unique<CPosition>().release();
+    static CScorer& scorer = *std::make_unique<CScorer>().release();
+    position = *first;
+    other = *first;
+    scorer.Forget();
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     const std::string_view text = input.substr(0, input.find('\n'));
     const std::string_view choices = input.substr(std::min(text.size() + 1, input.size()));
 
-    CPositionText(*position).SetFen(text);
-    DemandNone(DerivedFaults(*position), "fields", *position);
-    CheckText(text, *position);
-    CheckScore(*scorer, *position);
+    CPositionText(position).SetFen(text);
+    DemandNone(DerivedFaults(position), "fields", position);
+    CheckText(text, position, other);
+    CheckScore(scorer, position, other);
 
-    if (NamesSpareRooks(text, *position)) {
-        CPositionText(*position).SetFen(FenOf(*position));  // the slow rules know no such rooks
+    if (NamesSpareRooks(text, position)) {
+        CPositionText(position).SetFen(TextOf(position));  // the slow rules know no such rooks
     }
-    SlowPosition slow(*position);
+    SlowPosition slow(position);
     std::uint64_t foreignKey = 0;
     std::vector<Move> made;
     for (const char choice : choices.substr(0, LongestWalk)) {
-        CheckGenerator(*position, slow);
+        CheckGenerator(position, slow);
         MoveList list;
-        CMoveGenerator(*position).GenerateMoves(list, MoveKinds::All);
+        CMoveGenerator(position).GenerateMoves(list, MoveKinds::All);
         if (list.count == 0) {
             break;
         }
         const Move move = list[static_cast<unsigned char>(choice) % list.count];
-        CheckMove(*position, move, foreignKey);
+        CheckMove(position, move, foreignKey);
         SlowPosition next = slow;
-        if (Play(*position, next, move, foreignKey)) {
+        if (Play(position, next, move, foreignKey)) {
             slow = next;
             made.push_back(move);
         }
     }
     // A captured king leaves its number in the key of the pawn hash, which is then another's.
     if (foreignKey == 0) {
-        CheckScore(*scorer, *position);
+        CheckScore(scorer, position, other);
     }
     for (; !made.empty(); made.pop_back()) {
-        position->UndoMove(made.back());
+        position.UndoMove(made.back());
     }
-    CheckText(text, *position);
+    CheckText(text, position, other);
     return 0;
 }

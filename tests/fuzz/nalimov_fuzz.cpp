@@ -2,7 +2,8 @@
 //
 // The parts that only say "this is such a file" (banner, fixed numbers, checksum) are put right
 // before the header is read, because a fuzzer would otherwise never get past them; every fourth
-// input is read as it is. Good files to start from come from the writer of the unit tests.
+// input is read as it is. The fuzzer begins with the small files in corpus/nalimov, which it has
+// found by itself.
 
 #include "bases/nalimov/data_comp.h"
 

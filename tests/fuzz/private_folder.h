@@ -9,13 +9,16 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <unistd.h>
 
 namespace brenquil {
 
@@ -34,10 +37,16 @@ inline bool EnterPrivateFolder() {
            }) == 0;
 }
 
-/// Writes a file of the working folder, byte for byte.
+/// Writes a file of the working folder, byte for byte, by the shortest way that the system has:
+/// some programs do it for each input.
 inline void WriteWhole(const std::string& name, std::string_view bytes) {
-    std::ofstream(name, std::ios::binary)
-        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    const bool isWritten =
+        file >= 0 && ::write(file, bytes.data(), bytes.size()) == std::ssize(bytes);
+    if (file < 0 || ::close(file) != 0 || !isWritten) {
+        std::perror(name.c_str());
+        std::abort();
+    }
 }
 
 /// The bytes of an input as text.

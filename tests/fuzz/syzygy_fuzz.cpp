@@ -4,8 +4,8 @@
 //
 // The low half of an input's first byte chooses a material and the kind of table, the high half the
 // positions that are looked up; the rest is the file. It lies in memory of its exact size, so that
-// AddressSanitizer sees any step outside it. One input in 512 is also written to a file and goes
-// through mapping, first use and root probe, which must come to an end.
+// AddressSanitizer sees any step outside it. One input in 256, chosen by its own bytes, is also
+// written to a file and goes through mapping, first use and root probe, which must come to an end.
 //
 // A damaged file may have blocks of 65536 values, and a look-up walks through one. This is where
 // the time of an input goes, so there are only two look-ups.
@@ -18,16 +18,20 @@
 #include "bases/syzygy/tb_entry.h"
 #include "bases/syzygy/tb_lookup.h"
 #include "bases/syzygy/tb_probe.h"
+#include "private_folder.h"
 #include "syzygy_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -95,8 +99,13 @@ void LookUp(const DtzEntry& entry, const TbPosition& position, unsigned choice) 
 template <class Entry, class Reader>
 void ReadAndLookUp(const support::Bytes& bytes, std::size_t material, unsigned choice,
                    Reader reader) {
+    static const auto shapes = [] {
+        std::array<TbShape, Names.size()> made;
+        std::transform(Names.begin(), Names.end(), made.begin(), ShapeOfName);
+        return made;
+    }();
     Entry entry;
-    entry.shape = ShapeOfName(Names[material]);
+    entry.shape = shapes[material];
     entry.data = bytes;
     if (reader(entry)) {
         const std::vector<TbPosition>& positions = PositionsOf(material);
@@ -107,27 +116,19 @@ void ReadAndLookUp(const support::Bytes& bytes, std::size_t material, unsigned c
 
 /// The way through files. The table's partner is a flat one.
 void ProbeThroughFiles(std::size_t material, bool isWdl, const support::Bytes& bytes) {
-    static const std::filesystem::path folder = [] {
-        const auto base = std::filesystem::is_directory("/dev/shm")
-                            ? std::filesystem::path("/dev/shm")
-                            : std::filesystem::temp_directory_path();
-        std::random_device random;
-        const auto made = base / ("brenquil_syzygy_fuzz_" + std::to_string(random()));
-        std::filesystem::create_directories(made);
-        std::atexit([] { std::filesystem::remove_all(folder); });
-        return made;
-    }();
+    static const bool isReady = EnterPrivateFolder();
+    if (!isReady) {
+        return;
+    }
     static test::CRecordingHost host;
     static CSyzygyTables tables(host);
     host.bareLines.clear();
     const std::string name = Names[material];
     const support::Bytes wdl = isWdl ? bytes : support::MakeFlatWdlFile(name, 2);
     const support::Bytes dtz = isWdl ? support::MakeFlatDtzFile(name, 0) : bytes;
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    support::WriteBytes(folder / (name + ".rtbw"), wdl);
-    support::WriteBytes(folder / (name + ".rtbz"), dtz);
-    (void)tables.SyzygyInit(folder.string());
+    support::WriteBytes(name + ".rtbw", wdl);
+    support::WriteBytes(name + ".rtbz", dtz);
+    (void)tables.SyzygyInit(".");
     std::size_t probed = 0;
     for (const TbPosition& position : PositionsOf(material)) {
         if (TbIsValid(position) && probed++ < 1) {
@@ -135,6 +136,16 @@ void ProbeThroughFiles(std::size_t material, bool isWdl, const support::Bytes& b
             (void)TbProbeRoot(tables, position, distance);
         }
     }
+    // They may stay mapped until then: what is removed is not changed.
+    std::filesystem::remove(name + ".rtbw");
+    std::filesystem::remove(name + ".rtbz");
+}
+
+/// Whether an input is one of the few. Its size would not do: the fuzzer likes what reaches more,
+/// and most of its mutations keep the size.
+bool IsChosen(std::string_view input) {
+    constexpr std::size_t OneIn = 256;
+    return std::hash<std::string_view>()(input) % OneIn == 0;
 }
 
 void WriteSeed(const std::filesystem::path& folder, const std::string& name, std::size_t first,
@@ -210,7 +221,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         ReadAndLookUp<DtzEntry>(bytes, material, choice, ReadDtzTable);
     }
-    if (size % 512 == 0) {
+    if (IsChosen({reinterpret_cast<const char*>(data), size})) {
         ProbeThroughFiles(material, isWdl, bytes);
     }
     return 0;

@@ -3,6 +3,9 @@
 // Both readers come to an end. What an ini file has set is written and read back unchanged, empty
 // texts and those too long for a line left out; what a batch file queues are commands without line
 // ends, remarks and outer blanks.
+//
+// What comes back depends on the values alone. Most inputs set nothing, or the same as the one
+// before, and the way there and back is long: the same values do not go it again.
 
 #include "../support/recording_host.h"
 #include "book/book_options.h"
@@ -61,7 +64,20 @@ struct Options {
         return values;
     }
 
+    [[nodiscard]] bool Holds(const std::vector<std::string>& values) const {
+        auto value = values.begin();
+        for (const COptionGroup* group : groups) {
+            for (const COption* option : group->iniOptions) {
+                if (value == values.end() || option->value != *value++) {
+                    return false;
+                }
+            }
+        }
+        return value == values.end();
+    }
+
     void Reset() {
+        host.printed.clear();
         auto value = defaults.begin();
         for (const COptionGroup* group : groups) {
             for (COption* option : group->iniOptions) {
@@ -75,8 +91,14 @@ void CheckIni(std::string_view bytes) {
     const std::string name(IniFileName);
     WriteWhole(name, bytes);
     static Options& options = *std::make_unique<Options>().release();
+    static std::vector<std::string> lastBroughtBack;
+    static bool haveDefaultsComeBack = false;
     options.Reset();
     LoadIni(options.groups);
+    const bool areDefaults = options.Holds(options.defaults);
+    if (areDefaults ? haveDefaultsComeBack : options.Holds(lastBroughtBack)) {
+        return;
+    }
     const std::vector<std::string> values = options.Values();
     if (std::any_of(values.begin(), values.end(), [](const std::string& value) {
             return value.empty() || value.size() > LongestValue;
@@ -89,8 +111,13 @@ void CheckIni(std::string_view bytes) {
     WriteIni(options.groups, output);
     options.Reset();
     LoadIni(options.groups);
-    if (options.Values() != values) {
+    if (!options.Holds(values)) {
         std::abort();
+    }
+    if (areDefaults) {
+        haveDefaultsComeBack = true;
+    } else {
+        lastBroughtBack = values;
     }
 }
 
