@@ -42,7 +42,7 @@ endfunction()
 #   <room>.slow      suites that end in Slow; label slow
 #   <room>.serial    suites that end in Serial: nothing runs beside them
 #   <room>.reference suites of the second search: long, and on one thread
-#   <room>.threads   where Thread, Cache, PawnHash or WholePath stands in the name: what ./test tsan wants of each room
+#   <room>.threads   cases that start threads; Thread stands in their names: what ./test tsan wants of each room
 #   <room>.unit      all others
 function(brenquil_unit_tests folder)
     cmake_parse_arguments(PARSE_ARGV 1 argument "" "" "PARTS")
@@ -56,14 +56,18 @@ function(brenquil_unit_tests folder)
         return()
     endif()
     set(program unit_${room})
-    # ThreadSanitizer sees nothing in a room without threads.
-    if(BRENQUIL_SANITIZE STREQUAL "thread" AND NOT room MATCHES "^(search|interface|platform)$")
+    # ThreadSanitizer sees nothing in a room without threads, and must not miss one with them.
+    if(NOT room MATCHES "^(search|interface|platform)$")
         set(threaded)
         foreach(source IN LISTS sources)
-            file(STRINGS "${source}" suites REGEX "Thread|Cache|PawnHash|WholePath" LIMIT_COUNT 1)
-            list(APPEND threaded ${suites})
+            file(STRINGS "${source}" named REGEX "^TEST.*Thread" LIMIT_COUNT 1)
+            file(STRINGS "${source}" starting REGEX "std::(j?thread|async)[^:]" LIMIT_COUNT 1)
+            if(starting AND NOT named)
+                message(FATAL_ERROR "${source}: a case that starts threads has Thread in its name")
+            endif()
+            list(APPEND threaded ${named})
         endforeach()
-        if(NOT threaded)
+        if(BRENQUIL_SANITIZE STREQUAL "thread" AND NOT threaded)
             return()
         endif()
     endif()

@@ -77,6 +77,7 @@ protected:
 };
 
 using NalimovCache = CNalimovCacheTest;
+using NalimovCacheThreads = CNalimovCacheTest;
 
 TEST_F(NalimovCache, OneMegabyteHasOneHundredAndTwentySixBlocks) {
     cache->Resize(1);
@@ -318,7 +319,7 @@ TEST_F(NalimovCache, NewRegistrationForgetsWhatWasCached) {
 }
 
 /// Threads that read everything in random order from a cache that cannot hold it.
-TEST_F(NalimovCache, EightThreadsOnOneMegabyteReadRightValues) {
+TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
     WriteThreeMen();
     const Bytes large = Pattern(Positions("kqkr", 0), 99);
     folder.Write("kqkr.nbw.emd", test::Compressed(large));
@@ -348,7 +349,7 @@ TEST_F(NalimovCache, EightThreadsOnOneMegabyteReadRightValues) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(NalimovCache, ThirtyTwoThreadsDecodeAtOnceWhileFilesFail) {
+TEST_F(NalimovCacheThreads, ThirtyTwoThreadsDecodeAtOnceWhileFilesFail) {
     WriteThreeMen();
     const Bytes large = Pattern(Positions("kqkr", 0), 99);
     folder.Write("kqkr.nbw.emd", test::Compressed(large));
