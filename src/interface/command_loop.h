@@ -1,9 +1,9 @@
 // The one reading loop: takes a line, finds its command word, runs the handler.
 //
 // Lines come from the protocol's queue of pending lines first and from the source of input
-// otherwise. The loop ends with `exit` or `quit`. The end of the input ends it where the dialect
-// says so and nowhere else: without that it spins until the process is killed. Handlers run on the
-// calling thread, one after the other.
+// otherwise. The loop ends with `exit` or `quit`. The end of the input ends it only where the
+// dialect says so; elsewhere it then spins until the process is killed. Handlers run on the calling
+// thread, one after the other.
 #pragma once
 
 #include "interface/engine.h"
@@ -27,11 +27,11 @@ public:
     /// Both outlive the loop.
     CCommandLoop(CEngine& engine, ILineSource& input) : engine_(engine), input_(input) {}
 
-    /// Obeys lines until the program is to end.
+    /// Obeys lines until the session is to end.
     void Run();
 
     /// Takes one line, if there is one, and obeys it.
-    /// @return false when the program is to end
+    /// @return false when the session is to end
     [[nodiscard]] bool Pass();
 
 private:

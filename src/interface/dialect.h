@@ -1,8 +1,8 @@
 // Which way of talking a session has: the settled one, or strict UCI, which match tools, bots and
 // scripts expect.
 //
-// Whatever depends on it asks here, by a question that names what is asked. The search tree is the
-// same in both.
+// Whatever depends on the dialect asks here, by a question that names what it wants to know. The
+// search tree is the same in both.
 #pragma once
 
 #include "search/search_manners.h"
@@ -35,10 +35,11 @@ public:
     /// reported.
     [[nodiscard]] constexpr bool ChecksOptions() const noexcept { return isStrict_; }
 
-    /// Are the options there that the settled list lacks.
+    /// Are there the options that the settled list lacks.
     [[nodiscard]] constexpr bool HasMoreOptions() const noexcept { return isStrict_; }
 
-    /// Is a `go` line read word by word, with `perft`, and with what is not understood reported.
+    /// Is a `go` line read word by word, is `perft` known in it, and is what is not understood
+    /// reported.
     [[nodiscard]] constexpr bool ReadsGoWordByWord() const noexcept { return isStrict_; }
 
     /// Is a castling move understood in the notation of either kind of chess.

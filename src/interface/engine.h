@@ -3,14 +3,14 @@
 //
 // A search works on the game position, the tables and the memory. Each verb that changes one of
 // them, or that hands out the position, first ends the search under way and waits for its
-// `bestmove`; so does an option whose change would pull something away from under it. No command
-// has to think of that, and none can forget it.
+// `bestmove`; so does an option whose change would pull something from under the search. No command
+// has to think of that, so none can forget it.
 //
 // One engine is one program: the main function makes one and never destroys it, because a search
 // thread may still look at it when the process ends. Tests make their own, each with its own sink;
 // nothing here is shared between two of them. All of it is for the reading thread.
 //
-// Some two megabytes large, without the hash table; it belongs on the heap.
+// It takes 1.3 MB, without the hash table, so it belongs on the heap.
 #pragma once
 
 #include "board/position.h"
@@ -50,8 +50,8 @@ public:
     /// The same as a FEN.
     [[nodiscard]] std::string Fen();
 
-    /// Sets the position from a FEN, the empty one included, and notes how that FEN writes
-    /// castling.
+    /// Sets the position from a FEN, the empty one for the start position, and notes how that FEN
+    /// writes castling.
     void SetPosition(std::string_view fen);
 
     /// Plays one move, or reports it as illegal.
@@ -63,9 +63,9 @@ public:
     /// The legal move that the text means here, or `NoMove`.
     [[nodiscard]] Move TextToLegalMove(std::string_view text);
 
-    /// Takes back the move of the last record. After a FEN with a later move number that is a
-    /// record which no move of this game wrote: the position knows and stays as it is. A number
-    /// beyond the undo stack has no record at all.
+    /// Takes back the move of the last record. After a FEN with a later move number no move of this
+    /// game wrote that record: the position knows and stays as it is. A number beyond the undo
+    /// stack has no record at all.
     void TakeBack();
 
     /// Exchanges the colours.
@@ -88,7 +88,7 @@ public:
     /// Stops the search under way and waits for its `bestmove`.
     void EndSearch() noexcept { parts_.master.EndSearch(); }
 
-    /// Sets what is called now and then by a thread that waits long for the end of a search; see
+    /// Sets what a thread calls now and then while it waits long for the end of a search; see
     /// `CMasterThread::onLongWait`.
     void SetLongWait(std::function<void()> action) { parts_.master.onLongWait = std::move(action); }
 
@@ -128,7 +128,7 @@ public:
 
     CProtocol protocol;
 
-    /// Called now and then by a command that works for long. May be null.
+    /// Called now and then by a command that takes long. May be null.
     std::function<void()> onLongWork;
 
 protected:

@@ -1,8 +1,8 @@
 // Every object that a session works with, and how they refer to one another.
 //
-// Only the engine's verbs touch them (interface/engine.h). While they are made they take one
-// another's addresses and no more, so their order means nothing; the one exception is told where it
-// is. The last step of the constructor brings what the options steer into line with their defaults.
+// Only the engine's verbs touch them (interface/engine.h). While they are being made they take one
+// another's addresses and no more, so their order means nothing; the one exception is marked. The
+// last step of the constructor brings what the options steer into line with their defaults.
 #pragma once
 
 #include "bases/base.h"

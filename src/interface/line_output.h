@@ -12,8 +12,8 @@
 
 namespace brenquil {
 
-/// Prints lines to a sink. One that nobody gives a log has none: so perft, bench and the self-test
-/// print past it.
+/// Prints lines to a sink. An output has no log until it is given one: that is how perft, bench and
+/// the self-test print past the log.
 class CLineOutput {
 public:
     /// @param sink  outlives this object

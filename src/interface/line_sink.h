@@ -18,7 +18,7 @@ public:
     ILineSink& operator=(const ILineSink&) = delete;
     virtual ~ILineSink() = default;
 
-    /// Writes one line and brings it out at once.
+    /// Writes one line and flushes it.
     /// @param line  ends in a line feed; the sink must not take it apart, so that the lines of two
     ///              threads do not mingle
     virtual void Write(const std::string& line) = 0;
@@ -36,14 +36,14 @@ public:
     void Write(const std::string& line) override {
         assert(line.ends_with('\n'));
         Enter();
-        // A reader that has gone away is not a reason to stop: the result is not looked at.
+        // A reader that has gone away is no reason to stop: the result is ignored.
         (void)std::fwrite(line.data(), 1, line.size(), stream_);
         (void)std::fflush(stream_);
         Leave();
     }
 
-    /// Called now and then by a thread that waits long for another one's line to be written: nobody
-    /// reads. May be null; set before there are two threads.
+    /// Called now and then by a thread that waits long for another one's line to be written, as
+    /// nobody reads. May be null; set before there are two threads.
     std::function<void()> onLongWait;
 
 private:

@@ -1,5 +1,5 @@
-// Where input lines come from: standard input in the program, whatever else calls the engine
-// elsewhere.
+// Where input lines come from: standard input in the program, another source wherever else the
+// engine runs.
 #pragma once
 
 #include <istream>
@@ -17,14 +17,14 @@ public:
     virtual ~ILineSource() = default;
 
     /// The next line, without its line feed; waits for one if the source can wait. Nothing when
-    /// there is none now, which at the end of the input it is for good.
+    /// there is none now, or at the end of the input never again.
     [[nodiscard]] virtual std::optional<std::string> TakeLine() = 0;
 
     /// True when no line will ever come again.
     [[nodiscard]] virtual bool HasEnded() const = 0;
 };
 
-/// Lines of a stream; a carriage return before the line feed goes with it.
+/// Lines of a stream, without a carriage return before the line feed.
 class CStreamSource final : public ILineSource {
 public:
     /// @param stream  outlives this object

@@ -12,8 +12,8 @@
 
 namespace brenquil {
 
-/// The batch files by way of which a line has come, each named by a line of the one before; null
-/// for a line of the input.
+/// The batch files through which a line has come, each named by a line of the one before; null for
+/// a line of the input.
 using BatchChain = std::shared_ptr<const std::vector<std::string>>;
 
 /// A line that waits.

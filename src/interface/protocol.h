@@ -34,7 +34,7 @@ public:
 
     const CDialect dialect;
     Relaxed<CommandMode> mode{CommandMode::Console};
-    /// The last FEN that set the position wrote its castling field with file letters.
+    /// The FEN that last set the position wrote its castling field with file letters.
     Relaxed<bool> fileLetterCastling{false};
     CPendingLines pendingLines;
     bool running = true;  ///< until `exit` or `quit`; for the reading thread

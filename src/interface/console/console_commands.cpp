@@ -42,8 +42,8 @@ void Help(CEngine& engine, std::string_view) {
     }
 }
 
-/// test [-960] [-m] [-b] [-e] [-h]: without a choice among the last four, all of them. Minutes of
-/// figures are not to be mixed with the lines of a search, so that ends first.
+/// test [-960] [-m] [-b] [-e] [-h]: without any of the last four, all of them. The figures, which
+/// take minutes, must not mix with the lines of a search, so that is ended first.
 void Test(CEngine& engine, std::string_view line) {
     engine.EndSearch();
     const std::vector<std::string> words = Split(ValueOf(line, "test"), ' ');
@@ -68,7 +68,7 @@ void Test(CEngine& engine, std::string_view line) {
     }
 }
 
-/// batch <file>: the name is all the rest of the line and may hold blanks.
+/// batch <file>: the name is the whole rest of the line and may hold blanks.
 void Batch(CEngine& engine, std::string_view line) {
     RunBatch(ValueOf(line, "batch"), engine.protocol.pendingLines);
 }
@@ -212,7 +212,8 @@ void DispatchConsole(CEngine& engine, std::string_view word, std::string_view li
     if (PlayIfMove(engine, line)) {
         return;
     }
-    // The word finds the file, but the whole line is its name: with further words nothing runs.
+    // The word finds the file, but the whole line counts as its name: with further words nothing
+    // runs.
     if (!ResolveBatchName(std::string(word)).empty()) {
         RunBatch(std::string(line), engine.protocol.pendingLines);
         return;

@@ -10,8 +10,8 @@
 
 namespace brenquil {
 
-/// Handles a line of console mode: a move is played, a batch file queued, a command word obeyed, in
-/// this order of rank; all else is ignored.
+/// Handles a line of console mode: a move is played, else a batch file queued, else a command word
+/// obeyed; anything else is ignored.
 /// @param word  the line's first word in small letters
 void DispatchConsole(CEngine& engine, std::string_view word, std::string_view line);
 

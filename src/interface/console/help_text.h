@@ -6,7 +6,7 @@
 
 namespace brenquil {
 
-/// Front ends and old habits may compare it: it is kept to the character, "devide" included.
+/// Front ends may compare it, so it is kept to the character, "devide" included.
 inline constexpr std::array<std::string_view, 23> HelpText = {
     "------------------------------------------------------------------",
     "exit           = exit engine",

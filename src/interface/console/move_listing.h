@@ -10,7 +10,7 @@
 
 namespace brenquil {
 
-/// One row a move, the best known one first, numbered from 1.
+/// One row for each move, numbered from 1, the best by what the bases know first.
 ///
 /// The moves are pseudo-legal: in check, or with a pinned man, the list holds moves that cannot be
 /// played. It works on a copy of the position.

@@ -43,8 +43,8 @@ std::uint64_t CPerft::CountNodes(std::int32_t depth) {
     return depth == 0 ? 1 : Count(depth);
 }
 
-/// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and unmade like any
-/// other node, but for the parts of a made move that only a further move would read.
+/// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and taken back like any
+/// other node, without the parts of a made move that only a further move would read.
 std::uint64_t CPerft::Count(std::int32_t depth) {
     assert(depth >= 1 && depth <= MaxDepth);
     std::uint64_t count = 0;
@@ -66,7 +66,7 @@ std::uint64_t CPerft::Count(std::int32_t depth) {
     return count;
 }
 
-/// CountNodes, and `onLongWork` between its parts.
+/// CountNodes, with calls of `onLongWork` between its parts.
 std::uint64_t CPerft::CountWatched(std::int32_t depth) {
     if (depth <= ShortDepth) {
         if (onLongWork) {

@@ -1,9 +1,9 @@
 // Node counts of the move generator, the instrument that proves the board.
 //
 // An object has a position of its own, at first the start position, and one move list for each
-// remaining depth, so that counting allocates nothing. Every leaf is generated, made and
-// unmade: no counting of lists, no table. The object is some 250 kB large and belongs on the heap.
-// Its lines go to the sink and never to the log.
+// remaining depth, so that counting allocates nothing. Every leaf is generated, made and taken
+// back: no counting of lists, no table. With its lists an object takes some 250 kB and belongs on
+// the heap. Its lines go to the sink and never to the log.
 #pragma once
 
 #include "board/move_list.h"
@@ -17,7 +17,7 @@
 
 namespace brenquil {
 
-/// Counts nodes below a position, with an account line by line.
+/// Counts nodes below a position and reports line by line.
 class CPerft {
 public:
     /// Depths run from 0 to this one; the counting functions answer 0 beyond either end.
@@ -46,7 +46,7 @@ public:
 
     CPosition position;
 
-    /// Called by PerftSplit some times a second at least. May be null.
+    /// Called by PerftSplit at least several times a second. May be null.
     std::function<void()> onLongWork;
 
 private:

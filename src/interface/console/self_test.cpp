@@ -13,7 +13,7 @@ namespace brenquil {
 
 namespace {
 
-/// The walk of the board run makes and takes back a thousand times more moves with each ply.
+/// Each further ply would multiply the moves that the board run makes and takes back by thirty.
 constexpr std::uint32_t MaxWalkDepth = 3;
 
 /// Does the count of each kind of man agree with its bitboard.
@@ -153,7 +153,7 @@ bool CSelfTest::TestSymmetry(const PerftTestRow& row) {
 }
 
 void CSelfTest::TestHash() {
-    constexpr std::size_t RuleLength = 31;  // for once not the length of the titles
+    constexpr std::size_t RuleLength = 31;  // this once not the length of the titles
     PrintHead("test hash correctness (fen)", RuleLength);
     bool isPassed = true;
     for (const HashTestRow& row : hashTable) {

@@ -7,10 +7,10 @@
 // | evaluation      | equal rules for all      | the same position with the colours exchanged    |
 // | hash            | the position's key       | published keys, from FENs and after moves       |
 //
-// The object has a position of its own, so the game goes on as it was. Its lines go to the sink and
-// never to the log. A failed row does not stop a run, and nothing but the printed words tells of
-// it. A full run takes minutes by design; there is no breaking off. The object is some 40 kB large,
-// with 230 kB more in its perft, and belongs on the heap.
+// The object has a position of its own, so the game stays as it was. Its lines go to the sink and
+// never to the log. A failed row does not stop a run, and only the printed words tell of it. A full
+// run takes minutes by design and cannot be interrupted. The object takes some 50 kB, with 230 kB
+// more for the lists of its perft, and belongs on the heap.
 #pragma once
 
 #include "interface/console/perft.h"
@@ -25,7 +25,7 @@
 
 namespace brenquil {
 
-/// The test runs on their two tables.
+/// The runs, on their two tables.
 class CSelfTest {
 public:
     /// The static score of a position from the view of the side to move.
@@ -43,8 +43,8 @@ public:
     /// Two runs: on the FENs, and on the moves.
     void TestHash();
 
-    /// Does each position hold together, and are both the same: men on bitboards, mailbox, counts
-    /// and keys. The second one is a rebuilt copy of the first.
+    /// Is each position consistent, and are both the same: men on bitboards, mailbox, counts and
+    /// keys. The second one is a rebuilt copy of the first.
     [[nodiscard]] static bool AreBoardsRight(const CPosition& position, const CPosition& rebuilt);
 
     std::vector<PerftTestRow> perftTable;

@@ -1,4 +1,4 @@
-// The positions and figures that the self-test holds the engine against.
+// The positions and figures that the self-test checks the engine against.
 //
 // The node counts are those of the published perft suites, the keys those published with the format
 // of the opening books.

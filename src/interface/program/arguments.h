@@ -17,10 +17,10 @@ struct Arguments {
         Bench,
         Version,
         Help,
-        Refuse  ///< tell `fault`, and end with `StatusOfMisuse`
+        Refuse  ///< print `fault` and end with `StatusOfMisuse`
     };
 
-    /// The exit status of a program that has been called wrongly.
+    /// The exit status after arguments that are not understood.
     static constexpr int StatusOfMisuse = 2;
 
     Action action = Action::Converse;

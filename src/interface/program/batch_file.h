@@ -1,8 +1,8 @@
 // Batch files: text files of commands, "*.cmd".
 //
 // Running one only queues its lines; the command loop obeys them later, ahead of its input. A batch
-// file named by a batch file therefore does not nest: its lines come after those that wait
-// already.
+// file that another one names therefore does not nest: its lines come after those that already
+// wait.
 #pragma once
 
 #include "interface/pending_lines.h"
@@ -20,9 +20,9 @@ inline constexpr std::size_t MostLinesBeforeNestedBatch = 250000;
 /// name with ".cmd" added if that exists, else the empty string.
 [[nodiscard]] std::string ResolveBatchName(const std::string& name);
 
-/// Queues the lines of a batch file without comments, outer blanks and empty lines. A name that
-/// means no file does nothing. A file that is named by one of its own lines, directly or by way of
-/// other batch files, is not run again for it: a circle would never let the input be read.
+/// Queues the lines of a batch file without comments, outer blanks and empty lines. Does nothing
+/// for a name without a file. A file that one of its own lines names, directly or through other
+/// batch files, is not run again: a circle would never let the input be read.
 void RunBatch(const std::string& name, CPendingLines& pending);
 
 }  // namespace brenquil

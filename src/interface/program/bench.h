@@ -20,7 +20,7 @@ struct BenchSettings {
     std::int32_t hash = 16;    ///< mebibytes
 };
 
-/// Searches the list and prints a line a position, then nodes, time in seconds, and the line
+/// Searches the list and prints a line for each position, then nodes, time in seconds, and the line
 /// "<nodes> nodes <rate> nps" that testing frameworks look for.
 /// @return the total of nodes
 std::uint64_t RunBench(ILineSink& sink, const BenchSettings& settings = {}, CDialect dialect = {});

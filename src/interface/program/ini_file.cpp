@@ -16,8 +16,8 @@ namespace {
 constexpr std::string_view RuleLine = "# --------------------------";
 
 void ApplyIniLine(const OptionGroupList& groups, std::string_view line) {
-    // Split drops the empty piece before a leading hash. This does not comment the line out, and is
-    // meant so: the file's own comments hold no equals sign.
+    // Split drops the empty piece before a leading hash, so that one does not comment a line out.
+    // That is deliberate: the file's own comments hold no equals sign.
     const std::vector<std::string> pieces = Split(line, '#');
     if (pieces.empty()) {
         return;

@@ -15,7 +15,7 @@ namespace brenquil {
 void LoadIni(const OptionGroupList& groups);
 
 /// Writes the present values of all options to a new file and says "created", or "already exists"
-/// and leaves the file alone. Where nothing can be written nothing is said.
+/// and leaves the file alone. If the file cannot be made it says nothing.
 void WriteIni(const OptionGroupList& groups, CLineOutput& output);
 
 }  // namespace brenquil

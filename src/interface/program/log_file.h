@@ -1,4 +1,4 @@
-// The log: a text file in the working directory that grows by a line at a time.
+// The log: a text file in the working directory that grows line by line.
 #pragma once
 
 #include <string_view>
@@ -7,8 +7,8 @@ namespace brenquil {
 
 /// Appends the text and a line feed to the log file. The file is opened anew for each line and
 /// closed again, so that two threads share nothing: their lines may change places, but do not
-/// mingle. What cannot be written is lost in silence; a pipe or a device in the place of the file
-/// is not written to at all.
+/// mingle. What cannot be written is lost without a message; a pipe or a device in place of the
+/// file is never written to.
 void AppendToLog(std::string_view text);
 
 }  // namespace brenquil

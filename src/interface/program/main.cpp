@@ -36,8 +36,8 @@ using namespace brenquil;
     sink.onLongWait = leaveIfAsked;
     engine.SetLongWait(leaveIfAsked);
     if (dialect.EndsWithItsInput()) {
-        // A client that has died leaves the end of both pipes behind. One that has only said all
-        // that it had to say waits for the answer.
+        // After a client that has died nobody reads the output. One that has only said all that it
+        // had to say still waits for the answer.
         engine.onLongWork = [] {
             if (!StandardOutputHasReader()) {
                 EndProcess(0);
@@ -50,8 +50,8 @@ using namespace brenquil;
     LoadIni(engine.Options());
     PrintBanner(engine.protocol);
     CCommandLoop(engine, input).Run();
-    // A search may still be running, and goes on looking at everything to its last instruction.
-    // So nothing is ever destroyed, neither these objects nor those of the libraries.
+    // A search may still be running and reading anything. So nothing is ever destroyed, neither
+    // these objects nor those of the libraries.
     EndProcess(0);
 }
 
@@ -74,11 +74,12 @@ int Obey(const Arguments& arguments, CFileSink& sink) {
 
 int main(int argc, char* argv[]) {
     UseBinaryStandardStreams();
-    // Otherwise each read flushes the output first, and waits for a search that writes to nobody.
+    // Otherwise each read flushes the output first, and waits for a search that is stuck writing to
+    // nobody.
     std::cin.tie(nullptr);
     static CFileSink& sink = *std::make_unique<CFileSink>(stdout).release();
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-    // Without a session no search is left here, and the end is a normal one: a profiled program
-    // writes its counts then.
+    // Without a session no search is left here, and the program ends in the normal way, in which a
+    // profiled program writes its counts.
     return Obey(ParseArguments(argc > 0 ? argv[0] : "", words), sink);
 }

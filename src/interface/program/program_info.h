@@ -1,7 +1,7 @@
 // What the program says about itself: name, version, author, and the names made from them.
 //
-// The version comes from project() in CMakeLists.txt by the macro BRENQUIL_VERSION, as man page and
-// packages have it from there too.
+// The version comes from project() in CMakeLists.txt through the macro BRENQUIL_VERSION; the manual
+// page and the packages take it from there as well.
 #pragma once
 
 #include <string>

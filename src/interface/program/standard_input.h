@@ -1,10 +1,11 @@
-// Standard input, as the reading thread takes its lines, and what happens to `quit` when it cannot.
+// Standard input as the source of the reading thread's lines, and how a `quit` is seen when that
+// thread is stuck.
 //
-// The reading thread waits for searches: for the end of one before it changes what that reads, and
-// for one that is writing a line before it writes its own. Both are over in a moment, unless nobody
-// reads what the program writes; then they last for ever, and the `quit` after them would never be
-// seen. So in a wait that gets long a thread of this object reads on in the reading thread's place,
-// and when it comes upon a command that ends the program, the program ends.
+// The reading thread waits for searches: for the end of one before it changes what the search
+// reads, and for one that is writing a line before it writes its own. Both are over in a moment,
+// unless nobody reads what the program writes; then they last for ever, and the `quit` after them
+// would never be seen. So when a wait gets long, a thread of this object reads on in the reading
+// thread's place, and when it finds a command that ends the program, the program ends.
 //
 // In all other sessions the reading thread reads for itself, and there is no such thread.
 #pragma once
@@ -24,10 +25,10 @@
 namespace brenquil {
 
 /// The lines of standard input. Made by the reading thread, and never destroyed while the stream
-/// may still bring a line: then its thread could not end.
+/// may still bring a line, for which the object's thread would go on waiting.
 class CStandardInput final : public ILineSource {
 public:
-    /// The bytes that are read ahead at most; a `quit` further on is not found.
+    /// At most this many bytes are read ahead; a `quit` further on is not found.
     static constexpr std::size_t MostBytesAhead = 16U << 20U;
 
     /// @param stream  outlives this object

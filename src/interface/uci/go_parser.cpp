@@ -28,9 +28,8 @@ constexpr std::array NumericTokens{
     NumericToken{"movetime", &SearchLimits::movetime},
 };
 
-/// Reads the number after a token. The whole-word test only says that the token is there; the
-/// value is taken after the first place where its letters stand, even if they are the tail of
-/// another word.
+/// Reads the number after a token. The whole-word test only says that the token is there; the value
+/// is taken from after the first place where its letters stand, even if they end another word.
 void ReadNumber(std::string_view line, std::string_view token, std::int32_t& field) {
     if (!HasWord(line, token)) {
         return;

@@ -10,7 +10,7 @@ namespace brenquil {
 
 /// The limits that a `go` line names. A token that is absent, stands at the end of the line or is
 /// followed by no number leaves its field at the default. Each `searchmoves` word becomes an entry,
-/// also one that is not a move there (0), until the list is full; so what follows `searchmoves` in
+/// even one that is no move here (0), until the list is full; so whatever follows `searchmoves` in
 /// the line lands in the list as zeros.
 /// @param chess960  how castling is written among the `searchmoves`
 [[nodiscard]] SearchLimits ParseGo(std::string_view line, const CPosition& position, bool chess960);

@@ -36,7 +36,7 @@ constexpr std::array StrictNumbers{
     StrictNumber{"movetime", Token::Clock, true, &SearchLimits::movetime},
 };
 
-/// More than any search goes deep; keeps twice as many plies within the type.
+/// Deeper than any search goes, while twice as many plies still fit the type.
 constexpr std::int32_t MostMovesToMate = 1000;
 
 bool IsWholeNumber(std::string_view text) noexcept {
@@ -141,7 +141,7 @@ StrictGo ParseStrictGo(std::string_view line,
     assert(moveOverhead >= 0);
     StrictGo go = CReader(line, textToMove).Read();
     SearchLimits& limits = go.limits;
-    // A player who gives one clock has two of them.
+    // Whoever gives one clock means it for both sides.
     if (limits.wtime == ClockNotGiven) {
         limits.wtime = limits.btime;
     } else if (limits.btime == ClockNotGiven) {

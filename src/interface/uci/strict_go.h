@@ -16,13 +16,13 @@ namespace brenquil {
 /// What a line asks for.
 struct StrictGo {
     SearchLimits limits;
-    std::optional<std::int32_t> perftDepth;  ///< nothing but a count is wanted
-    std::vector<std::string> remarks;        ///< what was not understood, a message each
+    std::optional<std::int32_t> perftDepth;  ///< set: only a count is wanted
+    std::vector<std::string> remarks;        ///< what was not understood, a message for each
 };
 
 /// Reads the line. `mate` counts moves here, a clock that is used up counts as 0, and what is not
-/// understood is skipped and remarked upon. A line that asks for something and names no limit that
-/// is understood is a search of depth 1 and no endless one.
+/// understood is skipped and remarked upon. A line that asks for something but names no limit that
+/// is understood means a search of depth 1, not an endless one.
 /// @param textToMove    the move of a word among the `searchmoves`, `NoMove` if it is not legal
 /// @param moveOverhead  milliseconds that are taken off every clock
 [[nodiscard]] StrictGo ParseStrictGo(std::string_view line,

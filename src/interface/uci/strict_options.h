@@ -1,5 +1,5 @@
-// The options that strict UCI has beyond the settled list: names under which other programs know
-// something, and what match tools set. None of them is in the ini file.
+// The options that strict UCI has beyond the settled list: the names that other programs use for
+// existing ones, and what match tools set. None of them is in the ini file.
 #pragma once
 
 #include "text/option.h"
@@ -12,7 +12,7 @@ public:
     CStrictOptions() : COptionGroup("Strict UCI") {}
 
     COptionPath syzygyPath = AddPath({"SyzygyPath", ""});  ///< the same as "Syzygy Path"
-    /// Milliseconds that are taken off every clock, for what the move needs on its way.
+    /// Milliseconds that are taken off every clock, for the move's way to the opponent.
     COptionSpin moveOverhead = AddSpin({"Move Overhead", ""}, 10, 0, 5000);
     COptionButton clearHash = AddButton({"Clear Hash", ""});
     COptionCheck showWdl = AddCheck({"UCI_ShowWDL", ""}, false);  ///< chances after the score

@@ -49,7 +49,8 @@ COption* FindOption(const OptionGroupList& groups, std::string_view name) {
     return nullptr;
 }
 
-/// "name" and "value" are words here, the first of each: an option's own name may hold either.
+/// "name" and "value" count as words here, the first of each; they may occur inside an option's
+/// name.
 std::pair<std::string, std::string> NameAndValue(std::string_view line) {
     const std::string lower = ToLower(line);
     const std::size_t name = lower.find(" name ");
@@ -64,7 +65,7 @@ std::pair<std::string, std::string> NameAndValue(std::string_view line) {
             value == std::string::npos ? "" : TrimBlanks(line.substr(valueEnd))};
 }
 
-/// Sets what the option advertises, and says what it cannot take.
+/// Sets a value that the option advertises, and reports what it cannot take.
 void SetOptionStrictly(CEngine& engine, std::string_view line) {
     const auto [name, text] = NameAndValue(line);
     CProtocol& protocol = engine.protocol;

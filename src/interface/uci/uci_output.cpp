@@ -74,8 +74,8 @@ void CUciOutput::PrintBestMove(Move best, Move ponder) {
     const std::string database = options_.showDatabaseMoves.enabled ? DatabaseText(best) : "";
 
     std::string text = "bestmove " + MoveText(best);
-    // In Chess960 with castling by name the ponder move is named even with the option Ponder off;
-    // this reading of the two options is intended.
+    // In Chess960 with castling by name the ponder move is named even with the option Ponder off,
+    // which is deliberate.
     if (!ponder.IsNone() && (options_.ponder.enabled || CastlesByName(protocol_, options_))) {
         text += " ponder " + MoveText(ponder);
     }
@@ -87,7 +87,8 @@ void CUciOutput::PrintBestMove(Move best, Move ponder) {
 
 void CUciOutput::PrintNoBestMove() {
     if (protocol_.dialect.SaysThatThereIsNoMove()) {
-        // " score mate 0" by hand: no score of the search stands for a mate that has happened.
+        // " score mate 0" is written by hand: no score of the search means a mate that has
+        // happened.
         const Score score = root_.inCheck ? -MateScore : DrawScore;
         protocol_.PrintLine("info depth 0" +
                             (root_.inCheck ? std::string(" score mate 0") : ScoreText(score)) +

@@ -15,18 +15,18 @@ namespace brenquil {
 [[nodiscard]] std::string ScoreText(Score score);
 
 /// " lowerbound" for a score above beta, " upperbound" for one below alpha, else nothing. The
-/// searches of today report finished results alone, which have neither.
+/// search reports finished results only, which have neither.
 [[nodiscard]] std::string BoundText(Score score, Score alpha, Score beta);
 
-/// Nodes by second, rounded down; the nodes themselves when no millisecond has passed.
+/// Nodes per second, rounded down; the nodes themselves when no millisecond has passed.
 [[nodiscard]] std::uint64_t NodesPerSecond(std::uint64_t nodes, std::uint32_t milliseconds);
 
 /// Milliseconds as seconds, in six significant digits at most.
 [[nodiscard]] std::string SecondsText(std::uint32_t milliseconds);
 
 /// Clock time over tick time in thousandths, at most 1000; 0 unless both have moved on. Both run on
-/// wall time, so the figure sits close to 1000; it is not a measurement of the processor and must
-/// not become one, front ends are used to it.
+/// wall time, so the figure is close to 1000. It does not measure the processor and must not begin
+/// to: front ends are used to it.
 [[nodiscard]] std::int32_t CpuLoad(std::int32_t ticks, std::int32_t clock);
 
 }  // namespace brenquil

@@ -10,7 +10,7 @@ namespace brenquil {
 /// Two constants of a logistic model: the score at which half of the games are won, and the score
 /// that moves the odds from there by a factor of e. Fitted by tools/fit_win_draw_loss to 3294 games
 /// of the engine against itself, at 10000 to 11500 nodes a move: 126 +- 5 and 147 +- 5 centipawns.
-/// On average over their 308393 positions the points at a score are 12.5 permille off the model.
+/// On average over their 308393 positions the points scored are 12.5 permille off the model.
 inline constexpr double EvenChanceScore = 126.0;
 inline constexpr double ScoreOfAFactor = 147.0;
 
