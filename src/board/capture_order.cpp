@@ -21,9 +21,9 @@ int KeyOf(Move move, const CPosition& position) noexcept {
 
 }  // namespace
 
-std::int32_t ScoreCaptures(MoveList& list, const CPosition& position) noexcept {
-    std::int32_t count = 0;
-    for (std::int32_t i = 0; i < list.count; ++i) {
+int ScoreCaptures(MoveList& list, const CPosition& position) noexcept {
+    int count = 0;
+    for (int i = 0; i < list.count; ++i) {
         if (const int key = KeyOf(list[i], position); key != 0) {
             list[i].SetOrder(key);
             ++count;

@@ -68,6 +68,6 @@ inline constexpr std::array<std::uint8_t, PieceCodes + 1> EnPassantKeys = [] {
 
 /// Sets the sort keys of captures and promotions. Moves that win nothing keep the key that they
 /// have. Returns how many keys were set.
-std::int32_t ScoreCaptures(MoveList& list, const CPosition& position) noexcept;
+int ScoreCaptures(MoveList& list, const CPosition& position) noexcept;
 
 }  // namespace brenquil

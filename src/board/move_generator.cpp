@@ -102,7 +102,7 @@ private:
 [[gnu::noinline]] void WriteCapturesOfACrowd(MoveList& list, const CPosition& position) noexcept {
     CMoveGenerator(position).GenerateMoves(list, MoveKinds::Captures);
     ScoreCaptures(list, position);
-    for (std::int32_t i = 1; i < list.count; ++i) {
+    for (int i = 1; i < list.count; ++i) {
         if (list[i].Order() > list[0].Order()) {
             std::swap(list[i], list[0]);
         }

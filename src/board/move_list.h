@@ -15,10 +15,10 @@ namespace brenquil {
 /// Entries beyond `count` are indeterminate: the record is made in the innermost loops, and
 /// clearing it would cost more than filling it.
 struct MoveList {
-    static constexpr std::int32_t Capacity = 220;
+    static constexpr int Capacity = 220;
 
     Table<Move, Capacity> moves;
-    std::int32_t count = 0;
+    int count = 0;
 
     /// Adds a move at the end; with the list full nothing happens.
     constexpr void Append(Move move) noexcept {
@@ -34,11 +34,9 @@ struct MoveList {
         }
     }
 
-    [[nodiscard]] constexpr Move& operator[](std::int32_t index) noexcept { return moves[index]; }
+    [[nodiscard]] constexpr Move& operator[](int index) noexcept { return moves[index]; }
 
-    [[nodiscard]] constexpr Move operator[](std::int32_t index) const noexcept {
-        return moves[index];
-    }
+    [[nodiscard]] constexpr Move operator[](int index) const noexcept { return moves[index]; }
 
     [[nodiscard]] constexpr const Move* begin() const noexcept { return moves.begin(); }
 

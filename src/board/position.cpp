@@ -202,15 +202,15 @@ void CPosition::UndoMove(Move move) noexcept {
     }
 }
 
-std::int32_t CPosition::ForgetHistory() noexcept {
-    constexpr std::int32_t MostNeeded = 100;  // half-moves: the game is drawn then
-    const std::int32_t needed = std::clamp<std::int32_t>(halfmoveClock, 0, MostNeeded) + 2;
-    const std::int32_t forgotten = std::max(ply - needed, 0) / 2 * 2;
+int CPosition::ForgetHistory() noexcept {
+    constexpr int MostNeeded = 100;  // half-moves: the game is drawn then
+    const int needed = std::clamp<int>(halfmoveClock, 0, MostNeeded) + 2;
+    const int forgotten = std::max(ply - needed, 0) / 2 * 2;
     if (forgotten == 0) {
         return 0;
     }
     ply -= forgotten;
-    for (std::int32_t i = 0; i < ply; ++i) {
+    for (int i = 0; i < ply; ++i) {
         // A set-up position has no records of its own below it.
         const bool isOwn = i + forgotten >= bottom_ && i + forgotten < UndoCapacity;
         undo[i] = isOwn ? undo[i + forgotten] : UndoRecord{};

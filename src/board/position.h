@@ -60,7 +60,7 @@ class CPosition : public ReversibleState {
 public:
     /// Capacity of the undo stack. A game (or a FEN's full-move number) can bring `ply` up to it
     /// and beyond; `MakeMove` then refuses every move.
-    static constexpr std::int32_t UndoCapacity = 500;
+    static constexpr int UndoCapacity = 500;
 
     /// The start position.
     CPosition();
@@ -102,7 +102,7 @@ public:
     /// Makes room on the undo stack: forgets the records that neither repetition nor the fifty-move
     /// rule can need, so that a game of any length goes on. What is forgotten cannot be taken back.
     /// @return by how much `ply` has fallen, an even number
-    std::int32_t ForgetHistory() noexcept;
+    int ForgetHistory() noexcept;
 
     /// Passes the turn. The side to move is not in check, and there is room on the undo stack. The
     /// saved keys, `inCheck` and the move of the record it takes stay as they were; see
@@ -184,7 +184,7 @@ public:
         return (colourCount[Black] | colourCount[White]) >> MenCountBits == 0;
     }
 
-    std::int32_t ply;  ///< index of the undo stack and game ply; from 1
+    int ply;  ///< index of the undo stack and game ply; from 1
     Colour sideToMove;
 
 private:
@@ -200,8 +200,8 @@ public:
     std::array<Bitboard, 2> colours;          ///< occupancy by `Colour`, Black first
     SquareTable<Piece> board;                 ///< the mailbox
     SquareTable<std::uint8_t> rightsMask;     ///< rights that survive a move touching a square
-    std::array<std::int32_t, 2> colourCount;  ///< men of a colour, kings included
-    std::array<std::int32_t, PieceCodes> pieceCount;
+    std::array<int, 2> colourCount;           ///< men of a colour, kings included
+    std::array<int, PieceCodes> pieceCount;
     MenKey menKey;  ///< the men but kings, in one number
     std::array<CastlingRecord, CastlingRightsCount> castling;
     Table<UndoRecord, UndoCapacity> undo;  ///< the records below `ply` are in use
@@ -259,13 +259,13 @@ private:
     [[nodiscard]] bool LooksRegular() const noexcept;
 
     /// `ply` as the position was set up: the records below were not written by moves made here.
-    std::int32_t bottom_;
+    int bottom_;
     Bitboard rightsSquares_;  ///< where `rightsMask` takes a right away
 
     /// By `ply`, filled while a regular position is in check, so that taking back restores nothing.
     /// Moves can be made on fewer plies than there are elements; the index wraps because a set-up
     /// `ply` can be any number.
-    static constexpr std::int32_t CheckMaskIndexMask = 511;
+    static constexpr int CheckMaskIndexMask = 511;
     static_assert(CheckMaskIndexMask > UndoCapacity);
     Table<CheckMasks, CheckMaskIndexMask + 1> checkMasks_;
 };

@@ -118,7 +118,7 @@ using Bitboard = std::uint64_t;
 inline constexpr Bitboard AllSquares = ~Bitboard{0};
 
 /// A score in units of which a pawn is worth 100 by default. See `board/score.h` for the mate band.
-using Score = std::int32_t;
+using Score = int;
 
 /// What a move does beyond carrying a man from one square to another.
 enum class MoveKind : std::uint8_t { Normal, Castling, EnPassant, Promotion };

@@ -23,8 +23,8 @@ constexpr std::array<int, 3> RangePercent = {100, 50, 20};
 /// Heaviest first, by exchange. The order among moves of equal weight follows from the method: the
 /// one that stands first in the file need not stay before the others.
 void SortByWeight(MoveList& list) noexcept {
-    for (std::int32_t place = 0; place < list.count; ++place) {
-        for (std::int32_t later = place + 1; later < list.count; ++later) {
+    for (int place = 0; place < list.count; ++place) {
+        for (int later = place + 1; later < list.count; ++later) {
             if (list[later].Order() > std::as_const(list)[place].Order()) {
                 std::swap(list[later], list[place]);
             }
@@ -33,17 +33,17 @@ void SortByWeight(MoveList& list) noexcept {
 }
 
 /// The number of moves at the head of a sorted list from which the mode chooses.
-std::int32_t RangeOf(CBookOptions::Mode mode, std::int32_t count) noexcept {
+int RangeOf(CBookOptions::Mode mode, int count) noexcept {
     if (mode == CBookOptions::BestMove) {
         return 1;
     }
     assert(count > 0);
     const double percent = RangePercent[mode];
-    return static_cast<std::int32_t>(std::ceil(percent / 100.0 * count));
+    return static_cast<int>(std::ceil(percent / 100.0 * count));
 }
 
 /// "(1234 = 61.70%)". With a sum of 0 the share is whatever the stream makes of no number.
-std::string ShareText(std::int32_t weight, std::int32_t sum) {
+std::string ShareText(int weight, int sum) {
     const double whole = sum;
     const double share = weight / whole * 100.0;
     std::ostringstream text;
@@ -83,9 +83,8 @@ bool CBook::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPosition& positi
     if (found == list.end()) {
         return false;
     }
-    const std::int32_t sum =
-        std::accumulate(list.begin(), list.end(), 0,
-                        [](std::int32_t total, Move entry) { return total + entry.Order(); });
+    const int sum = std::accumulate(list.begin(), list.end(), 0,
+                                    [](int total, Move entry) { return total + entry.Order(); });
     info.move = *found;
     info.text = ShareText(found->Order(), sum);
     FollowLine(info.line, move, position);
@@ -110,20 +109,20 @@ bool CBook::Pick(Move& result, const CPosition& position, Mode mode) {
         return false;
     }
     SortByWeight(list);
-    const std::int32_t range = RangeOf(mode, list.count);
+    const int range = RangeOf(mode, list.count);
     result = list[mode == Mode::BestMove ? 0 : RandomBelow(range)];
     return true;
 }
 
 /// Seeded at the first choice of the process, so that two games after a start differ.
-std::int32_t CBook::RandomBelow(std::int32_t limit) {
+int CBook::RandomBelow(int limit) {
     assert(limit > 0);
     if (!isSeeded_) {
         random_.seed(TickCount());
         isSeeded_ = true;
     }
     const std::uint32_t choices = limit;
-    return static_cast<std::int32_t>(random_() % choices);
+    return static_cast<int>(random_() % choices);
 }
 
 /// The book's best moves after `move`, as far as they can be played. A line that goes in a circle

@@ -66,7 +66,7 @@ private:
 
     void Load(const std::string& path);
     [[nodiscard]] bool Pick(Move& result, const CPosition& position, Mode mode);
-    [[nodiscard]] std::int32_t RandomBelow(std::int32_t limit);
+    [[nodiscard]] int RandomBelow(int limit);
     void FollowLine(PvLine& line, Move move, const CPosition& position);
 
     IHost& host_;

@@ -14,7 +14,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::int32_t ShelterWeight = 6;
+constexpr int ShelterWeight = 6;
 
 }  // namespace
 
@@ -67,7 +67,7 @@ std::optional<Score> CEvaluation::SpecialScore() const noexcept {
 }
 
 /// Everything but material, from White's view.
-Score CEvaluation::PositionalScore(std::int32_t phase) noexcept {
+Score CEvaluation::PositionalScore(int phase) noexcept {
     const std::uint64_t key =
         position_.sideToMove == White ? position_.key ^ SideKey : position_.key;
     if (const std::optional<Score> known = positionalCache_.Find(key)) {
@@ -90,7 +90,7 @@ TermPair CEvaluation::PawnTerms() noexcept {
     CPawnCache::Entry& cached = pawnCache_.Slot(key);
     if (cached.key != key) {
         const PawnEntry& pawns = GetPawnEntry(position_, pawnHash_, localEntry_);
-        const std::int32_t shelter = pawns.shelterDanger[Black] - pawns.shelterDanger[White];
+        const int shelter = pawns.shelterDanger[Black] - pawns.shelterDanger[White];
         cached = {key, TermPair(pawns.middlegame[White] - pawns.middlegame[Black] +
                                     ShelterWeight * shelter,
                                 pawns.endgame[White] - pawns.endgame[Black])};

@@ -39,7 +39,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<Score> SpecialScore() const noexcept;
-    [[nodiscard]] Score PositionalScore(std::int32_t phase) noexcept;
+    [[nodiscard]] Score PositionalScore(int phase) noexcept;
     [[nodiscard]] TermPair PawnTerms() noexcept;
 
     const CPosition& position_;

@@ -21,7 +21,7 @@ struct PhaseWeight {
 /// By phase, 0 to 24: a table spares every evaluation a division.
 inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
     std::array<PhaseWeight, PhaseTotal + 1> weights{};
-    for (std::int32_t phase = 0; phase <= PhaseTotal; ++phase) {
+    for (int phase = 0; phase <= PhaseTotal; ++phase) {
         const double endgame = ((PhaseTotal - phase) * 256 + 12) / 24.0;
         weights[phase] = {256.0 - endgame, endgame};
     }
@@ -38,8 +38,7 @@ inline constexpr std::array<PhaseWeight, PhaseTotal + 1> PhaseWeights = [] {
 /// the weight is not a binary fraction, the sum can come out a little below the whole number and is
 /// truncated to the one before. So each step must round on its own, on every compiler: the build
 /// does not let a product be fused with the addition that follows.
-[[nodiscard]] inline Score Interpolate(std::int32_t middlegame, std::int32_t endgame,
-                                       std::int32_t phase) noexcept {
+[[nodiscard]] inline Score Interpolate(int middlegame, int endgame, int phase) noexcept {
     assert(phase >= 0);
     const auto& weights = PhaseWeights[static_cast<std::size_t>(std::min(phase, PhaseTotal))];
     const double middlegameShare = weights.middlegame * middlegame;

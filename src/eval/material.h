@@ -17,13 +17,13 @@ namespace brenquil {
 using PieceValues = std::array<COptionSpin, 5>;
 
 /// What a full set of men counts for the phase; promoted men can bring it above.
-inline constexpr std::int32_t PhaseTotal = 24;
+inline constexpr int PhaseTotal = 24;
 
 /// Arrays are by `Colour`, Black first.
 struct Material {
     /// 1 for a knight and for each colour of squares that a side's bishops stand on, 2 for a rook,
     /// 4 for a queen, of both sides together; pawns and kings count nothing.
-    std::int32_t phase = 0;
+    int phase = 0;
     /// In piece values. A bishop beside another one on the same colour of squares adds nothing.
     std::array<std::int32_t, 2> value{};
     /// The lowest square with a king, `SquareNone` if there is none.

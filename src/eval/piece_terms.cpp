@@ -12,7 +12,7 @@ namespace brenquil {
 namespace {
 
 /// The same value in the middlegame and in the endgame.
-constexpr TermPair Both(std::int32_t value) noexcept {
+constexpr TermPair Both(int value) noexcept {
     return {value, value};
 }
 

@@ -70,7 +70,7 @@ Move CEngine::TextToLegalMove(std::string_view text) {
 
 /// Leaves the undo stack room for the deepest search.
 void CEngine::MakeRoomForMoves() {
-    constexpr std::int32_t MostPlies = CPosition::UndoCapacity - 2 - CSearch::MaxPly;
+    constexpr int MostPlies = CPosition::UndoCapacity - 2 - CSearch::MaxPly;
     CPosition& position = parts_.master.position;
     if (protocol.dialect.ForgetsOldMoves() && position.ply > MostPlies) {
         forgottenPlies_ += position.ForgetHistory();

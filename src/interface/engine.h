@@ -115,7 +115,7 @@ public:
     [[nodiscard]] const OptionGroupList& Options() const noexcept { return parts_.optionGroups; }
 
     /// Milliseconds that a move needs on its way to the opponent.
-    [[nodiscard]] std::int32_t MoveOverhead() const noexcept {
+    [[nodiscard]] int MoveOverhead() const noexcept {
         return parts_.strictOptions.moveOverhead.number;
     }
 
@@ -138,7 +138,7 @@ private:
     [[nodiscard]] CPosition& PositionAtRest();
     void MakeRoomForMoves();
 
-    std::int32_t forgottenPlies_ = 0;  ///< since the position was set
+    int forgottenPlies_ = 0;  ///< since the position was set
 };
 
 }  // namespace brenquil

@@ -14,9 +14,9 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::int32_t DeepestStaticPruning = 3;
-constexpr std::int32_t FewestMenForStaticPruning = 5;
-constexpr std::int32_t ExtensionDepthOffPv = 6;
+constexpr int DeepestStaticPruning = 3;
+constexpr int FewestMenForStaticPruning = 5;
+constexpr int ExtensionDepthOffPv = 6;
 
 /// King and pawns are not enough: the side could be in zugzwang, where passing is the best "move".
 bool HasPiece(const CPosition& position, Colour colour) noexcept {
@@ -26,7 +26,7 @@ bool HasPiece(const CPosition& position, Colour colour) noexcept {
 
 }  // namespace
 
-Score CSearch::SearchRoot(std::int32_t depth) noexcept {
+Score CSearch::SearchRoot(int depth) noexcept {
     assert(master_ != nullptr && depth > 0);
     pv_[0].count = 0;
     nodes_.AddLossily(1);
@@ -38,8 +38,7 @@ Score CSearch::SearchRoot(std::int32_t depth) noexcept {
     return StoreResult(node);
 }
 
-Score CSearch::AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
-                         bool afterNull) noexcept {
+Score CSearch::AlphaBeta(int depth, int ply, Score alpha, Score beta, bool afterNull) noexcept {
     assert(ply >= 0 && ply <= MaxPly);
     pv_[ply].count = 0;
     nodes_.AddLossily(1);
@@ -94,8 +93,7 @@ bool CSearch::IsRepetition() const noexcept {
     return false;
 }
 
-std::optional<Score> CSearch::ProbeTable(std::int32_t depth, Score alpha,
-                                         Score beta) const noexcept {
+std::optional<Score> CSearch::ProbeTable(int depth, Score alpha, Score beta) const noexcept {
     const auto hit = hash_.Probe(position_.key);
     if (!hit || hit->depth < depth) {
         return std::nullopt;
@@ -108,7 +106,7 @@ std::optional<Score> CSearch::ProbeTable(std::int32_t depth, Score alpha,
     return std::nullopt;
 }
 
-std::optional<Score> CSearch::ProbeBases(std::int32_t depth, std::int32_t ply) {
+std::optional<Score> CSearch::ProbeBases(int depth, int ply) {
     Score score = 0;
     return bases_.ProbeSearch(score, position_, depth, ply) ? std::optional(score) : std::nullopt;
 }
@@ -199,7 +197,7 @@ bool CSearch::IsQuiet(Move move) const noexcept {
 
 /// A ply for a check and a ply for a pawn one step from promotion. After `MakeMove`. This is the
 /// step that costs nodes: without it 0.78 times as many.
-std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) const noexcept {
+int CSearch::ExtensionOf(const Node& node, Move move, Piece moved) const noexcept {
     if ((!node.isPv && node.depth >= ExtensionDepthOffPv) || !options_.useExtensions.enabled) {
         return 0;
     }
@@ -210,8 +208,8 @@ std::int32_t CSearch::ExtensionOf(const Node& node, Move move, Piece moved) cons
 
 /// Late quiet moves that have mostly failed are searched one ply less deep. Counts the moves that
 /// qualify; the first few of them are spared. After `MakeMove`. Without it 1.41 times the nodes.
-std::int32_t CSearch::ReductionOf(Node& node, Move move, Piece moved, std::int32_t extension,
-                                  bool isQuiet) const noexcept {
+int CSearch::ReductionOf(Node& node, Move move, Piece moved, int extension,
+                         bool isQuiet) const noexcept {
     if (!isQuiet || extension != 0 || node.isPv || node.inCheck || position_.inCheck ||
         node.depth < options_.lmrMinDepth.number || !options_.useLmr.enabled) {
         return 0;
@@ -226,8 +224,8 @@ std::int32_t CSearch::ReductionOf(Node& node, Move move, Piece moved, std::int32
 
 /// A move that stands on the board, extended or reduced.
 Score CSearch::SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet) noexcept {
-    const std::int32_t extension = ExtensionOf(node, move, moved);
-    const std::int32_t reduction = ReductionOf(node, move, moved, extension, isQuiet);
+    const int extension = ExtensionOf(node, move, moved);
+    const int reduction = ReductionOf(node, move, moved, extension, isQuiet);
     return SearchMove(node, node.depth - 1 + extension - reduction, reduction);
 }
 
@@ -236,7 +234,7 @@ Score CSearch::SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet)
 Score CSearch::SearchRootMove(const Node& node, Move move) noexcept {
     master_->RootMoveBegins(move, node.legalMoves);
     const bool isExtended = position_.inCheck && options_.useExtensions.enabled;
-    const std::int32_t newDepth = isExtended ? node.depth : node.depth - 1;
+    const int newDepth = isExtended ? node.depth : node.depth - 1;
     Score value = 0;
     if (options_.multiPv.number > 1) {
         const Score delta = options_.multiPvDelta.Bounded();
@@ -250,9 +248,8 @@ Score CSearch::SearchRootMove(const Node& node, Move move) noexcept {
 
 /// Principal variation search of the move that stands on the board: the first with the whole
 /// window, the others with a null window and again if they turn out better.
-Score CSearch::SearchMove(const Node& node, std::int32_t newDepth,
-                          std::int32_t reduction) noexcept {
-    const std::int32_t ply = node.ply + 1;
+Score CSearch::SearchMove(const Node& node, int newDepth, int reduction) noexcept {
+    const int ply = node.ply + 1;
     if (node.legalMoves == 1) {
         return -AlphaBeta(newDepth, ply, -node.beta, -node.alpha, false);
     }

@@ -103,8 +103,7 @@ void CHashTable::BeginSearch(bool isFromNothing) noexcept {
     }
 }
 
-void CHashTable::Store(std::uint64_t key, Score score, std::int32_t depth, Bound bound,
-                       Move move) noexcept {
+void CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept {
     if (blocks_ == nullptr) [[unlikely]] {
         return;
     }

@@ -31,7 +31,7 @@ enum class Bound : std::uint8_t { Exact = 0, Upper = 1, Lower = 2 };
 
 /// An entry as a reader sees it.
 struct HashHit {
-    std::int32_t depth;  ///< 0 to 65535: a negative depth was stored wrapped round, as it stands
+    int depth;  ///< 0 to 65535: a negative depth was stored wrapped round, as it stands
     Score score;
     Move move;  ///< `NoMove` if none is known; not yet tested against the position
     Bound bound;
@@ -80,7 +80,7 @@ public:
 
     /// Replaces what the slot holds, whatever its key, unless that is deeper and of this search. A
     /// store without a move overwrites one with a move.
-    void Store(std::uint64_t key, Score score, std::int32_t depth, Bound bound, Move move) noexcept;
+    void Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept;
 
     /// Asks the processor for the cache line of a key that will soon be probed.
     void Prefetch(std::uint64_t key) const noexcept {

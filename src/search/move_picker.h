@@ -47,10 +47,10 @@ enum class PickStage : std::uint32_t {
 
 /// Takes the best of a list from `index` on: walks to the end and exchanges the entry at `index`
 /// with every later one of a strictly higher key. There is an entry at `index`.
-[[nodiscard]] inline Move TakeBest(MoveList& list, std::int32_t index) noexcept {
+[[nodiscard]] inline Move TakeBest(MoveList& list, int index) noexcept {
     assert(index >= 0 && index < list.count);
     Move best = list[index];
-    for (std::int32_t later = index + 1; later < list.count; ++later) {
+    for (int later = index + 1; later < list.count; ++later) {
         best = ExchangeIfHigher(list[later], best);
     }
     list[index] = best;
@@ -114,7 +114,7 @@ public:
 
 private:
     /// Brings the move that `TakeBest` would take to the place `index`.
-    void Select(std::int32_t index) noexcept {
+    void Select(int index) noexcept {
         if (list.count > MaskedEntries) [[unlikely]] {
             static_cast<void>(TakeBest(list, index));
             return;
@@ -135,26 +135,26 @@ private:
         list[index] = best;
     }
 
-    static constexpr std::int32_t MaskedEntries = 64;
+    static constexpr int MaskedEntries = 64;
 
-    std::int32_t next_ = 0;
+    int next_ = 0;
     std::uint64_t raised_ = 0;  ///< one bit an entry; used while the bits are enough
 };
 
 /// The state of one node. There is one record for each ply, reused by every node of that ply.
 struct CMovePicker {
-    std::int32_t ply = 0;  ///< index into the killers
+    int ply = 0;  ///< index into the killers
     PickStage stage = PickStage::HashMove;
-    std::int32_t index = 0;  ///< next place in the list of captures that is being handed out
-    Move hashMove{0};        ///< what stage `HashMove` returned; `NoMove` if nothing
-    Move killerMove1{0};     ///< the same for the first killer
-    Move killerMove2{0};     ///< the same for the second killer
+    int index = 0;        ///< next place in the list of captures that is being handed out
+    Move hashMove{0};     ///< what stage `HashMove` returned; `NoMove` if nothing
+    Move killerMove1{0};  ///< the same for the first killer
+    Move killerMove2{0};  ///< the same for the second killer
     MoveList goodList;
     CQuietList quietList;
     MoveList badList;
 
     /// Prepares the record for a node.
-    void Reset(std::int32_t nodePly) noexcept {
+    void Reset(int nodePly) noexcept {
         ply = nodePly;
         stage = PickStage::HashMove;
         index = 0;

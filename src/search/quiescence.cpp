@@ -10,7 +10,7 @@ namespace brenquil {
 /// Small on purpose: no table, no bases, no repetition, no quiet checks. In check every evasion is
 /// searched, so a mate can be found; otherwise captures and promotions that do not lose material
 /// by the exchange test. Fail-soft on a move's cut-off, `beta` itself on standing pat.
-Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Score beta) noexcept {
+Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
     assert(ply >= 0 && ply <= MaxPly && qply >= 0);
     nodes_.AddLossily(1);
     CheckLimits(ply);
@@ -40,8 +40,8 @@ Score CSearch::Quiescence(std::int32_t ply, std::int32_t qply, Score alpha, Scor
         generator_.GenerateCaptures(moves);
     }
 
-    std::int32_t legalMoves = 0;
-    for (std::int32_t index = 0; index < moves.count; ++index) {
+    int legalMoves = 0;
+    for (int index = 0; index < moves.count; ++index) {
         // `GenerateCaptures` has taken the first already.
         const Move move = index == 0 && !inCheck ? moves[0] : TakeBest(moves, index);
         if (!inCheck && NeedsExchangeTest(move, position_) && LosesExchange(position_, move)) {

@@ -13,7 +13,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::int32_t FewMen = 5;
+constexpr int FewMen = 5;
 constexpr Score NearlyEqual = 100;
 
 /// No list wants every move.
@@ -151,7 +151,7 @@ void CRootSearch::NameSomeMove() {
         bestLine_.Append(FirstMove());
         score = search_.StaticScore();
     }
-    const std::int32_t number = options_.multiPv.number >= 2 ? 1 : 0;
+    const int number = options_.multiPv.number >= 2 ? 1 : 0;
     receiver_.PrintPv({1, 1, score, -MateScore, MateScore, &bestLine_, number}, Statistics());
 }
 
@@ -159,7 +159,7 @@ void CRootSearch::NameSomeMove() {
 /// whole, though its best move may have been better. When a rule ends the search the last line is
 /// not printed, unless the manners ask for it; the best move is taken from it in any case.
 void CRootSearch::Iterate() {
-    for (std::int32_t depth = 1; depth < timeControl_.IterationBound(); ++depth) {
+    for (int depth = 1; depth < timeControl_.IterationBound(); ++depth) {
         search_.ResetSeldepth();
         lineCount_ = 0;
         const Score score = search_.SearchRoot(depth);
@@ -211,14 +211,14 @@ bool CRootSearch::IsRootMoveWanted(Move move) const noexcept {
     return IsWanted(move, timeControl_.Limits().searchmoves);
 }
 
-void CRootSearch::RootMoveBegins(Move move, std::int32_t number) {
+void CRootSearch::RootMoveBegins(Move move, int number) {
     if (areMovesReported_) {
         receiver_.PrintCurrMove(move, number);
     }
 }
 
 /// Reports what the table holds of the reply, while the move stands on the board.
-void CRootSearch::RootMoveEnds(Move move, std::int32_t depth) {
+void CRootSearch::RootMoveEnds(Move move, int depth) {
     if (!areMovesReported_) {
         return;
     }
@@ -265,11 +265,11 @@ bool CRootSearch::DropWorstLine(Score value) noexcept {
 /// Cuts a line where the game ends by repetition or by the fifty-move rule, and continues one that
 /// is shorter than it was when its nodes were searched: with moves of the table, as long as they
 /// are legal and do not end the game so.
-void CRootSearch::FinishLine(PvLine& line, std::int32_t length) noexcept {
+void CRootSearch::FinishLine(PvLine& line, int length) noexcept {
     const auto isDrawn = [this] {
         return position_.halfmoveClock >= FiftyMoves || search_.IsRepetition();
     };
-    std::int32_t made = 0;
+    int made = 0;
     bool isOver = false;
     while (made < line.count && !isOver && position_.MakeMove(line[made])) {
         ++made;
@@ -289,16 +289,16 @@ void CRootSearch::FinishLine(PvLine& line, std::int32_t length) noexcept {
             break;
         }
     }
-    for (std::int32_t i = line.count; i > 0;) {
+    for (int i = line.count; i > 0;) {
         position_.UndoMove(line[--i]);
     }
 }
 
 /// Appends the stored best moves along the line from the current position, as far as they can be
 /// made there.
-void CRootSearch::ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept {
-    const std::int32_t before = line.count;
-    for (std::int32_t length = 0; length < maxLength && line.count < PvLine::Capacity; ++length) {
+void CRootSearch::ExtractHashLine(PvLine& line, int maxLength) noexcept {
+    const int before = line.count;
+    for (int length = 0; length < maxLength && line.count < PvLine::Capacity; ++length) {
         const auto hit = hash_.Probe(position_.key);
         if (!hit || hit->move.IsNone() || !CanFollow(hit->move, position_, generator_) ||
             !position_.MakeMove(hit->move)) {
@@ -306,15 +306,15 @@ void CRootSearch::ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept
         }
         line.Append(hit->move);
     }
-    for (std::int32_t i = line.count; i > before;) {
+    for (int i = line.count; i > before;) {
         position_.UndoMove(line[--i]);
     }
 }
 
 /// A small endgame with a nearly equal score is reported as a dead draw; the score itself goes on
 /// steering the search.
-void CRootSearch::OutputPv(std::int32_t depth, Score score) {
-    const std::int32_t selectiveDepth = depth + search_.Seldepth();
+void CRootSearch::OutputPv(int depth, Score score) {
+    const int selectiveDepth = depth + search_.Seldepth();
     if (options_.multiPv.number >= 2) {
         OutputLines(depth, selectiveDepth);
         return;
@@ -333,9 +333,9 @@ void CRootSearch::OutputPv(std::int32_t depth, Score score) {
 
 /// One pass of selection sort for each line that is printed. Lines that failed low are printed with
 /// their bound as the score.
-void CRootSearch::OutputLines(std::int32_t depth, std::int32_t selectiveDepth) {
+void CRootSearch::OutputLines(int depth, int selectiveDepth) {
     std::span<ScoredLine> rest(lines_.data(), lineCount_);
-    for (std::int32_t number = 1; number <= options_.multiPv.number && !rest.empty(); ++number) {
+    for (int number = 1; number <= options_.multiPv.number && !rest.empty(); ++number) {
         ScoredLine& slot = rest.front();
         rest = rest.subspan(1);
         for (ScoredLine& candidate : rest) {

@@ -74,8 +74,8 @@ private:
     // What the search asks and tells.
     [[nodiscard]] std::int64_t LookAtLimits() noexcept override;
     [[nodiscard]] bool IsRootMoveWanted(Move move) const noexcept override;
-    void RootMoveBegins(Move move, std::int32_t number) override;
-    void RootMoveEnds(Move move, std::int32_t depth) override;
+    void RootMoveBegins(Move move, int number) override;
+    void RootMoveEnds(Move move, int depth) override;
     void RootMoveIsScored(Move move, Score value) noexcept override;
 
     [[nodiscard]] bool AnswerFromBases(const MoveList& wanted);
@@ -85,11 +85,11 @@ private:
     void HoldBack() noexcept;
     [[nodiscard]] bool DropWorstLine(Score value) noexcept;
     void NameSomeMove();
-    void FinishLine(PvLine& line, std::int32_t length) noexcept;
+    void FinishLine(PvLine& line, int length) noexcept;
     void LookAtClock() noexcept;
-    void ExtractHashLine(PvLine& line, std::int32_t maxLength) noexcept;
-    void OutputPv(std::int32_t depth, Score score);
-    void OutputLines(std::int32_t depth, std::int32_t selectiveDepth);
+    void ExtractHashLine(PvLine& line, int maxLength) noexcept;
+    void OutputPv(int depth, Score score);
+    void OutputLines(int depth, int selectiveDepth);
     void PrintStatus();
     void PrintResult();
     [[nodiscard]] std::uint64_t Nodes() const noexcept;

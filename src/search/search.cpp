@@ -30,7 +30,7 @@ void CSearch::SetMaster(ISearchMaster& master, std::int64_t checks) noexcept {
     countdown_ = checks;
 }
 
-void CSearch::BuildLine(PvLine& line, std::int32_t ply, Move move) const noexcept {
+void CSearch::BuildLine(PvLine& line, int ply, Move move) const noexcept {
     assert(ply >= 0 && ply <= MaxPly && !move.IsNone());
     line.count = 0;
     line.Append(move);

@@ -43,12 +43,12 @@ struct SearchContext {
 };
 
 /// Half-moves without a capture or pawn move that make a game drawn.
-inline constexpr std::int32_t FiftyMoves = 100;
+inline constexpr int FiftyMoves = 100;
 
 class CSearch {
 public:
     /// Nodes of this ply or deeper stop the search; it bounds every table indexed by ply.
-    static constexpr std::int32_t MaxPly = 255;
+    static constexpr int MaxPly = 255;
 
     /// Bound to a position for life, and reset.
     CSearch(CPosition& position, const SearchContext& context);
@@ -67,7 +67,7 @@ public:
     /// Opens with the full window, and takes its moves from the picker like any other node: there
     /// is no stored root order. Returns -32000 when it was stopped before its first move, and the
     /// best score so far when it was stopped later.
-    [[nodiscard]] Score SearchRoot(std::int32_t depth) noexcept;
+    [[nodiscard]] Score SearchRoot(int depth) noexcept;
 
     /// The full-width search of a node.
     ///
@@ -75,19 +75,18 @@ public:
     /// distance from the root; 0 at a worker's root. `afterNull`: the move before was a null move.
     /// Returns the score from the view of the side to move: `alpha` itself when nothing beats it
     /// (and when stopped), a value of `beta` or more on a cut-off.
-    [[nodiscard]] Score AlphaBeta(std::int32_t depth, std::int32_t ply, Score alpha, Score beta,
+    [[nodiscard]] Score AlphaBeta(int depth, int ply, Score alpha, Score beta,
                                   bool afterNull) noexcept;
 
     /// Resolves captures, promotions and checks below the horizon. `qply` is 0 at the horizon.
-    [[nodiscard]] Score Quiescence(std::int32_t ply, std::int32_t qply, Score alpha,
-                                   Score beta) noexcept;
+    [[nodiscard]] Score Quiescence(int ply, int qply, Score alpha, Score beta) noexcept;
 
     /// The next move of a node, `NoMove` at the end.
     [[nodiscard]] Move NextMove(CMovePicker& picker) noexcept;
 
     /// Bounds the ply, which every thread does, and counts down to the master's next look at its
     /// limits. A limit acts through the stop flag.
-    void CheckLimits(std::int32_t ply) noexcept {
+    void CheckLimits(int ply) noexcept {
         if (ply >= MaxPly || position_.ply >= CPosition::UndoCapacity) [[unlikely]] {
             stop_ = true;
         }
@@ -118,7 +117,7 @@ public:
     void AddNodes(std::uint64_t nodes) noexcept { nodes_.AddLossily(nodes); }
 
     /// The deepest quiescence ply since `ResetSeldepth`, counted from the horizon.
-    [[nodiscard]] std::int32_t Seldepth() const noexcept { return seldepth_; }
+    [[nodiscard]] int Seldepth() const noexcept { return seldepth_; }
 
     void ResetSeldepth() noexcept { seldepth_ = 0; }
 
@@ -129,41 +128,40 @@ public:
     [[nodiscard]] const PvLine& RootLine() const noexcept { return pv_[0]; }
 
     /// Makes `line` this move followed by the principal variation of the ply after it.
-    void BuildLine(PvLine& line, std::int32_t ply, Move move) const noexcept;
+    void BuildLine(PvLine& line, int ply, Move move) const noexcept;
 
 private:
     /// What the steps of one node share.
     struct Node {
-        std::int32_t depth;
-        std::int32_t ply;
+        int depth;
+        int ply;
         Score alpha;
         Score beta;
         bool inCheck;  ///< at entry
         bool isPv;     ///< the window was wider than one point at entry
         Bound bound = Bound::Upper;
         Move bestMove{0};
-        std::int32_t legalMoves = 0;
-        std::int32_t reducible = 0;  ///< moves so far that met every condition of a reduction
+        int legalMoves = 0;
+        int reducible = 0;  ///< moves so far that met every condition of a reduction
     };
 
     /// A countdown that no search lives to the end of.
     static constexpr std::int64_t Endless = std::numeric_limits<std::int64_t>::max();
 
     // alpha_beta.cpp
-    [[nodiscard]] std::optional<Score> ProbeTable(std::int32_t depth, Score alpha,
+    [[nodiscard]] std::optional<Score> ProbeTable(int depth, Score alpha,
                                                   Score beta) const noexcept;
-    [[nodiscard]] std::optional<Score> ProbeBases(std::int32_t depth, std::int32_t ply);
+    [[nodiscard]] std::optional<Score> ProbeBases(int depth, int ply);
     [[nodiscard]] std::optional<Score> PruneStatically(const Node& node) noexcept;
     [[nodiscard]] std::optional<Score> TryNullMove(const Node& node, bool afterNull) noexcept;
     template <bool IsRoot>
     [[nodiscard]] bool SearchMoves(Node& node) noexcept;
     [[nodiscard]] Score SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet) noexcept;
     [[nodiscard]] Score SearchRootMove(const Node& node, Move move) noexcept;
-    [[nodiscard]] Score SearchMove(const Node& node, std::int32_t newDepth,
-                                   std::int32_t reduction) noexcept;
-    [[nodiscard]] std::int32_t ExtensionOf(const Node& node, Move move, Piece moved) const noexcept;
-    [[nodiscard]] std::int32_t ReductionOf(Node& node, Move move, Piece moved,
-                                           std::int32_t extension, bool isQuiet) const noexcept;
+    [[nodiscard]] Score SearchMove(const Node& node, int newDepth, int reduction) noexcept;
+    [[nodiscard]] int ExtensionOf(const Node& node, Move move, Piece moved) const noexcept;
+    [[nodiscard]] int ReductionOf(Node& node, Move move, Piece moved, int extension,
+                                  bool isQuiet) const noexcept;
     void LearnFromSuccess(const Node& node, Move move, Piece moved, Score value) noexcept;
     void RaiseAlpha(Node& node, Move move, Score value) noexcept;
     [[nodiscard]] Score StoreResult(const Node& node) noexcept;
@@ -196,7 +194,7 @@ private:
     Relaxed<bool> stop_{false};  ///< set by other threads as well
     Relaxed<std::uint64_t> nodes_{0};
     std::int64_t countdown_ = Endless;  ///< checks until the master's next look at its limits
-    std::int32_t seldepth_ = 0;
+    int seldepth_ = 0;
     ISearchMaster* master_ = nullptr;  ///< null in a worker, whose countdown never ends
 
     CEvaluation evaluation_;

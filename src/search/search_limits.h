@@ -8,7 +8,7 @@
 namespace brenquil {
 
 /// The deepest iteration of any thread, in plies.
-inline constexpr std::int32_t DeepestIteration = 254;
+inline constexpr int DeepestIteration = 254;
 
 /// A clock that is not given. Clocks are read as unsigned, so this is also the largest value.
 inline constexpr std::int32_t ClockNotGiven = -1;

@@ -24,10 +24,10 @@ public:
     [[nodiscard]] virtual bool IsRootMoveWanted(Move move) const noexcept = 0;
 
     /// The root move stands on the board and is about to be searched. `number` counts from 1.
-    virtual void RootMoveBegins(Move move, std::int32_t number) = 0;
+    virtual void RootMoveBegins(Move move, int number) = 0;
 
     /// The root move has been searched, or the search was stopped, and still stands on the board.
-    virtual void RootMoveEnds(Move move, std::int32_t depth) = 0;
+    virtual void RootMoveEnds(Move move, int depth) = 0;
 
     /// The root move has this value and has been taken back. Not called when the search was
     /// stopped.

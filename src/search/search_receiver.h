@@ -21,13 +21,13 @@ struct SearchStatistics {
 
 /// One finished line of one iteration.
 struct PvReport {
-    std::int32_t depth = 0;
-    std::int32_t selectiveDepth = 0;
+    int depth = 0;
+    int selectiveDepth = 0;
     Score score = 0;
     Score alpha = 0;  ///< a score below is an upper bound
     Score beta = 0;   ///< a score above is a lower bound
     const PvLine* line = nullptr;
-    std::int32_t multiPv = 0;  ///< 1 and up; 0 when only one line is asked for
+    int multiPv = 0;  ///< 1 and up; 0 when only one line is asked for
 };
 
 /// Called on the master's thread, or before it starts. Moves are those of lines that begin at the
@@ -45,7 +45,7 @@ public:
     virtual void PrintPv(const PvReport& report, const SearchStatistics& statistics) = 0;
 
     /// `number` counts the root moves of the iteration from 1.
-    virtual void PrintCurrMove(Move move, std::int32_t number) = 0;
+    virtual void PrintCurrMove(Move move, int number) = 0;
 
     /// `line` is the reply that refutes `move`, without the move itself.
     virtual void PrintRefutation(Move move, const PvLine& line) = 0;

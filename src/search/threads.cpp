@@ -24,15 +24,15 @@ CWorkerThread::CWorkerThread(const SearchContext& context, const CPosition& root
 
 /// The search is fresh from its constructor and is not reset here: that could undo a stop.
 void CWorkerThread::Run() {
-    for (std::int32_t depth = 1; depth <= DeepestIteration && !search_.IsStopped(); ++depth) {
+    for (int depth = 1; depth <= DeepestIteration && !search_.IsStopped(); ++depth) {
         static_cast<void>(search_.AlphaBeta(depth, 0, -MateScore, MateScore, false));
     }
 }
 
 void CWorkerList::Start(const CPosition& root) {
     Stop();
-    const std::int32_t threads = std::min(context_.options.threads.number.Load(), MaxThreads);
-    for (std::int32_t worker = 1; worker < threads; ++worker) {
+    const int threads = std::min(context_.options.threads.number.Load(), MaxThreads);
+    for (int worker = 1; worker < threads; ++worker) {
         if (!StartOne(root)) {
             return;  // the search goes on with the workers there are
         }

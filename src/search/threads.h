@@ -88,7 +88,7 @@ public:
 class CWorkerList final : public IWorkers {
 public:
     /// More threads than this are not started, whatever the option says: each takes a megabyte.
-    static constexpr std::int32_t MaxThreads = 256;
+    static constexpr int MaxThreads = 256;
 
     explicit CWorkerList(const SearchContext& context) noexcept : context_(context) {}
 

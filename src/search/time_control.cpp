@@ -52,17 +52,17 @@ void CTimeControl::ShareOut(Colour sideToMove) noexcept {
     }
 }
 
-std::int32_t CTimeControl::IterationBound() const noexcept {
+int CTimeControl::IterationBound() const noexcept {
     if (limits_.mate != 0) {
         return std::min(limits_.mate, DeepestIteration) + 1;  // plies, not moves
     }
     return (limits_.depth > 0 ? std::min(limits_.depth, DeepestIteration) : DeepestIteration) + 1;
 }
 
-bool CTimeControl::MayFinish(Score score, std::int32_t depth) const noexcept {
+bool CTimeControl::MayFinish(Score score, int depth) const noexcept {
     assert(depth > 0);
     // Negative when this side is mated, which ends the search at any depth.
-    const std::int32_t distance = MateDistance(score);
+    const int distance = MateDistance(score);
     if (distance != 0 && depth >= distance) {
         return true;
     }
@@ -97,7 +97,7 @@ std::uint32_t CTimeControl::Ticks() const noexcept {
     return TickCount() - startTicks_;
 }
 
-std::int32_t CTimeControl::Clock() const noexcept {
+int CTimeControl::Clock() const noexcept {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(WallClock()) -
                                      static_cast<std::uint32_t>(startClock_));
 }

@@ -29,7 +29,7 @@ public:
 
     /// The first depth that is too deep to be searched: 255 at most, and 1 or less for a negative
     /// `mate`, which leaves nothing to search.
-    [[nodiscard]] std::int32_t IterationBound() const noexcept;
+    [[nodiscard]] int IterationBound() const noexcept;
 
     /// The search holds its move back until it is stopped, or until the hard limit passes.
     [[nodiscard]] bool IsUnbounded() const noexcept {
@@ -38,7 +38,7 @@ public:
 
     /// After an iteration of this depth and score: whether a search that may end by itself should.
     /// A mate that no deeper iteration can shorten ends it, and so does the soft limit.
-    [[nodiscard]] bool MayFinish(Score score, std::int32_t depth) const noexcept;
+    [[nodiscard]] bool MayFinish(Score score, int depth) const noexcept;
 
     [[nodiscard]] bool HasNodeLimit() const noexcept { return limits_.nodes != 0; }
 

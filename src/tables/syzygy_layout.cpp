@@ -207,7 +207,7 @@ bool CSyzygyLayout::SquaresOf(std::uint64_t number, EndingSquares& squares) cons
     for (const Group& group : groups_) {
         std::uint64_t rest = number / group.factor % group.size;
         Bitboard taken = 0;
-        std::int32_t place = 63;
+        int place = 63;
         for (std::size_t man = group.count; man-- > 0;) {
             // The highest place whose combinations do not pass the rest.
             while (BinomialTable[man][place] > rest) {

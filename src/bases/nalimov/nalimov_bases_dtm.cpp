@@ -44,7 +44,7 @@ void CNalimovBasesDTM::SetPath(const std::string& path) {
 }
 
 void CNalimovBasesDTM::SetCache(const std::string& megabytes) {
-    const std::int32_t size = IsNumeric(megabytes) ? ToInteger(megabytes) : cache_.Megabytes();
+    const int size = IsNumeric(megabytes) ? ToInteger(megabytes) : cache_.Megabytes();
     if (size != cache_.Megabytes()) {
         host_.EndSearch();
         cache_.Resize(size);

@@ -16,7 +16,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::int32_t KppkpTable = 36;
+constexpr int KppkpTable = 36;
 
 /// Places of kppkp with Black to move that are known to be wrong in the files: White's pawns on e3
 /// and e4 win slowly.
@@ -59,7 +59,7 @@ void MarkBroken(std::span<std::uint8_t> rest, bool isTwoByte) noexcept {
 
 }  // namespace
 
-void CNalimovCache::Resize(std::int32_t megabytes) {
+void CNalimovCache::Resize(int megabytes) {
     if (megabytes == megabytes_) {
         return;
     }
@@ -112,7 +112,7 @@ void CNalimovCache::PrepareDecoding() {
     }
 }
 
-int CNalimovCache::ReadValue(std::int32_t table, int side, std::uint64_t index) noexcept {
+int CNalimovCache::ReadValue(int table, int side, std::uint64_t index) noexcept {
     assert(side == 0 || side == 1);
     const NalimovTable& row = tables_.Table(table);
     side = row.IsSymmetric() ? 0 : side;
@@ -139,7 +139,7 @@ int CNalimovCache::ReadValue(std::int32_t table, int side, std::uint64_t index) 
     return high == NoValue ? NoValue : (low & 0xFF) + 256 * high;
 }
 
-int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
+int CNalimovCache::CacheByte(int table, int side, std::uint32_t block,
                              std::uint32_t offset) noexcept {
     assert(offset < NalimovBlockSize);
     const auto byteOf = [offset](const NalimovCacheEntry& found) {
@@ -189,7 +189,7 @@ int CNalimovCache::CacheByte(std::int32_t table, int side, std::uint32_t block,
     return byteOf(entry);
 }
 
-NalimovBucket& CNalimovCache::BucketOf(std::int32_t table, int side, std::uint32_t block) noexcept {
+NalimovBucket& CNalimovCache::BucketOf(int table, int side, std::uint32_t block) noexcept {
     NalimovSide& files = *tables_.Table(table).sides[side];
     return files.buckets[block % NalimovBuckets];
 }

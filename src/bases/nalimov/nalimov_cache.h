@@ -32,8 +32,8 @@ namespace brenquil {
 
 /// Header of one block of the cache.
 struct NalimovCacheEntry {
-    std::int32_t table = 0;
-    std::int32_t side = 0;
+    int table = 0;
+    int side = 0;
     std::uint32_t block = 0;
     NalimovCacheEntry* lruNext = nullptr;  ///< towards the older end; next free entry
     NalimovCacheEntry* lruPrev = nullptr;  ///< towards the newer end
@@ -72,7 +72,7 @@ public:
 
     /// Gives the cache this many mebibytes and empties it. The present size changes nothing. With
     /// 0, or when there is no memory, there are no blocks, and then there are no answers.
-    void Resize(std::int32_t megabytes);
+    void Resize(int megabytes);
 
     /// Before other tables are registered: takes all blocks out of the chains that will go.
     void Clear() noexcept;
@@ -81,16 +81,16 @@ public:
     /// the program when there is no memory for them.
     void PrepareDecoding();
 
-    [[nodiscard]] std::int32_t Megabytes() const noexcept { return megabytes_; }
+    [[nodiscard]] int Megabytes() const noexcept { return megabytes_; }
 
     [[nodiscard]] std::size_t BlockCount() const noexcept { return blockCount_; }
 
     /// The value at an index of a table's side; `NoValue` if it cannot be had. Positive values win
     /// for the side to move, negative ones lose.
-    [[nodiscard]] int ReadValue(std::int32_t table, int side, std::uint64_t index) noexcept;
+    [[nodiscard]] int ReadValue(int table, int side, std::uint64_t index) noexcept;
 
     /// One signed byte of a block of a side; `NoValue` if it cannot be read.
-    [[nodiscard]] int CacheByte(std::int32_t table, int side, std::uint32_t block,
+    [[nodiscard]] int CacheByte(int table, int side, std::uint32_t block,
                                 std::uint32_t offset) noexcept;
 
 private:
@@ -101,8 +101,8 @@ private:
 
     /// Which block an entry held at some moment.
     struct BlockName {
-        std::int32_t table = 0;
-        std::int32_t side = 0;
+        int table = 0;
+        int side = 0;
         std::uint32_t block = 0;
     };
 
@@ -114,8 +114,7 @@ private:
         NalimovCacheEntry* free = nullptr;
     };
 
-    [[nodiscard]] NalimovBucket& BucketOf(std::int32_t table, int side,
-                                          std::uint32_t block) noexcept;
+    [[nodiscard]] NalimovBucket& BucketOf(int table, int side, std::uint32_t block) noexcept;
     [[nodiscard]] NalimovCacheEntry* Claim() noexcept;
     [[nodiscard]] NalimovCacheEntry* Evict(NalimovCacheEntry* oldest,
                                            const BlockName& seen) noexcept;
@@ -134,7 +133,7 @@ private:
 
     IHost& host_;
     CNalimovTables& tables_;
-    std::int32_t megabytes_ = 0;
+    int megabytes_ = 0;
     CPages pages_;
     std::size_t blockCount_ = 0;
     NalimovLruLock lru_;

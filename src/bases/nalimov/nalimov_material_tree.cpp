@@ -12,23 +12,23 @@ constexpr int Levels = std::tuple_size_v<NalimovCounts>;
 
 CNalimovMaterialTree::CNalimovMaterialTree() : root_(AddNode(0, MostMen)) {}
 
-std::int32_t CNalimovMaterialTree::AddNode(int level, int limit) {
+int CNalimovMaterialTree::AddNode(int level, int limit) {
     const std::size_t place = nodes_.size();
     nodes_.push_back(limit);
     nodes_.resize(nodes_.size() + limit + 1, 0);
     if (level + 1 < Levels) {
         for (int count = 0; count <= limit; ++count) {
-            const std::int32_t child = AddNode(level + 1, limit - count);
+            const int child = AddNode(level + 1, limit - count);
             nodes_[place + 1 + count] = child;
         }
     }
-    return static_cast<std::int32_t>(place);
+    return static_cast<int>(place);
 }
 
 std::size_t CNalimovMaterialTree::EntryOf(const NalimovCounts& counts) const noexcept {
     std::size_t place = root_;
     for (std::size_t level = 0;; ++level) {
-        const std::int32_t count = counts[level];
+        const int count = counts[level];
         if (count < 0 || count > nodes_[place]) {
             return NoEntry;
         }
@@ -40,7 +40,7 @@ std::size_t CNalimovMaterialTree::EntryOf(const NalimovCounts& counts) const noe
     }
 }
 
-bool CNalimovMaterialTree::Enter(const NalimovCounts& counts, std::int32_t table) noexcept {
+bool CNalimovMaterialTree::Enter(const NalimovCounts& counts, int table) noexcept {
     const std::size_t entry = EntryOf(counts);
     if (entry == NoEntry) {
         return false;
@@ -49,7 +49,7 @@ bool CNalimovMaterialTree::Enter(const NalimovCounts& counts, std::int32_t table
     return true;
 }
 
-std::int32_t CNalimovMaterialTree::Find(const NalimovCounts& counts) const noexcept {
+int CNalimovMaterialTree::Find(const NalimovCounts& counts) const noexcept {
     const std::size_t entry = EntryOf(counts);
     return entry == NoEntry ? 0 : nodes_[entry];
 }

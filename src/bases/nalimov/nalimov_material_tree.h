@@ -13,7 +13,7 @@
 namespace brenquil {
 
 /// White's pawns, knights, bishops, rooks and queens, then Black's.
-using NalimovCounts = std::array<std::int32_t, 10>;
+using NalimovCounts = std::array<int, 10>;
 
 class CNalimovMaterialTree {
 public:
@@ -21,23 +21,23 @@ public:
     CNalimovMaterialTree();
 
     /// Sets the table of these counts. False when there are too many men for the tree.
-    [[nodiscard]] bool Enter(const NalimovCounts& counts, std::int32_t table) noexcept;
+    [[nodiscard]] bool Enter(const NalimovCounts& counts, int table) noexcept;
 
     /// The number entered for these counts: positive where White is the first side of the table,
     /// negative where Black is, 0 where there is no table or there are too many men.
-    [[nodiscard]] std::int32_t Find(const NalimovCounts& counts) const noexcept;
+    [[nodiscard]] int Find(const NalimovCounts& counts) const noexcept;
 
 private:
     static constexpr int MostMen = 4;
     static constexpr std::size_t NoEntry = 0;
 
-    std::int32_t AddNode(int level, int limit);
+    int AddNode(int level, int limit);
     [[nodiscard]] std::size_t EntryOf(const NalimovCounts& counts) const noexcept;
 
     /// All nodes: first the limit, then limit + 1 entries, which are the places of the children
     /// or, on the last level, table numbers. Place 0 is taken by nothing.
-    std::vector<std::int32_t> nodes_{0};
-    std::int32_t root_ = 0;
+    std::vector<int> nodes_{0};
+    int root_ = 0;
 };
 
 }  // namespace brenquil

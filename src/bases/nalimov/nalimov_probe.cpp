@@ -8,7 +8,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::int32_t MostOfType = NalimovPieceList::SlotsOfType;
+constexpr int MostOfType = NalimovPieceList::SlotsOfType;
 constexpr int FirstOfBlack = 5;  ///< in `NalimovCounts`
 
 /// The men of a colour, which has one king, lowest squares first. False when the colour has more
@@ -66,12 +66,12 @@ bool NalimovProbe(Score& score, const CPosition& position, const CNalimovTables&
     if (!ListMen(white, counts, position, White) || !ListMen(black, counts, position, Black)) {
         return false;
     }
-    const std::int32_t found = tables.FindTable(counts);
+    const int found = tables.FindTable(counts);
     if (found == 0) {
         return false;
     }
     const bool invert = found < 0;  // Black has the men of the table's first side
-    const std::int32_t number = invert ? -found : found;
+    const int number = invert ? -found : found;
     const int side = (position.sideToMove == White) != invert ? 0 : 1;
     const NalimovTable& table = tables.Table(number);
     if (!HasFile(table, side)) {

@@ -70,7 +70,7 @@ struct NalimovTable {
     /// searched `positions` are 0, and the answer is 1 for every table.
     [[nodiscard]] int Extents(int side) const noexcept;
 
-    std::int32_t index = 0;
+    int index = 0;
     std::uint32_t flags = 0;
     std::array<const CNalimovCalculator*, 2> calculators{};  ///< null until files are looked for
     std::string_view name;
@@ -95,7 +95,7 @@ public:
 
     /// The signed number of the table for these counts, as the tree has it: a table of an earlier
     /// path may be without files.
-    [[nodiscard]] std::int32_t FindTable(const NalimovCounts& counts) const noexcept {
+    [[nodiscard]] int FindTable(const NalimovCounts& counts) const noexcept {
         return tree_.Find(counts);
     }
 
@@ -103,12 +103,12 @@ public:
     void CloseFiles();
 
     /// The table of a number, from 1; number 0 is the two bare kings.
-    [[nodiscard]] NalimovTable& Table(std::int32_t number) noexcept {
+    [[nodiscard]] NalimovTable& Table(int number) noexcept {
         assert(number >= 0 && number <= NalimovTableCount);
         return tables_[number];
     }
 
-    [[nodiscard]] const NalimovTable& Table(std::int32_t number) const noexcept {
+    [[nodiscard]] const NalimovTable& Table(int number) const noexcept {
         assert(number >= 0 && number <= NalimovTableCount);
         return tables_[number];
     }
@@ -117,7 +117,7 @@ public:
     [[nodiscard]] bool HasCompressedFiles() const noexcept { return hasCompressedFiles_; }
 
     /// What RegisterAll returned last: positions of more men need not be looked for.
-    Relaxed<std::int32_t> menLoaded{0};
+    Relaxed<int> menLoaded{0};
 
 private:
     /// What the system said about drive letters during one registration.

@@ -14,9 +14,9 @@ namespace {
 
 /// The largest fifty-move counter that `TbPosition` takes over. It has one byte for it, and the
 /// moves of a probe add to it; beyond 100 its value makes no difference.
-constexpr std::int32_t MostRule50 = 200;
+constexpr int MostRule50 = 200;
 
-[[nodiscard]] TbPosition FromPosition(const CPosition& position, std::int32_t rule50) noexcept {
+[[nodiscard]] TbPosition FromPosition(const CPosition& position, int rule50) noexcept {
     const auto both = [&](PieceType type) {
         return position.PiecesOf(type, Black) | position.PiecesOf(type, White);
     };

@@ -75,7 +75,7 @@ void Batch(CEngine& engine, std::string_view line) {
 
 /// perft <n> [-d]: the last number wins, "-d" stands anywhere.
 void Perft(CEngine& engine, std::string_view line) {
-    std::int32_t depth = 0;
+    int depth = 0;
     bool divided = false;
     for (const std::string& word : Split(ValueOf(line, "perft"), ' ')) {
         if (IsNumeric(word)) {

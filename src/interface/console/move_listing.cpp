@@ -11,7 +11,7 @@ namespace brenquil {
 namespace {
 
 constexpr std::size_t NumberWidth = 3;
-constexpr std::int32_t ShownLineMoves = 5;
+constexpr int ShownLineMoves = 5;
 
 /// Lets the first base that knows the move fill in the record.
 bool AskBases(const CBaseList& bases, BaseMoveInfo& info, Move move, const CPosition& position) {
@@ -22,8 +22,8 @@ bool AskBases(const CBaseList& bases, BaseMoveInfo& info, Move move, const CPosi
 std::string LineText(const BaseMoveInfo& info, const CPosition& position,
                      CastlingNotation notation) {
     std::string text;
-    const std::int32_t shown = std::min(info.line.count, ShownLineMoves);
-    for (std::int32_t i = 0; i < shown; ++i) {
+    const int shown = std::min(info.line.count, ShownLineMoves);
+    for (int i = 0; i < shown; ++i) {
         text += ' ';
         text += CPositionText::MoveToText(info.line[i], position, notation);
     }

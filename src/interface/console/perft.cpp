@@ -12,9 +12,9 @@ namespace brenquil {
 namespace {
 
 /// Plies that are counted within a fraction of a second.
-constexpr std::int32_t ShortDepth = 4;
+constexpr int ShortDepth = 4;
 
-[[nodiscard]] bool IsInRange(std::int32_t depth) noexcept {
+[[nodiscard]] bool IsInRange(int depth) noexcept {
     return depth >= 0 && depth <= CPerft::MaxDepth;
 }
 
@@ -23,7 +23,7 @@ constexpr std::int32_t ShortDepth = 4;
 CPerft::CPerft(ILineSink& sink, CastlingNotation notation)
     : output_(sink), notation_(notation), lists_(MaxDepth + 1) {}
 
-const MoveList& CPerft::MoveListFor(std::int32_t depth) {
+const MoveList& CPerft::MoveListFor(int depth) {
     assert(IsInRange(depth));
     MoveList& list = lists_[depth];
     list.count = 0;
@@ -36,7 +36,7 @@ const MoveList& CPerft::MoveListFor(std::int32_t depth) {
     return list;
 }
 
-std::uint64_t CPerft::CountNodes(std::int32_t depth) {
+std::uint64_t CPerft::CountNodes(int depth) {
     if (!IsInRange(depth)) {
         return 0;
     }
@@ -45,7 +45,7 @@ std::uint64_t CPerft::CountNodes(std::int32_t depth) {
 
 /// The work of CountNodes, for a depth from 1 to MaxDepth. Leaves are made and taken back like any
 /// other node, without the parts of a made move that only a further move would read.
-std::uint64_t CPerft::Count(std::int32_t depth) {
+std::uint64_t CPerft::Count(int depth) {
     assert(depth >= 1 && depth <= MaxDepth);
     std::uint64_t count = 0;
     if (depth == 1) {
@@ -67,7 +67,7 @@ std::uint64_t CPerft::Count(std::int32_t depth) {
 }
 
 /// CountNodes, with calls of `onLongWork` between its parts.
-std::uint64_t CPerft::CountWatched(std::int32_t depth) {
+std::uint64_t CPerft::CountWatched(int depth) {
     if (depth <= ShortDepth) {
         if (onLongWork) {
             onLongWork();
@@ -84,12 +84,12 @@ std::uint64_t CPerft::CountWatched(std::int32_t depth) {
     return count;
 }
 
-std::uint64_t CPerft::Perft(std::int32_t depth) {
+std::uint64_t CPerft::Perft(int depth) {
     if (!IsInRange(depth)) {
         return 0;
     }
     std::uint64_t count = 0;
-    for (std::int32_t d = 1; d <= depth; ++d) {
+    for (int d = 1; d <= depth; ++d) {
         const std::uint32_t start = TickCount();
         count = CountNodes(d);
         const std::uint64_t rate = NodesPerSecond(count, TickCount() - start);
@@ -99,7 +99,7 @@ std::uint64_t CPerft::Perft(std::int32_t depth) {
     return count;
 }
 
-void CPerft::PerftDivide(std::int32_t depth) {
+void CPerft::PerftDivide(int depth) {
     if (!IsInRange(depth) || depth == 0) {
         return;
     }
@@ -129,7 +129,7 @@ void CPerft::PerftDivide(std::int32_t depth) {
     output_.PrintLine("nps:   " + std::to_string(NodesPerSecond(total, elapsed)));
 }
 
-void CPerft::PerftSplit(std::int32_t depth) {
+void CPerft::PerftSplit(int depth) {
     std::uint64_t total = depth == 0 ? 1 : 0;
     if (IsInRange(depth) && depth > 0) {
         for (const Move move : MoveListFor(depth)) {

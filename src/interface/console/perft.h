@@ -21,7 +21,7 @@ namespace brenquil {
 class CPerft {
 public:
     /// Depths run from 0 to this one; the counting functions answer 0 beyond either end.
-    static constexpr std::int32_t MaxDepth = 255;
+    static constexpr int MaxDepth = 255;
 
     /// @param sink      takes the lines
     /// @param notation  of castling in the divided view
@@ -29,20 +29,20 @@ public:
 
     /// The moves of the position, pseudo-legal, in the list of that depth.
     /// @param depth  from 0 to MaxDepth
-    [[nodiscard]] const MoveList& MoveListFor(std::int32_t depth);
+    [[nodiscard]] const MoveList& MoveListFor(int depth);
 
     /// The number of legal lines of that length.
-    [[nodiscard]] std::uint64_t CountNodes(std::int32_t depth);
+    [[nodiscard]] std::uint64_t CountNodes(int depth);
 
     /// Prints one line for each depth from 1 up, and returns the count of the last.
-    std::uint64_t Perft(std::int32_t depth);
+    std::uint64_t Perft(int depth);
 
     /// Prints the count below each legal move, then total, time and rate.
-    void PerftDivide(std::int32_t depth);
+    void PerftDivide(int depth);
 
     /// Prints the count below each legal move as "e2e4: 20", an empty line, and the total as "Nodes
     /// searched: 400".
-    void PerftSplit(std::int32_t depth);
+    void PerftSplit(int depth);
 
     CPosition position;
 
@@ -50,8 +50,8 @@ public:
     std::function<void()> onLongWork;
 
 private:
-    [[nodiscard]] std::uint64_t Count(std::int32_t depth);
-    [[nodiscard]] std::uint64_t CountWatched(std::int32_t depth);
+    [[nodiscard]] std::uint64_t Count(int depth);
+    [[nodiscard]] std::uint64_t CountWatched(int depth);
 
     CLineOutput output_;
     CastlingNotation notation_;

@@ -92,9 +92,9 @@ void CSelfTest::TestBoard() {
 
 bool CSelfTest::TestMakeAndUndo(const PerftTestRow& row) {
     SetFen(row.fen);
-    const std::int32_t maxDepth = std::min(row.depth, MaxWalkDepth);
+    const int maxDepth = std::min(row.depth, MaxWalkDepth);
     bool isRight = true;
-    for (std::int32_t depth = 1; depth <= maxDepth && isRight; ++depth) {
+    for (int depth = 1; depth <= maxDepth && isRight; ++depth) {
         isRight = WalkBoard(depth);
     }
     output_.PrintLine(isRight ? "test ok!" : "test failed!");
@@ -102,7 +102,7 @@ bool CSelfTest::TestMakeAndUndo(const PerftTestRow& row) {
 }
 
 /// Checks the board after each move made and each move taken back, up to the first fault.
-bool CSelfTest::WalkBoard(std::int32_t depth) {
+bool CSelfTest::WalkBoard(int depth) {
     if (depth == 0) {
         return true;
     }

@@ -57,7 +57,7 @@ private:
     void TestRows(std::string_view title, bool (CSelfTest::*test)(const PerftTestRow& row));
     [[nodiscard]] bool TestCounts(const PerftTestRow& row);
     [[nodiscard]] bool TestMakeAndUndo(const PerftTestRow& row);
-    [[nodiscard]] bool WalkBoard(std::int32_t depth);
+    [[nodiscard]] bool WalkBoard(int depth);
     [[nodiscard]] bool IsBoardRight();
     [[nodiscard]] bool TestSymmetry(const PerftTestRow& row);
     [[nodiscard]] bool TestKey(std::uint64_t key);

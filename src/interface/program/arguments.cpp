@@ -13,9 +13,9 @@ namespace {
 
 struct BenchArgument {
     std::string_view name;
-    std::int32_t BenchSettings::*field;
-    std::int32_t min;
-    std::int32_t max;
+    int BenchSettings::*field;
+    int min;
+    int max;
 };
 
 constexpr std::array BenchArguments{

@@ -19,7 +19,7 @@ public:
     void Write(const std::string&) override {}
 };
 
-std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, std::int32_t depth) {
+std::uint64_t SearchPosition(CEngine& engine, std::string_view fen, int depth) {
     engine.NewGame();
     engine.SetPosition(fen);
     SearchLimits limits;

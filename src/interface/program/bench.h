@@ -15,9 +15,9 @@ namespace brenquil {
 
 /// How the list is searched. The defaults are those of the signature.
 struct BenchSettings {
-    std::int32_t depth = 10;
-    std::int32_t threads = 1;  ///< with more of them the nodes differ from run to run
-    std::int32_t hash = 16;    ///< mebibytes
+    int depth = 10;
+    int threads = 1;  ///< with more of them the nodes differ from run to run
+    int hash = 16;    ///< mebibytes
 };
 
 /// Searches the list and prints a line for each position, then nodes, time in seconds, and the line

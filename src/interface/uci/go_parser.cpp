@@ -30,7 +30,7 @@ constexpr std::array NumericTokens{
 
 /// Reads the number after a token. The whole-word test only says that the token is there; the value
 /// is taken from after the first place where its letters stand, even if they end another word.
-void ReadNumber(std::string_view line, std::string_view token, std::int32_t& field) {
+void ReadNumber(std::string_view line, std::string_view token, int& field) {
     if (!HasWord(line, token)) {
         return;
     }

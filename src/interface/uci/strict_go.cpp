@@ -37,7 +37,7 @@ constexpr std::array StrictNumbers{
 };
 
 /// Deeper than any search goes, while twice as many plies still fit the type.
-constexpr std::int32_t MostMovesToMate = 1000;
+constexpr int MostMovesToMate = 1000;
 
 bool IsWholeNumber(std::string_view text) noexcept {
     const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
@@ -100,7 +100,7 @@ private:
         }
     }
 
-    std::optional<std::int32_t> TakeNumber(const std::string& word) {
+    std::optional<int> TakeNumber(const std::string& word) {
         if (next_ < words_.size() && IsWholeNumber(words_[next_])) {
             return ToInteger(words_[next_++]);
         }
@@ -136,8 +136,7 @@ void TakeOff(std::int32_t overhead, std::int32_t& clock) noexcept {
 }  // namespace
 
 StrictGo ParseStrictGo(std::string_view line,
-                       const std::function<Move(std::string_view)>& textToMove,
-                       std::int32_t moveOverhead) {
+                       const std::function<Move(std::string_view)>& textToMove, int moveOverhead) {
     assert(moveOverhead >= 0);
     StrictGo go = CReader(line, textToMove).Read();
     SearchLimits& limits = go.limits;

@@ -16,8 +16,8 @@ namespace brenquil {
 /// What a line asks for.
 struct StrictGo {
     SearchLimits limits;
-    std::optional<std::int32_t> perftDepth;  ///< set: only a count is wanted
-    std::vector<std::string> remarks;        ///< what was not understood, a message for each
+    std::optional<int> perftDepth;     ///< set: only a count is wanted
+    std::vector<std::string> remarks;  ///< what was not understood, a message for each
 };
 
 /// Reads the line. `mate` counts moves here, a clock that is used up counts as 0, and what is not
@@ -27,6 +27,6 @@ struct StrictGo {
 /// @param moveOverhead  milliseconds that are taken off every clock
 [[nodiscard]] StrictGo ParseStrictGo(std::string_view line,
                                      const std::function<Move(std::string_view)>& textToMove,
-                                     std::int32_t moveOverhead);
+                                     int moveOverhead);
 
 }  // namespace brenquil

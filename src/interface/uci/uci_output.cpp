@@ -44,7 +44,7 @@ void CUciOutput::PrintPv(const PvReport& report, const SearchStatistics& statist
     protocol_.PrintLine(text + " pv " + PvText(*report.line));
 }
 
-void CUciOutput::PrintCurrMove(Move move, std::int32_t number) {
+void CUciOutput::PrintCurrMove(Move move, int number) {
     protocol_.PrintLine("info currmove " + MoveText(move) + " currmovenumber " +
                         std::to_string(number));
 }

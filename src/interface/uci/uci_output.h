@@ -32,7 +32,7 @@ public:
     void SetRoot(const CPosition& root) override { root_ = root; }
 
     void PrintPv(const PvReport& report, const SearchStatistics& statistics) override;
-    void PrintCurrMove(Move move, std::int32_t number) override;
+    void PrintCurrMove(Move move, int number) override;
     void PrintRefutation(Move move, const PvLine& line) override;
     void PrintStats(const SearchStatistics& statistics) override;
     void PrintCurrentLine(const PvLine& line) override;

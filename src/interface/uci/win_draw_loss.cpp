@@ -9,9 +9,9 @@ namespace brenquil {
 
 namespace {
 
-std::int32_t WinsAt(Score score) noexcept {
+int WinsAt(Score score) noexcept {
     const double distance = (EvenChanceScore - score) / ScoreOfAFactor;
-    return static_cast<std::int32_t>(std::lround(1000.0 / (1.0 + std::exp(distance))));
+    return static_cast<int>(std::lround(1000.0 / (1.0 + std::exp(distance))));
 }
 
 }  // namespace
@@ -23,8 +23,8 @@ WinDrawLoss ChancesOf(Score score) noexcept {
     if (IsMateLoss(score)) {
         return {0, 0, 1000};
     }
-    const std::int32_t win = WinsAt(score);
-    const std::int32_t loss = WinsAt(-score);
+    const int win = WinsAt(score);
+    const int loss = WinsAt(-score);
     assert(win + loss <= 1000);
     return {win, 1000 - win - loss, loss};
 }

@@ -16,9 +16,9 @@ inline constexpr double ScoreOfAFactor = 147.0;
 
 /// Permille, together 1000, from the view of the side to move.
 struct WinDrawLoss {
-    std::int32_t win = 0;
-    std::int32_t draw = 0;
-    std::int32_t loss = 0;
+    int win = 0;
+    int draw = 0;
+    int loss = 0;
 };
 
 /// The chances at a score. A mate is certain.
