@@ -63,11 +63,6 @@ public:
         return kingFields_[square];
     }
 
-    /// The squares of the pawns of a slice; the other fields are a1.
-    [[nodiscard]] const EndingSquares& PawnsOf(std::size_t slice) const noexcept {
-        return slices_[slice];
-    }
-
     /// How far the pawns of a slice have come together. A pawn move makes it more.
     [[nodiscard]] int Advance(std::size_t slice) const noexcept;
 

@@ -45,6 +45,7 @@ public:
     [[nodiscard]] bool ProbeMoveInfo(BaseMoveInfo& info, Move move,
                                      const CPosition& position) override;
 
+    /// For tests and measurements, which look at both from outside.
     [[nodiscard]] const CNalimovTables& Tables() const noexcept { return tables_; }
 
     [[nodiscard]] const CNalimovCache& Cache() const noexcept { return cache_; }

@@ -83,6 +83,7 @@ public:
 
     [[nodiscard]] int Megabytes() const noexcept { return megabytes_; }
 
+    /// For tests: how many blocks the present size gives.
     [[nodiscard]] std::size_t BlockCount() const noexcept { return blockCount_; }
 
     /// The value at an index of a table's side; `NoValue` if it cannot be had. Positive values win

@@ -54,10 +54,10 @@ public:
     /// Can there be a table for this many men. One comparison, as every node of a search asks.
     [[nodiscard]] bool Covers(int men) const noexcept { return men <= usableMen_; }
 
-    /// Is a path set.
+    /// Is a path set. The program need not ask; tests do.
     [[nodiscard]] bool SyzygyLoaded() const noexcept { return loaded_; }
 
-    /// The most men of a table that was found.
+    /// The most men of a table that was found, for tests; the program asks `Covers`.
     [[nodiscard]] int SyzygyMaxMen() const noexcept { return maxMen_; }
 
     /// How many tables were found.

@@ -25,10 +25,6 @@ public:
     /// Takes a new list. Empty pieces are left out.
     void Set(std::string_view list);
 
-    [[nodiscard]] const std::vector<std::string>& Directories() const noexcept {
-        return directories_;
-    }
-
     /// The path of the first file of that name and suffix that can be opened; empty if there is
     /// none.
     [[nodiscard]] std::string TbOpenFile(std::string_view name, std::string_view suffix) const;

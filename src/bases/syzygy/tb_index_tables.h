@@ -110,8 +110,8 @@ inline constexpr SquareTable<std::uint8_t> PawnTwist = {{
 }};
 // clang-format on
 
-inline constexpr int KingPairs = 462;             ///< pairs of two kings, the board folded
-inline constexpr int KingPairsOffDiagonal = 441;  ///< those with a man off the diagonal
+/// Of the 462 pairs of two kings on the folded board, those with a king off the diagonal.
+inline constexpr int KingPairsOffDiagonal = 441;
 
 /// [class of the first king][square of the second]: number of the pair, -1 for kings that touch.
 /// The pairs that lie wholly on the diagonal come last.

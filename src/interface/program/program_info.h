@@ -9,8 +9,6 @@
 
 namespace brenquil {
 
-inline constexpr std::string_view ProgramName = "Brenquil";
-inline constexpr std::string_view ProgramVersion = BRENQUIL_VERSION;
 inline constexpr std::string_view ProgramAuthor = "J.Ostervelde";
 inline constexpr std::string_view ProgramTitle = "Brenquil " BRENQUIL_VERSION;
 inline constexpr std::string_view PlatformWord = "x64";

@@ -82,9 +82,5 @@ TEST(BuildDate, HasSingleBlanks) {
     EXPECT_EQ(FormatBuildDate("Dec  8 2018"), "Dec 8 2018");
 }
 
-TEST(ProgramInfo, TitleIsNameBlankVersion) {
-    EXPECT_EQ(ProgramTitle, std::string(ProgramName) + " " + std::string(ProgramVersion));
-}
-
 }  // namespace
 }  // namespace brenquil

@@ -120,7 +120,7 @@ TEST_P(EndingIndexOf, PawnMovesAdvance) {
     const CEndingIndex index(ending);
     for (std::size_t slice = 0; slice < index.Slices(); ++slice) {
         for (std::size_t man = ending.pieces; man < ending.men; ++man) {
-            EndingSquares squares = index.PawnsOf(slice);
+            EndingSquares squares = index.SquaresOf({slice, 0});
             squares[man] += ending.man[man].colour == White ? 8 : -8;
             if (squares[man] >= A2 && squares[man] <= H7 && squares[man] != squares[man ^ 1U]) {
                 ASSERT_EQ(index.Advance(index.PlaceOf(squares).slice), index.Advance(slice) + 1);

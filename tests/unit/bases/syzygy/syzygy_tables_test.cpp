@@ -87,10 +87,12 @@ TEST_F(SyzygyTables, AValueThatIsSetAgainDoesNothing) {
 }
 
 TEST_F(SyzygyTables, EmptyPiecesOfThePathAreNoDirectories) {
+    Make({"KQvK"});
+    // An empty piece that counted as a directory would be the root.
+    const std::string nameFromRoot = (folder.relative_path() / "KQvK").string();
     CTbPaths paths(host);
     paths.Set(";one;;two;");
-    EXPECT_EQ(paths.Directories(), (std::vector<std::string>{"one", "two"}));
-    Make({"KQvK"});
+    EXPECT_EQ(paths.TbOpenFile(nameFromRoot, TbWdlSuffix), "");
     options.SetOption("Syzygy Path", ";;" + folder.string() + ";");
     EXPECT_EQ(found.back(), "info string Found 1 tablebases.");
     EXPECT_EQ(ProbeClass(QueenWins), 4);
@@ -106,9 +108,13 @@ TEST_F(SyzygyTables, AJoinedPathHasTheSeparatorOfThePlatform) {
 }
 
 TEST_F(SyzygyTables, OnlyASemicolonCutsTheListOfDirectories) {
+    // On Windows the path has a colon already, and a directory's name may hold none.
+    const auto odd = folder / (PathSeparator() == '/' ? "one:two, three" : "two, three");
+    std::filesystem::create_directories(odd);
+    support::WriteSolvedTables(solver, odd, "KQvK");
     CTbPaths paths(host);
-    paths.Set("C:/one:two, three;four");
-    EXPECT_EQ(paths.Directories(), (std::vector<std::string>{"C:/one:two, three", "four"}));
+    paths.Set("four;" + odd.string());
+    EXPECT_EQ(paths.TbOpenFile("KQvK", TbWdlSuffix), odd.string() + PathSeparator() + "KQvK.rtbw");
 }
 
 TEST_F(SyzygyTables, TheFirstDirectoryWithATableWins) {
