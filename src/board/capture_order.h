@@ -8,6 +8,7 @@
 #include "board/move_list.h"
 #include "board/position.h"
 #include "board/types.h"
+#include "platform/bits.h"
 
 #include <array>
 #include <cstdint>
@@ -25,7 +26,7 @@ inline constexpr std::array<int, 4> PromotionValue = {2, 1, 1, 3};
 /// 0 if nothing is won.
 [[nodiscard]] constexpr std::uint8_t KeyOf(int won, PieceType attacker) noexcept {
     constexpr int VictimWeight = 8;
-    return static_cast<std::uint8_t>(won == 0 ? 0 : VictimWeight * won + AttackerValue[attacker]);
+    return ToByte(won == 0 ? 0 : VictimWeight * won + AttackerValue[attacker]);
 }
 
 }  // namespace capture_order

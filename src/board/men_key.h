@@ -39,7 +39,7 @@ inline constexpr auto MenUnits = [] {
 
 /// What a man of this kind adds to the key on this square.
 [[nodiscard]] constexpr MenKey MenUnit(Piece piece, Square square) noexcept {
-    return tables::MenUnits[DarkSquares >> static_cast<unsigned>(square) & 1U][piece];
+    return tables::MenUnits[DarkSquares >> square & 1U][piece];
 }
 
 }  // namespace brenquil

@@ -36,7 +36,7 @@ public:
         while (targets != 0) {
             *out++ = Move::Make(from, PopLowestBit(targets));
         }
-        list_.count = static_cast<std::int32_t>(out - list_.begin());
+        list_.EndAt(out);
     }
 
     void Pawn(Square from, Square to) noexcept { list_.Append(Move::Make(from, to)); }
@@ -71,7 +71,7 @@ public:
     }
 
     void Finish() noexcept {
-        list_.count = static_cast<std::int32_t>(next_ - list_.begin());
+        list_.EndAt(next_);
         if (list_.count != 0) {
             list_[0].word = best_;
         }
@@ -84,9 +84,7 @@ private:
                                     std::uint32_t form = 0) noexcept {
         const std::uint32_t key = keys[board_[to]];
         const std::uint32_t word = Move::Make(from, to).word | form | key << 16U;
-        // The keys are the signed upper halves: setting the lower half makes "greater" strict.
-        const bool isBetter =
-            static_cast<std::int32_t>(word) > static_cast<std::int32_t>(best_ | 0xFFFFU);
+        const bool isBetter = HasHigherKey(Move{word}, Move{best_});
         next_->word = isBetter ? best_ : word;
         best_ = isBetter ? word : best_;
         ++next_;

@@ -27,6 +27,9 @@ struct MoveList {
         }
     }
 
+    /// Ends the list at a place in the array that has been written up to there.
+    constexpr void EndAt(const Move* end) noexcept { count = static_cast<int>(end - begin()); }
+
     /// Drops the last move; with the list empty nothing happens.
     constexpr void RemoveLast() noexcept {
         if (count > 0) {

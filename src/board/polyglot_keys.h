@@ -239,7 +239,7 @@ inline constexpr std::uint64_t SideKey = 0xF8D626AAAF278509;
 }
 
 [[nodiscard]] inline std::uint64_t EnPassantKey(Square square) noexcept {
-    return PolyglotKeys[EnPassantKeyOffset + (static_cast<unsigned>(square) & 7U)];
+    return PolyglotKeys[EnPassantKeyOffset + FileOf(square)];
 }
 
 }  // namespace brenquil

@@ -305,7 +305,7 @@ template <Colour Us>
         if ((from ^ to) == 16) {
             const Square passed = from + Forward(Us);
             if ((PiecesOf(Pawn, Them) & PawnAttacks[Us][passed]) != 0) {
-                enPassant = static_cast<std::uint8_t>(passed);
+                enPassant = ToByte(passed);
                 newKey ^= EnPassantKey(passed);
             }
         }
@@ -632,7 +632,7 @@ void CPosition::AddCastlingRook(Square rookSquare, char letter) noexcept {
     rightsMask[king] = colour == White ? 12 : 3;
     rightsMask[rookSquare] = AllRights & ~(1U << index);
     rightsSquares_ |= BitOf(king) | BitOf(rookSquare);
-    castlingRights = static_cast<std::uint8_t>(castlingRights | 1U << index);
+    castlingRights = ToByte(castlingRights | 1U << index);
 }
 
 void CPosition::AddCastlingByLetter(CastlingIndex index, char letter) noexcept {

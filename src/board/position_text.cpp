@@ -1,6 +1,7 @@
 #include "board/position_text.h"
 
 #include "board/move_generator.h"
+#include "platform/bits.h"
 #include "text/text.h"
 
 #include <algorithm>
@@ -142,7 +143,7 @@ void CPositionText::SetFen(std::string_view text) {
         SetCastling(fields[2]);
     }
     if (fields.size() > 3) {
-        position.enPassant = static_cast<std::uint8_t>(TextToSquare(fields[3]));
+        position.enPassant = ToByte(TextToSquare(fields[3]));
     }
     if (fields.size() > 4) {
         position.halfmoveClock = NumberOrZero(fields[4]);

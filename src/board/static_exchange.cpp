@@ -15,6 +15,15 @@ Bitboard Both(const CPosition& position, PieceType type) noexcept {
     return position.PiecesOf(type, Black) | position.PiecesOf(type, White);
 }
 
+/// What a side takes with: the cheapest of its men among the attackers, where it has one.
+inline PieceType CheapestKind(const CPosition& position, Bitboard attackers, Colour side) noexcept {
+    PieceType type = Pawn;
+    while ((attackers & position.PiecesOf(type, side)) == 0) {
+        type = static_cast<PieceType>(type + 1);
+    }
+    return type;
+}
+
 }  // namespace
 
 Score StaticExchange(const CPosition& position, Move move) noexcept {
@@ -46,10 +55,7 @@ Score StaticExchange(const CPosition& position, Move move) noexcept {
         }
         ++depth;
         gain[depth] = balance;
-        next = Pawn;
-        while ((attackers & position.PiecesOf(next, side)) == 0) {
-            next = static_cast<PieceType>(next + 1);
-        }
+        next = CheapestKind(position, attackers, side);
         const Bitboard cheapest = attackers & position.PiecesOf(next, side);
         rest &= ~(cheapest & (~cheapest + 1));
         side = ~side;
@@ -100,10 +106,7 @@ bool LosesExchange(const CPosition& position, Move move) noexcept {
         if ((side == us) == (balance < 0)) {
             return side == us;
         }
-        PieceType type = Pawn;
-        while ((attackers & position.PiecesOf(type, side)) == 0) {
-            type = static_cast<PieceType>(type + 1);
-        }
+        const PieceType type = CheapestKind(position, attackers, side);
         next = SeeValues[type];
         const Bitboard cheapest = attackers & position.PiecesOf(type, side);
         rest &= ~(cheapest & (~cheapest + 1));

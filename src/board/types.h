@@ -154,11 +154,9 @@ struct Move {
                     static_cast<std::uint32_t>(kind) << 12U | index << 14U};
     }
 
-    [[nodiscard]] constexpr Square From() const noexcept { return static_cast<int>(word & 63U); }
+    [[nodiscard]] constexpr Square From() const noexcept { return word & 63U; }
 
-    [[nodiscard]] constexpr Square To() const noexcept {
-        return static_cast<int>(word >> 6U & 63U);
-    }
+    [[nodiscard]] constexpr Square To() const noexcept { return word >> 6U & 63U; }
 
     [[nodiscard]] constexpr MoveKind Kind() const noexcept {
         return static_cast<MoveKind>(word >> 12U & 3U);
@@ -189,6 +187,11 @@ inline constexpr Move NoMove{0};
 
 [[nodiscard]] constexpr bool SameMove(Move a, Move b) noexcept {
     return a.Identity() == b.Identity();
+}
+
+/// The keys are the signed upper halves: setting the lower half makes "higher" strict.
+[[nodiscard]] constexpr bool HasHigherKey(Move move, Move than) noexcept {
+    return static_cast<std::int32_t>(move.word) > static_cast<std::int32_t>(than.word | 0xFFFFU);
 }
 
 /// The man that a promotion makes, by `PromotionIndex`.

@@ -5,6 +5,7 @@
 #include "board/attacks.h"
 #include "board/table.h"
 #include "board/types.h"
+#include "platform/bits.h"
 
 #include <algorithm>
 #include <array>
@@ -26,8 +27,7 @@ constexpr Bitboard PassedSpan(Square square) noexcept {
 }
 
 constexpr std::uint8_t SmallerDistance(Square square, Square a, Square b) noexcept {
-    return static_cast<std::uint8_t>(
-        std::min(ChebyshevDistance(square, a), ChebyshevDistance(square, b)));
+    return ToByte(std::min(ChebyshevDistance(square, a), ChebyshevDistance(square, b)));
 }
 
 }  // namespace tables
@@ -49,7 +49,7 @@ inline constexpr std::array<SquareTable<Bitboard>, 2> PassedMasks = {
 inline constexpr auto EdgeRing = tables::BySquare([](Square s) {
     const int file = std::min(FileOf(s), 7 - FileOf(s));
     const int rank = std::min(RankOf(s), 7 - RankOf(s));
-    return static_cast<std::uint8_t>(std::min(file, rank));
+    return ToByte(std::min(file, rank));
 });
 
 // clang-format off

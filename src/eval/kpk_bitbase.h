@@ -36,8 +36,9 @@ public:
         return (words_[WordIndex(weakKing, pawn, strongToMove)] >> strongKing & 1U) != 0;
     }
 
-    /// Bit i is the position with, from the low end: strong king (6 bits), weak king (6 bits), side
-    /// (1 bit, set when the strong side is to move), pawn (5 bits, (6 - rank) * 4 + file).
+    /// For tests and measurements. Bit i is the position with, from the low end: strong king (6
+    /// bits), weak king (6 bits), side (1 bit, set when the strong side is to move), pawn (5 bits,
+    /// (6 - rank) * 4 + file).
     [[nodiscard]] bool BitAt(std::size_t index) const noexcept {
         assert(index < BitCount);
         return (words_[index / 64] >> (index % 64) & 1U) != 0;
@@ -46,9 +47,8 @@ public:
 private:
     [[nodiscard]] static constexpr std::size_t WordIndex(Square weakKing, Square pawn,
                                                          bool strongToMove) noexcept {
-        const auto rowsFromTop = static_cast<std::size_t>(6 - RankOf(pawn));
-        const std::size_t pawnIndex = rowsFromTop * 4 + static_cast<std::size_t>(FileOf(pawn));
-        return (pawnIndex * 2 + (strongToMove ? 1U : 0U)) * 64 + static_cast<std::size_t>(weakKing);
+        const int pawnIndex = (6 - RankOf(pawn)) * 4 + FileOf(pawn);
+        return (pawnIndex * 2 + (strongToMove ? 1 : 0)) * 64 + weakKing;
     }
 
     void AnalysePawn(Square pawn) noexcept;

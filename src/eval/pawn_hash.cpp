@@ -15,7 +15,7 @@ bool CPawnHash::Resize(std::size_t count) noexcept {
         return false;
     }
     // Zero bytes are an empty entry, so the pages are left for the first use to touch.
-    entries_ = static_cast<PawnEntry*>(pages_.Data());
+    entries_ = pages_.As<PawnEntry>();
     slotOf_ = CExactModulo(count);
     return true;
 }

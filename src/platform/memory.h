@@ -48,6 +48,12 @@ public:
     /// The start of the block, nullptr when there is none.
     [[nodiscard]] void* Data() const noexcept { return data_; }
 
+    /// The same as an array of a type whose objects may begin as zeros.
+    template <class T>
+    [[nodiscard]] T* As() const noexcept {
+        return static_cast<T*>(data_);
+    }
+
     /// The number of bytes asked for, 0 when there is no block.
     [[nodiscard]] std::size_t Size() const noexcept { return size_; }
 

@@ -89,6 +89,9 @@ public:
     /// Adds `amount` by a read and a write. What a second thread adds in between is lost.
     void AddLossily(T amount) noexcept { Store(static_cast<T>(Load() + amount)); }
 
+    /// The same for a subtraction.
+    void SubtractLossily(T amount) noexcept { Store(static_cast<T>(Load() - amount)); }
+
 private:
     platform_detail::SharedWord<T> value_;
 };

@@ -59,7 +59,7 @@ Score CSearch::AlphaBeta(int depth, int ply, Score alpha, Score beta, bool after
         return *score;
     }
     if (depth < 1 && !position_.inCheck) {
-        nodes_.AddLossily(static_cast<std::uint64_t>(-1));  // quiescence counts it again
+        nodes_.SubtractLossily(1);  // quiescence counts it again
         return Quiescence(ply, 0, alpha, beta);
     }
 

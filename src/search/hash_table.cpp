@@ -16,6 +16,11 @@ double EntriesOf(std::uint32_t megabytes) noexcept {
     return TableShare * megabytes * BytesPerMegabyte / CHashTable::EntryBytes;
 }
 
+/// The lower 16 bits, to be packed.
+constexpr std::uint64_t Low16(int number) noexcept {
+    return static_cast<std::uint16_t>(number);
+}
+
 double PawnEntriesOf(std::uint32_t megabytes) noexcept {
     return megabytes * PawnHashShare * BytesPerMegabyte * PawnEntriesPerByte;
 }
@@ -47,7 +52,7 @@ bool CHashTable::Allocate(std::uint32_t megabytes) {
     const auto count = static_cast<std::uint32_t>(entries);
     if (count != 0) {
         const std::uint64_t blockCount =
-            (static_cast<std::uint64_t>(count) + EntriesPerBlock - 1) / EntriesPerBlock;
+            (std::uint64_t{count} + EntriesPerBlock - 1) / EntriesPerBlock;
         const std::uint64_t bytes = blockCount * sizeof(Block);
         if (bytes > std::numeric_limits<std::size_t>::max()) {
             return false;  // more than can be addressed where addresses have 32 bits
@@ -57,7 +62,7 @@ bool CHashTable::Allocate(std::uint32_t megabytes) {
             return false;
         }
         // Pages of zeros are entries of zeros: `Relaxed` has the layout of what it holds.
-        blocks_ = static_cast<Block*>(pages_.Data());
+        blocks_ = pages_.As<Block>();
         modulo_ = CExactModulo(count);
     }
     entryCount_ = count;
@@ -110,20 +115,18 @@ void CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, M
     const Slot slot = SlotOf(key);
     const std::uint64_t old = slot.block->data[slot.index];
     const auto oldAge = static_cast<std::uint8_t>(old);
-    const std::uint16_t oldDepth = DepthOf(old);
+    const int oldDepth = DepthOf(old);
     // The byte against the whole counter: from the 256th search on no entry is of this search's
     // age.
     if (oldAge == age_ && oldDepth > depth) {
         return;
     }
     if (oldDepth == 0 || oldAge < age_) {
-        freeCount_.AddLossily(static_cast<std::uint32_t>(-1));
+        freeCount_.SubtractLossily(1);
     }
-    const std::uint64_t data =
-        static_cast<std::uint8_t>(age_) |
-        static_cast<std::uint64_t>(static_cast<std::uint16_t>(depth)) << DepthShift |
-        static_cast<std::uint64_t>(static_cast<std::uint16_t>(score)) << ScoreShift |
-        static_cast<std::uint64_t>(move.Identity()) << MoveShift;
+    const std::uint64_t data = (age_ & 0xFFU) | Low16(depth) << DepthShift |
+                               Low16(score) << ScoreShift |
+                               std::uint64_t{move.Identity()} << MoveShift;
     slot.block->data[slot.index] = data;
     slot.block->bound[slot.index] = bound;
     slot.block->verification[slot.index] = data ^ key;

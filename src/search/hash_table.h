@@ -73,9 +73,9 @@ public:
         if (slot.block->verification[slot.index] != (data ^ key)) {
             return std::nullopt;
         }
-        return HashHit{
-            static_cast<std::int32_t>(DepthOf(data)), static_cast<std::int16_t>(data >> ScoreShift),
-            Move{static_cast<std::uint32_t>(data >> MoveShift)}, slot.block->bound[slot.index]};
+        return HashHit{DepthOf(data), static_cast<std::int16_t>(data >> ScoreShift),
+                       Move{static_cast<std::uint32_t>(data >> MoveShift)},
+                       slot.block->bound[slot.index]};
     }
 
     /// Replaces what the slot holds, whatever its key, unless that is deeper and of this search. A
@@ -93,6 +93,9 @@ public:
     [[nodiscard]] std::uint32_t Hashfull() const noexcept;
 
     [[nodiscard]] std::uint32_t SizeMegabytes() const noexcept { return sizeMegabytes_; }
+
+    // For tests: the entries, how many of them are not claimed yet, and the searches since the
+    // table was cleared.
 
     [[nodiscard]] std::uint32_t EntryCount() const noexcept { return entryCount_; }
 
@@ -137,7 +140,7 @@ private:
         return {blocks_ + entry / EntriesPerBlock, entry % EntriesPerBlock};
     }
 
-    [[nodiscard]] static constexpr std::uint16_t DepthOf(std::uint64_t data) noexcept {
+    [[nodiscard]] static constexpr int DepthOf(std::uint64_t data) noexcept {
         return static_cast<std::uint16_t>(data >> DepthShift);
     }
 

@@ -18,11 +18,6 @@
 
 namespace brenquil {
 
-/// The keys are the signed upper halves: setting the lower half makes "higher" strict.
-[[nodiscard]] constexpr bool HasHigherKey(Move move, Move than) noexcept {
-    return static_cast<std::int32_t>(move.word) > static_cast<std::int32_t>(than.word | 0xFFFFU);
-}
-
 /// A step of a selection: returns the move with the higher key and leaves the other at `place`. No
 /// branch, as none could be foretold.
 [[nodiscard]] inline Move ExchangeIfHigher(Move& place, Move best) noexcept {

@@ -249,7 +249,7 @@ void CRootSearch::RootMoveIsScored(Move move, Score value) noexcept {
 
 /// Makes room for a line of this score, at the end: among equal ones the first is the best.
 bool CRootSearch::DropWorstLine(Score value) noexcept {
-    auto* const end = lines_.begin() + static_cast<std::ptrdiff_t>(lineCount_);
+    auto* const end = lines_.begin() + lineCount_;
     auto* const worst =
         std::min_element(lines_.begin(), end, [](const ScoredLine& one, const ScoredLine& other) {
             return one.score < other.score;

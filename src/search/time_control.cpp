@@ -75,7 +75,8 @@ bool CTimeControl::IsHardLimitPassed() const noexcept {
 
 bool CTimeControl::IsStatusDue() noexcept {
     const std::uint32_t now = TickCount();
-    if (static_cast<std::int32_t>(now - statusTicks_) < StatusInterval) {
+    const std::int32_t passed = now - statusTicks_;
+    if (passed < StatusInterval) {
         return false;
     }
     statusTicks_ = now;
@@ -98,8 +99,8 @@ std::uint32_t CTimeControl::Ticks() const noexcept {
 }
 
 int CTimeControl::Clock() const noexcept {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(WallClock()) -
-                                     static_cast<std::uint32_t>(startClock_));
+    const std::uint32_t now = WallClock();
+    return now - startClock_;
 }
 
 }  // namespace brenquil

@@ -76,7 +76,7 @@ private:
 
     SearchLimits limits_;
     std::uint32_t startTicks_;
-    std::int32_t startClock_;
+    std::uint32_t startClock_;
     std::uint32_t statusTicks_;  ///< of the last status
     std::uint32_t softLimit_ = NoLimit;
     std::uint32_t hardLimit_ = NoLimit;

@@ -91,7 +91,7 @@ private:
     }
 
     [[nodiscard]] std::uint8_t* Counts(Colour colour) noexcept {
-        return static_cast<std::uint8_t*>(counts_[colour].Data());
+        return counts_[colour].As<std::uint8_t>();
     }
 
     void Survey(Colour colour, std::size_t chunk) {

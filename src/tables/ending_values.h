@@ -56,11 +56,11 @@ public:
 
     /// The values of a slice.
     [[nodiscard]] Code* Slice(Colour sideToMove, std::size_t slice) noexcept {
-        return static_cast<Code*>(pages_[sideToMove].Data()) + slice * index_.SliceSize();
+        return pages_[sideToMove].As<Code>() + slice * index_.SliceSize();
     }
 
     [[nodiscard]] const Code* Slice(Colour sideToMove, std::size_t slice) const noexcept {
-        return static_cast<const Code*>(pages_[sideToMove].Data()) + slice * index_.SliceSize();
+        return pages_[sideToMove].As<const Code>() + slice * index_.SliceSize();
     }
 
     [[nodiscard]] Code At(CEndingIndex::Place place, Colour sideToMove) const noexcept {

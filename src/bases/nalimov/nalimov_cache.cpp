@@ -79,7 +79,7 @@ void CNalimovCache::Clear() noexcept {
     lru_.newest = nullptr;
     lru_.oldest = nullptr;
     lru_.free = nullptr;
-    auto* const headers = static_cast<std::byte*>(pages_.Data());
+    auto* const headers = pages_.As<std::byte>();
     for (std::size_t index = blockCount_; index-- > 0;) {
         auto* const data = headers + blockCount_ * sizeof(NalimovCacheEntry) + index * DataStride;
         auto* const entry = std::construct_at(

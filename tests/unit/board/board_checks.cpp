@@ -92,7 +92,7 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
     std::uint64_t key = 0;
     std::uint64_t pawnKingKey = foreignPawnKingKey;
     for (int square = 0; square < 64; ++square) {
-        const auto man = static_cast<std::size_t>(position.board[square]);
+        const unsigned man = position.board[square];
         if (man == 12) {
             continue;
         }
@@ -103,15 +103,15 @@ std::string DerivedFaults(const CPosition& position, std::uint64_t foreignPawnKi
         const bool isDark = (square / 8 + square % 8) % 2 == 0;
         const std::size_t field = (man == 4 || man == 5) && isDark ? man + 6 : man;
         menKey += man < 10 ? std::uint64_t{1} << 5 * field : 0;
-        const std::uint64_t number = PolyglotKeys[man * 64 + static_cast<std::size_t>(square)];
+        const std::uint64_t number = PolyglotKeys[man * 64 + square];
         key ^= number;
         pawnKingKey ^= man < 2 || man > 9 ? number : 0;
     }
-    for (std::size_t index = 0; index < 4; ++index) {
+    for (int index = 0; index < 4; ++index) {
         key ^= (position.castlingRights >> index & 1U) != 0 ? PolyglotKeys[768 + index] : 0;
     }
     if (position.enPassant != 64) {
-        key ^= PolyglotKeys[772 + position.enPassant % 8U];
+        key ^= PolyglotKeys[772 + position.enPassant % 8];
     }
     key ^= position.sideToMove == White ? PolyglotKeys[780] : 0;
 
