@@ -149,7 +149,7 @@ void QuestionOfNodeOnRoot(benchmark::State& state) {
 
 BENCHMARK(QuestionOfNodeOnRoot);
 
-/// The start of the program: cache and registration with nothing to find.
+/// What the start of the program costs: the cache, and registration with nothing to find.
 void DefaultStart(benchmark::State& state) {
     for (auto _ : state) {
         test::NalimovEngine engine;

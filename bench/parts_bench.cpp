@@ -3,7 +3,7 @@
 //
 // All but the probe work on the positions of the bench and those that a few of their moves lead to.
 // Items are moves, lists, exchanges, evaluations and probes; compare items per second. To see what
-// a part costs in a real search, weigh by how often that asks for it: `tools/compare_speed`
+// a part costs in a real search, weigh it by how often a search asks for it; `tools/compare_speed`
 // measures the whole.
 
 #include "board/move_generator.h"
@@ -116,7 +116,7 @@ void Quiets(benchmark::State& state) {
                             static_cast<std::int64_t>(workload.positions.size()));
 }
 
-/// Of the captures that the search asks about.
+/// Exchanges of the captures that the search asks about.
 void Exchange(benchmark::State& state) {
     const Workload& workload = TheWorkload();
     std::int64_t asked = 0;
@@ -134,7 +134,7 @@ void Exchange(benchmark::State& state) {
     state.SetItemsProcessed(asked);
 }
 
-/// The least that an evaluation takes: every position stands in the caches of its thread.
+/// The least that an evaluation takes: every position is in the caches of its thread.
 void Evaluation(benchmark::State& state) {
     Workload& workload = TheWorkload();
     static const CKpkBitbase bitbase;
@@ -157,7 +157,7 @@ void Evaluation(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(evaluations.size()));
 }
 
-/// Of keys without an order, so nearly each is a line of memory that no cache holds.
+/// Probes of keys in no order, so nearly each needs a line of memory that no cache holds.
 void Probe(benchmark::State& state) {
     CHashTable table;
     if (!table.Resize(TableMegabytes)) {

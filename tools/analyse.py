@@ -34,7 +34,7 @@ class Engine:
         self.show = show
         self.process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                         text=True, bufsize=1)
-        # The engine does not end when its input does: whoever started it must end it, also after
+        # The engine does not end when its input does: whoever started it must end it, even after
         # an error.
         try:
             self.start(options or {})

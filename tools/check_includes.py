@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Holds the includes of src/ against the architecture.
+"""Checks the includes of src/ against the architecture.
 
     tools/check_includes.py [ROOT]      ROOT is the repository; default: the one that this file is in
 
 The arrows are read from the calls brenquil_room(<room> <lower room>... [PARTS <folder>...]) in the CMakeLists.txt of each room. Reported:
 
-- an include of a room that is not below the own one;
+- an include of a room that is not below the file's own;
 - an include that names no file of src/;
 - a circle of includes;
 - a system header, an intrinsic header or a question for the system (_WIN32, __linux__) outside src/platform.

@@ -78,8 +78,8 @@ configure() {
     "$(find_cmake)" --preset "$preset" "${arguments[@]}" "$@"
 }
 
-# has_profile FOLDER: the training run of a profile-guided build has left its counts there. Without them the second half
-# would be built as if nothing had been asked.
+# has_profile FOLDER: the training run of a profile-guided build has left its counts there. Without
+# them the second half would be built without a profile.
 has_profile() {
     [[ -n $(find "$1" -name '*.gcda' -print -quit) ]] || fail "The training run has left no counts in $1"
 }

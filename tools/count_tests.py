@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Counts the results of a run of ctest, for ./test: prints how many passed, failed and were skipped.
 
-A program of unit tests is one test for ctest, and writes a report of its own: its cases are counted in its place.
+A program of unit tests is one test for ctest and writes a report of its own; its cases are counted instead of it.
 """
 import argparse
 import xml.etree.ElementTree as ElementTree

@@ -17,7 +17,7 @@ SOURCES = ROOT / "src"
 
 
 def room_of(path):
-    """The folder of a file below src/; the formats of tables are rooms of their own."""
+    """The room of a file below src/; the formats of tables are rooms of their own."""
     return str(path.relative_to(SOURCES).parent)
 
 

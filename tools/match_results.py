@@ -4,7 +4,7 @@
 several matches together. Differences of Elo are those of the logistic curve: 400 points are odds of ten to one.
 
 Games in which a program crashed or hung say nothing of strength and are left out, whoever won them; they are counted
-by whose fault it was, which is the side that the tool let lose. A loss on time or by an illegal move is a loss.
+by whose fault it was: that of the side to which the tool gave the loss. A loss on time or by an illegal move is a loss.
 """
 import collections
 import math
@@ -23,7 +23,7 @@ Game = collections.namedtuple("Game", "white black result termination opening ro
 
 
 class NotReadable(Exception):
-    """A file that is no list of games."""
+    """A file that is not a list of games."""
 
 
 def games_of(text):
@@ -127,8 +127,8 @@ class Match:
         if self.error > 0:
             low, high = (self.score + sign * NORMAL_QUANTILE * self.error for sign in (-1, 1))
         else:
-            # All pairs alike tell no variance. What is certain: a share of other pairs so large that none of it was
-            # seen with a chance of 2.5 % or less is excluded.
+            # Pairs that are all alike show no variance. What can be said: a share of other pairs is excluded if it
+            # is so large that seeing none of them had a chance of 2.5 % or less.
             alike = 0.025 ** (1 / len(self.pairs))
             low, high = self.score * alike, 1 - (1 - self.score) * alike
         return tuple(difference_of(score) for score in (self.score, low, high))

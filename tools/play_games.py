@@ -9,11 +9,11 @@ Colours alternate. The games begin with a few random moves (or, in Chess960, fro
 positions), the same for the same seed; each beginning is played twice, once with each colour.
 tools/soak plays many games over a mix of settings.
 
-The arbiter knows the rules by itself (chess_rules.py) and thinks while both clocks stand. Mate,
+The arbiter knows the rules by itself (chess_rules.py) and thinks while both clocks are stopped. Mate,
 stalemate, threefold repetition, fifty moves, insufficient material and the limit of plies end a
 game; so does a fault, which loses it:
 
-    illegal       a best move or ponder move that is none, or a legal move that is refused
+    illegal       an illegal best move or ponder move, or a legal move that is refused
     time losses   the best move came after the clock had run out
     crashes       the process ended, or its last exit code was not 0
     hangs         no answer any more to anything
@@ -140,7 +140,7 @@ class UciProcess:
             raise self._silent() from None
 
     def _silent(self):
-        """The fault of a process that owes an answer: does it still hear the next line?"""
+        """The fault of a process that owes an answer: does it still answer the next line?"""
         last = next((line for line in reversed(self.log) if line.startswith("> ")), "")
         self.send("isready")
         try:

@@ -4,7 +4,7 @@
 //   node build.mjs page         web/page/dist: files for any static host
 //   node build.mjs tests        build/web-tests: the unit tests as programs for `node --test`
 //
-// Without a word: all three. The modules of the engine have to be there: the presets web and web-single make them.
+// Without an argument: all three. The modules of the engine have to be there: the presets web and web-single make them.
 import { build } from 'esbuild';
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
@@ -30,7 +30,7 @@ const common = {
     minify: true,
     keepNames: true,
     target: ['es2022'],
-    legalComments: 'none', // all licences stand in LICENSES.txt
+    legalComments: 'none', // all licences are in LICENSES.txt
     logLevel: 'warning',
     absWorkingDir: here,
 };

@@ -1,4 +1,4 @@
-// Serves the built page with the headers that threads want:  node serve.mjs [--port N] [--plain] [--folder F]
+// Serves the built page with the headers that threads need:  node serve.mjs [--port N] [--plain] [--folder F]
 //
 // --plain leaves the headers out, as many static hosts do. Port 0 takes a free one. Only this machine can reach it.
 import fs from 'node:fs';

@@ -1,4 +1,4 @@
-// A folder of table files that a test makes and that goes away with it, and positions for probing.
+// A folder of table files that a test makes and that is removed with it, and positions for probing.
 #pragma once
 
 #include "bases/nalimov/nalimov_bases_dtm.h"
@@ -14,7 +14,7 @@
 
 namespace brenquil::test {
 
-/// A new empty folder in the system's place for such things.
+/// A new empty folder in the system's place for temporary files.
 class CTestFolder {
 public:
     CTestFolder();

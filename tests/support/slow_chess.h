@@ -43,8 +43,8 @@ struct SlowPosition {
     /// The order of all moves, those kept that could answer a check.
     [[nodiscard]] std::vector<std::uint32_t> Evasions() const;
 
-    /// Plays a move. False if it leaves a king of the mover attacked; the position is then of no
-    /// further use.
+    /// Plays a move. False if it leaves a king of the mover attacked; the position must not be used
+    /// after that.
     [[nodiscard]] bool Make(std::uint32_t word);
 
     /// The castling rights as bits.

@@ -1,9 +1,9 @@
 // Holds solved endings against the slow rules of chess.
 //
 // It is independent on purpose: a position's legality, its moves and what they lead to come from
-// tests/support/slow_chess; of the solver it takes the answers only. An answer is right if it is
-// what the answers after all moves come to, as the counting begins with mates and ends nowhere
-// else. A position in which a pawn may be taken in passing is judged by its own moves.
+// tests/support/slow_chess; of the solver it takes the answers only. An answer is right if it
+// follows from the answers after all moves, as the counting begins with mates and nowhere else. A
+// position in which a pawn may be taken in passing is judged by its own moves.
 #pragma once
 
 #include "solved_endings.h"

@@ -1,4 +1,4 @@
-// Endings that the product's solver solves in memory, for the tests of everything that stands on
+// Endings that the product's solver solves in memory, for the tests of everything that builds on
 // it.
 #pragma once
 

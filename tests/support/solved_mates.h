@@ -14,8 +14,8 @@ class CSolvedMates {
 public:
     static constexpr int Draw = -1;
 
-    /// Plies to mate, even when the side to move loses, or `Draw`. A legal position; its ending is
-    /// solved when it is first asked for.
+    /// Plies to mate, an even number when the side to move loses, or `Draw`. The position is legal;
+    /// its ending is solved when it is first asked for.
     [[nodiscard]] int Plies(const CPosition& position);
 
     /// The contents of a plain file. Places that no legal position has hold the mark for "no

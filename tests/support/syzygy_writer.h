@@ -9,8 +9,8 @@
 //
 // The values are given by a function of the position, with White as the side that the name gives
 // first, so a table can hold the truth (see the solver) or anything that a test wants to find
-// again. The function is asked for every placement of the men, also for those that are not position
-// of the game. Values are compressed as the format asks for it, though with less skill than a real
+// again. The function is asked for every placement of the men, even for those that are no legal
+// position. Values are compressed as the format wants it, though with less skill than by a real
 // generator.
 #pragma once
 

@@ -1,4 +1,4 @@
-// A folder for the time of one test, as working directory if wanted.
+// A folder for the length of one test, as the working directory if wanted.
 #pragma once
 
 #include <filesystem>

@@ -57,7 +57,7 @@ class BadInput(EngineTestCase):
             engine = self.start_console()
             if seed % 2:
                 engine.uci()
-            # "quit" and "exit" are far too unlikely to come out of this.
+            # "quit" and "exit" are far too unlikely to come up here.
             engine.send_bytes(bytes(source.randrange(256) for _ in range(20000)) + b"\n")
             self.assert_alive(engine)
 

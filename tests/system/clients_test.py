@@ -2,7 +2,7 @@
 # ctest: slow once timeout=600
 """What docs/clients.md gives people to copy, run as it stands there, where the client is installed.
 
-Only the paths of the program, and how long is played, are put in its place.
+Only the paths of the program and the length of play are replaced.
 """
 import configparser
 import os
@@ -22,7 +22,7 @@ TOOLS = ROOT.parent / "shared" / "tools"
 GAMES = ":/usr/games"
 OPENINGS = ("rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq - 0 2\n"
             "rnbqkb1r/pppppp1p/5np1/8/2PP4/8/PP2PPPP/RNBQKBNR w KQkq - 0 3\n")
-# By nodes, so that a busy machine loses no game.
+# By nodes, so that no game is lost because the machine is busy.
 SHORTER = (("tc=10+0.1", "tc=inf nodes=2000"), ("-rounds 50", "-rounds 1"), ("-concurrency 2", "-concurrency 1"))
 
 
@@ -44,7 +44,7 @@ class Clients(EngineTestCase):
         super().setUp()
         self.folder = Path(self.directory)
         (self.folder / "bin").mkdir()
-        # By scripts, as the engine may be one for an emulator; its name is not a switch then.
+        # By scripts, as the engine itself may be a script that starts an emulator; then its name is not a switch.
         self.write("bin/brenquil", f'#!/bin/sh\nexec "{ENGINE}" "$@"\n').chmod(0o755)
         self.write("bin/brenquil-strict", f'#!/bin/sh\nexec "{ENGINE}" --strict-uci "$@"\n').chmod(0o755)
         self.path = f"{self.folder / 'bin'}:{os.environ['PATH']}{GAMES}"
@@ -85,7 +85,7 @@ class Clients(EngineTestCase):
         return self.begin(command, **more).communicate(timeout=seconds(240))[0]
 
     def write_down_what_is_told(self):
-        """In the file `in`. Such a program does not end by itself, which some clients wait for."""
+        """In the file `in`. Such a program does not end by itself, and some clients wait for its end."""
         self.write("bin/brenquil-strict", f'#!/bin/sh\ntee -a "{self.folder}/in" | "{ENGINE}" --strict-uci "$@"\n')
 
     def match(self, heading):

@@ -14,7 +14,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 CACHED = re.compile(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", re.MULTILINE)
 # Without these a folder is configured in a second or two; nothing is compiled.
 SMALL = ("-DBRENQUIL_TESTS=OFF", "-DBRENQUIL_BENCH=OFF", "-DBRENQUIL_LTO=OFF")
-# Those of the presets that are for one compiler, by themselves or by their toolchain.
+# The presets that are for one compiler, by themselves or by their toolchain.
 OWN_COMPILER = {"release-clang", "asan", "fuzz", "windows", "package-windows", "package-windows-v3", "arm64",
                 "package-arm64", "web", "web-single"}
 
@@ -74,7 +74,7 @@ class CompilerChoice(unittest.TestCase):
             printed, status = self.script("release", compiler)
             self.assertEqual(status, 0, printed)
             self.assertRegex(self.compiler_in(self.folder / "release"), f"^{expected}$")
-            # What a preset says besides is not lost on the way.
+            # What else a preset says is not lost along the way.
             cache = (self.folder / "release" / "CMakeCache.txt").read_text()
             self.assertRegex(cache, r"(?m)^CMAKE_BUILD_TYPE:\w+=Release$")
             self.assertRegex(cache, r"(?m)^BRENQUIL_TESTS:\w+=OFF$")

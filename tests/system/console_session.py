@@ -18,7 +18,7 @@ INI = "Brenquil3.00.ini"
 
 
 def full_name(path):
-    """The whole name of a file as the program's system writes it. Wine shows the root folder as the drive Z."""
+    """The full name of a file as the program's system writes it. Wine shows the root folder as the drive Z."""
     path = str(pathlib.Path(path).resolve())
     return "Z:" + path.replace("/", "\\") if SYSTEM == "Windows" and os.sep == "/" else path
 

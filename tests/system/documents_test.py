@@ -38,7 +38,7 @@ COMMAND = re.compile(VARIABLES + r"(?:\./(?:run|test|package)\b|"
                      r"(?:(?:tools|bench|web|build)/\S+|cmake|ctest|make|xboard|printf|polyglot|apt|podman) )")
 OPTION = re.compile(r"option name (?P<name>.+?) type (?P<type>\w+)(?: default (?P<default>.*?))?"
                     r"(?: min (?P<min>-?\d+) max (?P<max>-?\d+))?(?P<vars>(?: var \w+)*)$")
-# Of other people's programs, what has been tried.
+# The options of other people's programs that have been tried.
 TRIED = {"xboard": "-fUCI -fcp -fd -sUCI -scp -matchGames -tc -inc -variant -xponder -firstOptions",
          "cmake": "--preset --build --target --install --prefix", "ctest": "--preset -R",
          "podman": "--tag --rm --interactive", "printf": "", "polyglot": "", "apt": ""}
@@ -220,7 +220,7 @@ def check_path(document, path):
 
 class Documents(unittest.TestCase):
     def for_all(self, least, check, items):
-        """Runs a check on (document, line number, text) and tells all that is wrong."""
+        """Runs a check on (document, line number, text) and reports all faults together."""
         wrong, count = [], 0
         for document, number, text in items:
             count += 1

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""An engine for testing the tools that play games: it plays random legal moves, until it does wrong.
+"""An engine for testing the tools that play games: it plays random legal moves until it misbehaves.
 
     fake_engine.py MISDEED          one of MISDEEDS, or "none"
 """
@@ -37,7 +37,7 @@ class FakeEngine:
         self.plies = 0
 
     def does(self, misdeed):
-        """Whether it is time to do that wrong. Once is enough."""
+        """Whether it is time for that misdeed. Once is enough."""
         if self.misdeed != misdeed or self.plies < PLIES_BEFORE:
             return False
         self.misdeed = "none"

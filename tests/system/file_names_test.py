@@ -106,7 +106,7 @@ class LargeFiles(EngineTest):
     def test_book_behind_2_and_4_gib(self):
         for size in (2**31 + 16, 2**32 + 48):
             with open(self.folder / "large.bin", "wb") as book:
-                # A hole reads as records with the key 0, which stand in front of all others.
+                # A hole reads as records with the key 0, which come before all others.
                 book.truncate(size)
                 book.seek(size - 16)
                 book.write(record(START_KEY, 7))

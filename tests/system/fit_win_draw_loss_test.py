@@ -17,7 +17,7 @@ EVEN, FACTOR = 110.0, 60.0
 
 
 def load():
-    """The tool as a module; it has no ending that Python knows."""
+    """The tool as a module; its file name has no extension that Python knows."""
     loader = importlib.machinery.SourceFileLoader("fit_win_draw_loss", str(TOOL))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
     sys.dont_write_bytecode = True

@@ -27,7 +27,7 @@ class MakefileBuilds(unittest.TestCase):
             self.assertNotIn("warning", printed)
             bench = subprocess.run([program, "bench"], cwd=folder, check=True, text=True, stdout=subprocess.PIPE)
             self.assertRegex(bench.stdout.splitlines()[-1], rf"^{signatures()[10]} nodes \d+ nps$")
-            # It says who it is, so the version has been found.
+            # It gives its name and version, so the version has been found.
             hello = subprocess.run([program], cwd=folder, input="uci\nquit\n", check=True, text=True,
                                    stdout=subprocess.PIPE)
             self.assertIn(f"id name Brenquil {VERSION}\n", hello.stdout)

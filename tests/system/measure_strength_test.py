@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # ctest: once timeout=300
-"""The measuring of strength: what it reads from games, the errors that it states, and how it plays and goes on.
+"""The measuring of strength: what it reads from games, the errors that it states, and how it plays and resumes.
 
 The matches are played by a fake of the match tool, which writes games down in no time. The texts of games are those that
 fastchess 1.8.2 wrote.
@@ -30,7 +30,7 @@ FENS = [f"4k3/8/8/{file}P{7 - file}/8/8/8/4K3 w - -" for file in range(1, 7)]
 
 
 def load():
-    """The tool as a module; it has no ending that Python knows."""
+    """The tool as a module; its file name has no extension that Python knows."""
     loader = importlib.machinery.SourceFileLoader("measure_strength", str(TOOL))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
     loader.exec_module(module)
@@ -39,8 +39,8 @@ def load():
 
 tool = load()
 
-# Writes down its arguments, then a game for each that is wanted: of each pair Brenquil wins one and draws one. Stands
-# in for engines too, as it is there and can be started. MISDEED says what goes wrong.
+# Writes down its arguments, then as many games as are wanted: of each pair Brenquil wins one and draws one. Stands in
+# for engines too, as it exists and can be started. MISDEED says what goes wrong.
 FAKE = '''#!{python}
 import os, sys, time
 words = sys.argv[1:]

@@ -57,7 +57,7 @@ def attacks(piece, origin, blockers):
 
 @functools.cache
 def folding(mover, other):
-    """The board's image in which the king of the side to move stands where the numbering has it: square to square."""
+    """The mirroring that brings the king of the side to move to where the numbering has it: square to square."""
     mask = (7 if mover % 8 > 3 else 0) ^ (56 if mover // 8 > 3 else 0)
     side = (mover ^ mask) % 8 - (mover ^ mask) // 8
     reflects = side < 0 or (side == 0 and (other ^ mask) % 8 < (other ^ mask) // 8)

@@ -30,7 +30,7 @@ def head(name):
 
 
 def default_ini(threads):
-    """The file that `ini` writes on a machine with this many threads at most."""
+    """The file that `ini` writes on a machine where this many threads are offered at most."""
     return (head("Memory") + "Hash=64" + " " * 43 + "# [0 : 16384]\n" + head("Search") +
             spin("Threads", 1, 1, threads) + spin("Nullmove Reduction", 3, 1, 5) +
             spin("Nullmove Min Depth", 2, 1, 100) + spin("LMR Min Depth", 3, 1, 100) +

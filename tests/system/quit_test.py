@@ -11,7 +11,7 @@ from engine_process import EngineProcess, EngineTestCase, is_end, main, seconds
 
 
 class UnreadEngine(EngineProcess):
-    """A program whose output nobody reads from the moment on at which `is_read` becomes false."""
+    """A program whose output nobody reads once `is_read` has become false."""
 
     is_read = True
 

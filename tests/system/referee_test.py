@@ -186,7 +186,7 @@ class Reading(unittest.TestCase):
 
 class Games(EngineTestCase):
     def begin(self, engine, number, source, is_strict):
-        """Tells the settings of a game; the FEN to begin with, and what the referee has to know."""
+        """Sends the settings of a game; returns the FEN to begin with and what the referee has to know."""
         chess960 = number % 3 == 2
         settings = {"chess960": chess960, "is_strict": is_strict, "lines": 3 if number % 4 == 1 else 1,
                     "shows_chances": is_strict and number % 2 == 0}

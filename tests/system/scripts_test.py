@@ -2,7 +2,7 @@
 # ctest: once release-only
 """Every script and tool tells what it does when it is asked, and refuses what it does not know.
 
-Found were `tools/pgo --help`, which began to build, and scripts that took no notice of a wrong word. Nothing is built
+Once `tools/pgo --help` began to build, and some scripts took no notice of a wrong word. Nothing is built
 or installed here: the programs that would do it are replaced by one that writes down that it was called.
 """
 import os
@@ -25,7 +25,7 @@ exit 97
 
 
 def scripts():
-    """What stands in the repository to be started by people, as the words that start it."""
+    """The programs of the repository that people start, each as the words that start it."""
     folders = [ROOT, ROOT / ".ci", ROOT / "tools"]
     files = [path for folder in folders for path in sorted(folder.iterdir()) if path.is_file()]
     for path in files:

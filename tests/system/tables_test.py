@@ -22,7 +22,7 @@ QUEEN = "8/8/8/4k3/8/8/3QK3/8 w - - 0 1"
 
 
 def run(*words, status=0, folder=None, limit=None):
-    """Runs the program, `limit` called in it first; returns what it has printed, on both streams if it failed."""
+    """Runs the program, after a call of `limit` in its process; returns what it printed, on both streams if it failed."""
     done = subprocess.run([PROGRAM, *map(str, words)], capture_output=True, text=True, timeout=6 * SECONDS, check=False,
                           cwd=folder, preexec_fn=limit)
     if done.returncode != status:

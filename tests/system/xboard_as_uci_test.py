@@ -156,14 +156,14 @@ class Adapter(unittest.TestCase):
                 self.assertEqual(self.engines(), [])
 
     def engines(self):
-        """Processes of the fake that run still."""
+        """Processes of the fake that are still running."""
         found = []
         for path in Path("/proc").glob("[0-9]*/cmdline"):
             try:
                 if str(self.log).encode() in path.read_bytes().split(b"\0"):
                     found.append(path.parent.name)
             except OSError:
-                pass  # it has ended meanwhile
+                pass  # it has ended in the meantime
         return found
 
     def test_program_that_is_not_there_is_an_error_of_status_two(self):

@@ -1,4 +1,4 @@
-// Measures what docs/web.md tells of the page, in Chromium, and prints it:  node web/browser/figures.mjs
+// Measures the figures of the page that docs/web.md gives, in Chromium, and prints them:  node web/browser/figures.mjs
 //
 // A machine that is busy with other work gives other figures; nothing here is a test.
 import fs from 'node:fs';
@@ -72,7 +72,7 @@ for (const variant of ['threads', 'single']) {
                 await engine.go({ nodes: 2000, moves: round % 2 === 0 ? [] : ['e2e4'] });
             }
         };
-        // The memory of the page and its workers, where the browser tells it.
+        // The memory of the page and its workers, where the browser can say.
         const memory = async () => (await performance.measureUserAgentSpecificMemory()).bytes;
         await search(100);
         const before = await memory();

@@ -1,4 +1,5 @@
-// The page in Chromium: a game to its end, an analysis, threads on and off, no net, no fault of accessibility.
+// The page in Chromium: a game to its end, an analysis, threads on and off, no network, no fault of
+// accessibility.
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import os from 'node:os';
@@ -110,7 +111,7 @@ test('a whole game against the engine, to mate', { timeout: 600_000 }, async () 
         await open(page, address);
         await page.selectOption('#strength', 'move 50');
         await page.click('#new-game');
-        // The shortest way to be mated; the engine may take longer.
+        // A quick way to be mated; the engine may take longer.
         for (const move of ['f3', 'g4', 'a3', 'a4', 'b3', 'b4', 'h3', 'h4', 'Kf2', 'Kg3', 'c3', 'd3', 'Nh3', 'Na3']) {
             const status = await page.textContent('#status');
             if (/Checkmate/.test(status)) {

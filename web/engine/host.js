@@ -1,6 +1,6 @@
 // The host's half of the engine: what the C++ side calls. Linked into the module by Emscripten.
 //
-// The module that is made takes, beside Emscripten's own settings:
+// Besides Emscripten's own settings the module takes:
 //   onLine(text)   called with each line of output, without its line feed; must not call brenquil_line by itself
 //   onEnd(status)  called once when the engine has obeyed `quit`
 mergeInto(LibraryManager.library, {
@@ -30,8 +30,8 @@ mergeInto(LibraryManager.library, {
     channel: null,
     turns: 0,
 
-    // Lets the event loop run, then calls. Timers of 0 are held back for 4 ms by browsers, a
-    // message is not; now and then a timer all the same, so that no queue can starve another.
+    // Lets the event loop run, then calls. Browsers hold timers of 0 back for 4 ms, but not
+    // messages; now and then a timer is used all the same, so that no queue can starve another.
     soon: function (call, milliseconds) {
       var ticket = ++Cooperative.timer;
       var guarded = function () {
@@ -39,7 +39,7 @@ mergeInto(LibraryManager.library, {
         try {
           call();
         } catch (error) {
-          if (error !== 'unwind') throw error; // the engine has ended itself
+          if (error !== 'unwind') throw error; // 'unwind': the engine has ended itself
         }
       };
       if (milliseconds > 0 || (++Cooperative.turns & 7) === 0 || typeof MessageChannel === 'undefined') {

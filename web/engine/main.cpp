@@ -92,7 +92,7 @@ private:
     std::deque<std::string> lines_;
 };
 
-/// The program's objects. Never destroyed: a search that still runs goes on looking at them.
+/// The program's objects. Never destroyed: a search that is still running reads them.
 struct Program {
     explicit Program(CDialect dialect) : engine(sink, dialect) {}
 

@@ -63,7 +63,7 @@ struct PositionFields {
 [[nodiscard]] std::string DerivedFaults(const CPosition& position,
                                         std::uint64_t foreignPawnKingKey = 0);
 
-/// Names what the slow rules see otherwise than the position; empty if nothing.
+/// Names what the slow rules see differently from the position; empty if nothing.
 [[nodiscard]] std::string Disagreements(const CPosition& position, const SlowPosition& slow);
 
 [[nodiscard]] CPosition FromFen(std::string_view fen);
@@ -94,7 +94,7 @@ struct PositionFields {
 /// side to move, en passant square and clock.
 [[nodiscard]] std::string LawlessFen(CRandom& random);
 
-/// A random generated move, with a liking for castling, en passant and promotion. The list must
+/// A random generated move, with a preference for castling, en passant and promotion. The list must
 /// not be empty.
 [[nodiscard]] Move PickMove(const MoveList& list, CRandom& random);
 

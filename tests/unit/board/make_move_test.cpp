@@ -474,8 +474,8 @@ TEST(NullMove, LosesTheEnPassantKeyUntilTheMoveBeforeIsTakenBack) {
 }
 
 TEST(MakeMove, LeavesItsRecordWhenItRefusesAMove) {
-    // The rook on e2 is pinned. Its record is stale, but a position that is set up further on in
-    // the game has its walk for repetitions go over it.
+    // The rook on e2 is pinned. Its record is stale, but the walk for repetitions of a position
+    // that is set up further on in the game goes over it.
     CPosition position = FromFen("4r2k/8/8/8/8/8/4R3/4K3 w - - 7 30");
     const std::int32_t ply = position.ply;
     ASSERT_FALSE(position.MakeMove(Move::Make(E2, D2)));

@@ -5,7 +5,8 @@
 
 namespace brenquil {
 
-/// The squares for which a question about two squares, given in files and ranks, is answered yes.
+/// The squares for which the answer to a question about two squares, given in files and ranks, is
+/// yes.
 template <class Question>
 Bitboard SquaresThat(int square, Question question) {
     Bitboard set = 0;

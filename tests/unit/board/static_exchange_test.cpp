@@ -65,7 +65,7 @@ TEST(StaticExchange, ReadsThePositionOnly) {
     }
 }
 
-/// The exchange told by recursion on a board from which each capturer is really lifted.
+/// The exchange by recursion, on a board from which each capturer is really lifted.
 class CSlowExchange {
 public:
     CSlowExchange(const CPosition& position, Move move)

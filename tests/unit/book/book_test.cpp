@@ -390,7 +390,7 @@ TEST_F(Book, LineEndsWithAMoveThatCannotBePlayed) {
 
 /// The copy that the line is played on knows the outermost rooks alone. Castling with an inner one
 /// went wrong on it: both rooks vanished.
-TEST_F(Book, LineBehindCastlingWithAnInnerRookEndsAtOnce) {
+TEST_F(Book, LineAfterCastlingWithAnInnerRookEndsAtOnce) {
     constexpr std::string_view Fen = "4k3/8/8/8/8/8/8/4KR1R w F - 0 1";
     Load(test::CBookBuilder().Add(Fen, "e1h1", 1).Add("4k3/8/8/8/8/8/8/6K1 b - - 1 1", "e8e7", 1));
     EXPECT_EQ(Mark(Fen, "e1g1"), Strings{"(1 = 100.00%)"});

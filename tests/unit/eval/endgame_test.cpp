@@ -226,7 +226,7 @@ TEST_F(EndgameTest, WithoutTheOptionTheGeneralEvaluationRuns) {
     EXPECT_NE(setup_.Full("k7/8/1K6/8/8/8/8/4Q3 w - - 0 1"), 1350);
     EXPECT_GT(setup_.Full("8/8/8/4k3/8/8/8/2N1KN2 w - - 0 1"), 400);
     EXPECT_NE(setup_.Full("k7/8/K7/P7/8/8/8/8 w - - 0 1"), 0);
-    // The test for lack of material stands before it.
+    // The test for lack of material comes before it.
     EXPECT_EQ(setup_.Full("8/8/8/4k3/8/8/8/4KB2 w - - 0 1"), 0);
 }
 

@@ -83,7 +83,7 @@ TEST_F(EvaluationCaches, SideToMoveOnlyTurnsTheSign) {
     EXPECT_EQ(used_.evaluation.Evaluate(WideAlpha, WideBeta), -score);
 }
 
-// The key stays off by the number of the square; what is found under it is of the same board.
+// The key stays off by the number of the square; what is found under it belongs to the same board.
 TEST_F(EvaluationCaches, NullMoveOverAnEnPassantSquareFindsTheRightBoard) {
     used_.Set("rnbqkbnr/pp1ppppp/8/8/2pPP3/7P/PPP2PP1/RNBQKBNR b KQkq d3 0 3");
     ASSERT_NE(used_.position.enPassant, SquareNone);

@@ -92,7 +92,7 @@ TEST_F(MaterialTable, ChangedPieceValuesActAtOnce) {
     ExpectRight(fen);
 }
 
-// Whatever sums are made of while a value changes, the last change is seen in the end.
+// Whatever goes into the sums while a value changes, the last change is seen in the end.
 TEST_F(MaterialTable, ChangesFromAnotherThreadAreSeen) {
     setup_.Set("4k3/pp6/8/8/8/8/PP6/R3K3 w - - 0 1");
     std::atomic<bool> isDone{false};

@@ -187,7 +187,7 @@ TEST_F(PawnStructure, BackwardPenaltyByFile) {
 }
 
 TEST_F(PawnStructure, PawnsOnTheEdgeRanksAreSafe) {
-    // A pawn on its last rank is passed for nothing, has no front and no squares of worth.
+    // A pawn on its last rank gains nothing as a passed pawn and has no front.
     EXPECT_EQ(WhiteTerms("P6k/8/8/8/8/8/8/7K w - - 0 1"), TermPair(-1, -5));
     EXPECT_EQ(WhiteTerms("7k/8/8/8/8/8/8/P6K w - - 0 1"), TermPair(-1, -5));
 }

@@ -24,7 +24,7 @@ using Strings = std::vector<std::string>;
 /// The start position as the commands print it.
 inline constexpr const char* StartText = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
-/// Obeys lines through the command loop and answers with what was printed.
+/// Has lines obeyed by the command loop and returns what was printed.
 class CEngineFixture : public testing::Test {
 protected:
     /// Sends the lines and returns what the reading thread printed on them.

@@ -32,8 +32,8 @@ TEST(Clock, WallClockCountsWhileTheProgramSleeps) {
 }
 
 TEST(Clock, WallClockBeganWithTheProgram) {
-    // Every test is a process of its own, or one that lasts minutes: far from the hours that a
-    // machine is up.
+    // This program has run for seconds, in a slow build for minutes; the machine has usually been
+    // up for hours.
     EXPECT_GE(WallClock(), 0);
     EXPECT_LT(WallClock(), 1000 * 60 * 60);
 }

@@ -61,7 +61,7 @@ TEST(Pages, WhatTheMachineCannotHoldIsRefused) {
     }
 }
 
-// Makes the system hand out the memory in fact.
+// Makes the system really hand out the memory.
 void TouchEveryPage(const CPages& pages) {
     constexpr std::size_t PageSize = 4096;
     for (std::size_t offset = 0; offset < pages.Size(); offset += PageSize) {

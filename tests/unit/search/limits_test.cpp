@@ -17,8 +17,8 @@ constexpr std::uint32_t Never = std::numeric_limits<std::uint32_t>::max();
 
 class Limits : public testing::Test {
 protected:
-    /// Whether a search is over after the iteration at whose beginning that much time has passed.
-    /// The clock is looked at between iterations only: the tree is far too small for more.
+    /// Whether a search ends after the iteration at whose beginning that much time has passed. The
+    /// clock is looked at between iterations only: the tree is far too small for more.
     bool EndsBetweenIterations(SearchLimits limits, std::uint32_t elapsed, bool isWhite = true) {
         const CStoppedClock clock;
         limits.depth = 4;
@@ -80,8 +80,8 @@ protected:
         }
     }
 
-    /// Looks at the clock during a search without limits in time, less those when the root
-    /// search is made and when it begins, and those of the reports.
+    /// Looks at the clock during a search without time limits, less those when the root search is
+    /// made and when it begins, and those of the reports.
     static std::uint64_t LooksInTheTree(const SearchRecord& record) {
         return CStoppedClock::Looks() - 2 - record.pvs.size() - record.statistics.size();
     }
@@ -424,7 +424,7 @@ TEST_F(Limits, NegativeNodeLimitIsNone) {
 
 // Status
 
-/// A search to depth 7 in whose tree the clock is moved now and then.
+/// A search in whose tree the clock is moved now and then.
 class StatusLines : public Limits {
 protected:
     StatusLines() { setup.bases.Add(base); }

@@ -223,14 +223,14 @@ void CReferenceSearch::UpdateKillers(int ply, Move move) {
 
 int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool afterNull) {
     const auto line = static_cast<std::size_t>(ply);
-    // 1 to 4
+    // Counting and limits.
     pv_[line].clear();
     ++nodes;
     CheckLimits(ply);
     if (stop) {
         return alpha;
     }
-    // 5
+    // Repetition.
     if (!afterNull && ply > 0 && position.ply > 0) {
         int count = 1;
         for (int i = position.ply - 1; i >= 0; --i) {
@@ -246,7 +246,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             return 0;
         }
     }
-    // 6
+    // Hash table.
     if (const Entry* const entry = Find();
         entry != nullptr && entry->verification == (entry->data ^ position.key)) {
         const int storedDepth = static_cast<int>(entry->data >> 16 & 0xFFFF);
@@ -263,7 +263,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             }
         }
     }
-    // 7
+    // Bases.
     for (IBase* const base : bases) {
         Score score = 0;
         if (base->ProbeSearch(score, position, depth, ply)) {
@@ -271,17 +271,17 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             return score;
         }
     }
-    // 8
+    // Horizon.
     if (depth < 1 && !position.inCheck) {
         --nodes;
         return Quiescence(ply, 0, alpha, beta);
     }
-    // 9
+    // What stays as it was at entry.
     unsigned bestMove = 0;
     unsigned bound = 1;
     const bool inCheckAtEntry = position.inCheck;
     const int windowWidth = beta - alpha;
-    // 10
+    // Static pruning.
     if (options_.useFutility.enabled && !position.inCheck && windowWidth <= 1 && depth >= 1 &&
         depth <= 3 && position.colourCount[Black] + position.colourCount[White] >= 5) {
         const int margin = options_.futilityMargins[static_cast<std::size_t>(depth - 1)].number;
@@ -295,7 +295,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             return beta;
         }
     }
-    // 11
+    // Null move.
     const Colour us = position.sideToMove;
     bool hasPiece = false;
     for (const PieceType type : {Knight, Bishop, Rook, Queen}) {
@@ -312,7 +312,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
         record.capturedPiece = PieceNone;
         position.halfmoveClock = 0;
         if (position.enPassant != SquareNone) {
-            position.key ^= PolyglotKeys[772 + static_cast<std::size_t>(position.enPassant % 8)];
+            position.key ^= PolyglotKeys[772 + position.enPassant % 8];
         }
         position.sideToMove = us == White ? Black : White;
         position.enPassant = SquareNone;
@@ -331,14 +331,12 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             return beta;
         }
     }
-    // 12
+    // The moves.
     ReferencePicker picker;
     picker.ply = ply;
     int legalMoves = 0;
     int reducible = 0;
-    // 13
     for (Move move; NextMove(move, picker);) {
-        // 13.1 to 13.3
         const Piece moved = position.board[move.From()];
         const bool quiet = (move.Kind() == MoveKind::Normal || move.Kind() == MoveKind::Castling) &&
                            position.board[move.To()] == PieceNone;
@@ -347,7 +345,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             continue;
         }
         ++legalMoves;
-        // 13.4
+        // Extension.
         int extension = 0;
         if (options_.useExtensions.enabled && (windowWidth > 1 || depth < 6)) {
             if (position.inCheck) {
@@ -358,7 +356,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
                 ++extension;
             }
         }
-        // 13.5
+        // Reduction.
         int reduction = 0;
         if (options_.useLmr.enabled && quiet && extension == 0 && windowWidth <= 1 &&
             !inCheckAtEntry && !position.inCheck && depth >= options_.lmrMinDepth.number &&
@@ -368,7 +366,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
                 reduction = 1;
             }
         }
-        // 13.6 and 13.7
+        // Principal variation search.
         const int newDepth = depth - 1 + extension - reduction;
         int value = 0;
         if (legalMoves == 1) {
@@ -382,12 +380,11 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
                 value = -AlphaBeta(newDepth, ply + 1, -beta, -alpha, false);
             }
         }
-        // 13.8 and 13.9
         position.UndoMove(move);
         if (stop) {
             return alpha;
         }
-        // 13.10
+        // History and killers.
         if (quiet) {
             if (value >= beta) {
                 ++history.hits;
@@ -404,7 +401,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
                 UpdateKillers(ply, move);
             }
         }
-        // 13.11
+        // A better move.
         if (value > alpha) {
             alpha = value;
             bound = value < beta ? 0 : 2;
@@ -416,7 +413,7 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
             }
         }
     }
-    // 14 and 15
+    // The result, which is stored.
     int result = 0;
     if (legalMoves > 0) {
         result = position.halfmoveClock >= 100 ? 0 : alpha;
@@ -428,17 +425,16 @@ int CReferenceSearch::AlphaBeta(int depth, int ply, int alpha, int beta, bool af
 }
 
 int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
-    // 1
+    // Counting and limits.
     ++nodes;
     CheckLimits(ply);
     if (stop) {
         return alpha;
     }
-    // 2
     if (qply > seldepth_) {
         seldepth_ = qply;
     }
-    // 3
+    // Standing pat.
     const bool inCheckAtEntry = position.inCheck;
     if (!inCheckAtEntry) {
         const int value = evaluation_.Evaluate(alpha, beta);
@@ -449,7 +445,7 @@ int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
             }
         }
     }
-    // 4 and 5
+    // The moves: evasions, or captures.
     Moves list;
     if (inCheckAtEntry) {
         MoveList evasions;
@@ -459,7 +455,6 @@ int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
         list = Generate(MoveKinds::Captures);
     }
     ScoreCaptures(list);
-    // 6
     int legalMoves = 0;
     for (std::size_t index = 0; index < list.size();) {
         const Move move = Select(list, index);
@@ -482,7 +477,7 @@ int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
             }
         }
     }
-    // 7
+    // Mate is seen here, stalemate is not.
     if (!inCheckAtEntry || legalMoves > 0) {
         return alpha;
     }
@@ -490,7 +485,7 @@ int CReferenceSearch::Quiescence(int ply, int qply, int alpha, int beta) {
 }
 
 int CReferenceSearch::RootSearch(int depth) {
-    // 1 and 2
+    // Counting and limits.
     multiPv_.clear();
     pv_[0].clear();
     ++nodes;
@@ -504,7 +499,7 @@ int CReferenceSearch::RootSearch(int depth) {
     int legalMoves = 0;
     int alpha = -32000;
     ReferencePicker picker;
-    // 3
+    // The moves.
     for (Move move; NextMove(move, picker);) {
         bool wanted = limits_.searchmoves.count == 0;
         for (const Move other : limits_.searchmoves) {
@@ -513,7 +508,6 @@ int CReferenceSearch::RootSearch(int depth) {
         if (!wanted) {
             continue;
         }
-        // 4 and 5
         const Piece moved = position.board[move.From()];
         const bool quiet = (move.Kind() == MoveKind::Normal || move.Kind() == MoveKind::Castling) &&
                            position.board[move.To()] == PieceNone;
@@ -521,10 +515,10 @@ int CReferenceSearch::RootSearch(int depth) {
             continue;
         }
         ++legalMoves;
-        // 6
+        // Extension by a check alone.
         const bool extended = options_.useExtensions.enabled && position.inCheck;
         const int newDepth = extended ? depth : depth - 1;
-        // 7
+        // A wide window with MultiPV, else principal variation search.
         int value = 0;
         const int delta = options_.multiPvDelta.number;
         if (options_.multiPv.number > 1) {
@@ -537,22 +531,20 @@ int CReferenceSearch::RootSearch(int depth) {
                 value = -AlphaBeta(newDepth, 1, -32000, -alpha, false);
             }
         }
-        // 9
         position.UndoMove(move);
         if (stop) {
             return alpha;
         }
-        // 10
+        // The last slot stays empty.
         if (options_.multiPv.number > 1 && multiPv_.size() + 1 < 20) {
             Moves line{move};
             line.insert(line.end(), pv_[1].begin(), pv_[1].end());
             multiPv_.emplace_back(line, value);
         }
-        // 11
         if (value <= alpha) {
             continue;
         }
-        // 12
+        // History and killers.
         if (quiet) {
             History& history = history_[moved][static_cast<std::size_t>(move.To())];
             history.ordering += value >= 32000 ? depth * depth : depth;
@@ -563,7 +555,7 @@ int CReferenceSearch::RootSearch(int depth) {
                 UpdateKillers(0, move);
             }
         }
-        // 13
+        // A better move.
         bestMove = move.word & 0xFFFF;
         bound = value < 32000 ? 0 : 2;
         alpha = value;
@@ -573,7 +565,7 @@ int CReferenceSearch::RootSearch(int depth) {
             break;
         }
     }
-    // 14
+    // The result, which is stored.
     int result = 0;
     if (legalMoves > 0) {
         result = position.halfmoveClock >= 100 ? 0 : alpha;

@@ -1,9 +1,9 @@
 // A second search, slow and literal, to hold the real one against.
 //
-// It is written from the numbered steps of the algorithm and shares nothing with
-// `CSearch` but what lies below the search: position, generator, evaluation, exchanges. Lists are
-// vectors and are really sorted by selection, the table is a vector of plain entries indexed by a
-// remainder, scores and depths are packed and unpacked by hand. One thread, no clock.
+// It goes through the steps of the algorithm one by one and shares nothing with `CSearch` but what
+// lies below the search: position, generator, evaluation, exchanges. Lists are vectors and are
+// really sorted by selection, the table is a vector of plain entries indexed by a remainder, scores
+// and depths are packed and unpacked by hand. One thread, no clock.
 #pragma once
 
 #include "bases/base.h"

@@ -285,8 +285,8 @@ TEST_F(Threads, WorkerAtTheEndOfItsDepthsEndsAloneAndTheSearchGoesOn) {
     SetThreads(2);
     CWorkerList workers(setup.Context());
     workers.Start(setup.position);
-    // Its last entry is that of the root. How long it takes to get there says nothing: on a busy
-    // machine it may stand still on its way.
+    // Its last entry is that of the root. How long it takes to get there proves nothing: on a busy
+    // machine it may stand still meanwhile.
     EXPECT_TRUE(Eventually([&] {
         const auto root = setup.hash.Probe(setup.position.key);
         return root.has_value() && root->depth == 254;

@@ -1,6 +1,6 @@
 // Chess960 positions of the same men in which another rook may castle. Their keys are the same, so
-// each meets what the table holds of the other: no line and no move that comes from there may do
-// what the rules forbid, or leave the position other than it was.
+// each meets what the table holds of the other: no line and no move from there may break the rules,
+// or leave the position other than it was.
 
 #include "fake_clock.h"
 #include "search_setup.h"

@@ -118,7 +118,7 @@ export function evalText(evaluation: Evaluation): string {
 }
 
 const Marks = { inaccuracy: 6, mistake: 2, blunder: 4 } as const;
-/** What is written below, of an earlier time or by others. */
+/** What is written here, from an earlier run or by others. */
 const Evaluations = /\[%eval [^\]]*\]\s*(?:(?:Inaccuracy|Mistake|Blunder)\.(?: Better was [^()]*\([^()]*\)\.)?)?/g;
 
 /** Writes the annotation into the game, in place of older evaluations; everything else in it stays. */

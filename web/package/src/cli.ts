@@ -45,7 +45,7 @@ function fail(message: string, status: number): never {
     process.exit(status);
 }
 
-/** Writes all of it before it returns, also to a pipe whose reader is slow. */
+/** Writes all of it before it returns, even to a pipe whose reader is slow. */
 function writeOut(text: string): void {
     const bytes = Buffer.from(text);
     for (let done = 0; done < bytes.length;) {
@@ -102,13 +102,13 @@ function mountSystem(module: Module): void {
                 module.FS.mount(module.NODEFS, { root: `/${entry.name}` }, `/${entry.name}`);
             }
         } catch {
-            // What cannot be looked at cannot be named either.
+            // What cannot be read cannot be opened by name either.
         }
     }
     module.FS.chdir(process.cwd());
 }
 
-/** True when no search runs any more, as far as the lines tell. */
+/** True when, as far as the lines tell, no search is running. */
 class SearchWatch {
     #running = 0;
 

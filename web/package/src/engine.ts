@@ -6,7 +6,7 @@
  *     for await (const info of engine.analyse({ fen })) console.log(info.score, info.pv);
  *     engine.terminate();
  *
- * Requests may be made without waiting for one another; they are done in their order. A search
+ * Requests may be made without waiting for one another; they are carried out in order. A search
  * without a limit would never let the next one begin, so it ends when something else is asked for.
  */
 import { EngineError } from './errors.js';
@@ -38,11 +38,11 @@ export interface EngineOptions {
     workerUrl?: string | URL;
     /** Where the .wasm lies, if not beside the worker. */
     wasmUrl?: string | URL;
-    /** Talk as the native program does under `--strict-uci`: options are checked, and there are some more of them. */
+    /** Talk as the native program does with `--strict-uci`: options are checked, and there are some more of them. */
     strict?: boolean;
     /** Further options of the engine, by their names. */
     options?: Record<string, string | number | boolean>;
-    /** Ends the start, and later the engine. */
+    /** Aborts the start, and later ends the engine. */
     signal?: AbortSignal;
 }
 
@@ -79,7 +79,7 @@ export interface EngineEvents {
     line: string;
     /** Every line to the engine. */
     sent: string;
-    /** What the engine says in words: the text of each `info string`. A damaged table is told that way. */
+    /** What the engine says in words: the text of each `info string`. A damaged table is reported that way. */
     message: string;
     /** The worker ended by itself. */
     crash: EngineError;
@@ -95,7 +95,7 @@ interface Search {
     reject(error: Error): void;
 }
 
-// Without a legal move the engine says the one; strictly, its best move is the other.
+// Without a legal move the engine says the first; in strict UCI its best move is the second.
 const NoBestMove = 'No best move!';
 const NoMove = '(none)';
 const NoThread = 'The system gives no thread for the search';
@@ -118,7 +118,7 @@ export class Engine {
     #search: Search | null = null;
     #pending = 0; // requests that wait for their turn
     #stops = 0; // counts the calls of stop; a search that was asked for before one ends at once
-    #awaited: ((line: string) => boolean) | null = null; // true: that was the line
+    #awaited: ((line: string) => boolean) | null = null; // answers true when that was the line
     #failAwaited: ((error: Error) => void) | null = null;
     #fileReplies = new Map<number, { resolve(size: number): void; reject(error: Error): void }>();
     #nextFile = 1;
@@ -185,7 +185,7 @@ export class Engine {
     }
 
     /**
-     * Sets an option; ends a search without a limit. Resolves with what the engine had to say.
+     * Sets an option; ends a search without a limit. Resolves with what the engine says to it.
      * Rejects when there is no such option, and when there is no memory for it.
      */
     setOption(name: string, value: string | number | boolean): Promise<string[]> {
@@ -237,7 +237,7 @@ export class Engine {
     }
 
     /**
-     * Searches like `go`, and every finished depth has its line. (A plain `go` that ends by its time
+     * Searches like `go`, but every finished depth has its line. (A plain `go` that ends by its time
      * or with a mate does not show the last one.) Neither book nor tables answer for the search.
      */
     #look(request: GoRequest): Promise<GoResult> {
@@ -401,7 +401,7 @@ export class Engine {
         }
     }
 
-    /** Ends the worker at once, whatever it does. Open promises are rejected. */
+    /** Ends the worker at once, whatever it is doing. Open promises are rejected. */
     terminate(): void {
         if (this.#failure === null) {
             this.#fail(new EngineError('terminated', 'The engine was terminated'), false);
@@ -533,7 +533,7 @@ export class Engine {
         }
     }
 
-    /** Sends a line and hands every answer to the function until that says true. */
+    /** Sends a line and hands every answer to the function until that returns true. */
     #hear(line: string, isLast: (answer: string) => boolean): Promise<void> {
         return new Promise((resolve, reject) => {
             this.#failAwaited = reject;

@@ -1,5 +1,5 @@
 /**
- * Looks at a FEN before the engine gets it: the engine itself takes any text and makes the best of it.
+ * Checks a FEN before the engine gets it: the engine itself takes any text and makes the best of it.
  */
 
 const Pieces = 'pnbrqkPNBRQK';

@@ -4,7 +4,7 @@
  *
  * Nothing is copied whole that can be read in parts. A File is read where the engine asks, and so
  * is a URL whose host answers ranges; other hosts send the file once, when it is named. The engine
- * reads without waiting for promises, so the parts come by the synchronous means that workers have:
+ * reads without waiting for promises, so the parts come by the synchronous interfaces that workers have:
  * FileReaderSync and XMLHttpRequest.
  */
 import { EngineError } from './errors.js';

@@ -8,7 +8,7 @@ export type WorkerRequest =
     | { type: 'init'; variant: Variant | 'auto'; wasmUrl?: string; strict?: boolean }
     | { type: 'file'; id: number; path: string; source: FileSource }
     | { type: 'bench'; depth: number }
-    | { type: 'crash' }; // for tests: the worker fails as if the engine had
+    | { type: 'crash' }; // for tests: the worker fails as if the engine had crashed
 
 export type WorkerReply =
     | string

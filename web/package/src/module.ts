@@ -1,10 +1,10 @@
 /**
- * Makes the WebAssembly module: picks the flavour, finds its files, tells clearly what is missing.
+ * Makes the WebAssembly module: picks the flavour, finds its files, says clearly what is missing.
  */
 import { EngineError } from './errors.js';
 import type { FileSystem } from './files.js';
 
-/** With several threads, or the one that needs no isolation. */
+/** The one with several threads, or the one that needs no isolation. */
 export type Variant = 'threads' | 'single';
 
 /** What web/engine offers; see web/engine/main.cpp. */
@@ -34,7 +34,7 @@ export interface Surroundings {
     onCrash(message: string): void;
 }
 
-/** Whether memory can be shared between threads here. */
+/** Whether threads can share memory here. */
 export function hasSharedMemory(): boolean {
     const isolated = (globalThis as { crossOriginIsolated?: boolean }).crossOriginIsolated;
     return typeof SharedArrayBuffer === 'function' && isolated !== false;

@@ -2,7 +2,7 @@
  * Positions and moves of chess and Chess960, for reading and writing games.
  *
  * chess.js knows the rules but castling in Chess960, so castling is done here for both games: the
- * rights stand beside a chess.js board that has none. Positions are values: `play` makes a new one.
+ * rights are kept beside a chess.js board that has none. Positions are values: `play` makes a new one.
  */
 import { Chess, type Color, type PieceSymbol, type Square } from 'chess.js';
 
@@ -114,8 +114,8 @@ export class ChessPosition {
     }
 
     /**
-     * `chess960`: castling is written as in Chess960. Found out by itself where kings and rooks are
-     * not at home or the rights are written with files.
+     * `chess960`: castling is written as in Chess960. Detected where kings and rooks are not at home
+     * or the rights are written with files.
      */
     static fromFen(text: string, chess960 = false): ChessPosition {
         const fault = checkFen(text);

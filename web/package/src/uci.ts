@@ -7,11 +7,11 @@ export type Score =
     | { type: 'cp'; value: number } // hundredths of a pawn
     | { type: 'mate'; value: number }; // moves; below 0: the side to move is mated
 
-/** One `info` line with figures. What a line does not hold is undefined. */
+/** One `info` line with figures. What a line does not have is undefined. */
 export interface Info {
     depth?: number;
     seldepth?: number;
-    multipv: number; // 1 for the best line, also when only one is asked for
+    multipv: number; // 1 for the best line, even when only one is asked for
     score?: Score;
     bound?: 'lower' | 'upper'; // the score is only a bound
     time?: number; // milliseconds
@@ -108,7 +108,7 @@ export function parseOption(line: string): OptionInfo | null {
     return option;
 }
 
-/** What `go` is told. Times are milliseconds. */
+/** The limits of a `go`. Times are milliseconds. */
 export interface Limits {
     depth?: number;
     nodes?: number;

@@ -7,8 +7,8 @@
  *     worker.postMessage('uci');
  *
  * The flavour is the one that fits the page; `brenquil-worker.js#single` and `#threads` name one.
- * Loading begins with the first message. Who sends strings only gets strings only, and a failure is
- * an error event of the worker. The class Engine sends objects too (WorkerRequest), and is told of
+ * Loading begins with the first message. Whoever sends only strings gets only strings, and a failure
+ * is an error event of the worker. The class Engine sends objects too (WorkerRequest), and is told of
  * failures by objects (WorkerReply).
  */
 import { EngineError, type EngineErrorCode } from './errors.js';
@@ -72,7 +72,7 @@ function pageHost(): Host {
             if (!answer.ok) {
                 throw missing(`the host answered ${answer.status}`);
             }
-            // Compiling while loading wants the right type in the answer.
+            // Compiling while loading needs the right type in the answer.
             const bytes = answer.clone();
             return WebAssembly.compileStreaming(answer).catch(async () => {
                 try {

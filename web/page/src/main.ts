@@ -1,4 +1,4 @@
-/** The page: wires the engine, the game and what is seen of them. */
+/** The page: wires the engine, the game and the views of them. */
 import type { Color } from 'chess.js';
 
 import type { Engine, FileSource, Info } from '../../package/src/index.js';
@@ -150,7 +150,7 @@ class Page {
 
     #humanMoves(move: Move): void {
         if (this.#mode === 'play' && this.#human === null) {
-            this.#human = this.#record.position.turn; // who moves first without a word plays that side
+            this.#human = this.#record.position.turn; // whoever simply moves first plays that side
             this.#pace = readPace(byId<HTMLSelectElement>('strength').value);
         }
         byId('problem').textContent = '';
@@ -514,7 +514,7 @@ class Page {
     }
 }
 
-/** The service worker brings the headers of isolation and keeps the page for times without a net. */
+/** The service worker adds the headers for isolation and keeps the page for use offline. */
 async function registerServiceWorker(): Promise<void> {
     if (!('serviceWorker' in navigator) || new URLSearchParams(location.hash.slice(1)).has('plain')) {
         return;
@@ -528,11 +528,11 @@ async function registerServiceWorker(): Promise<void> {
             location.reload();
         }
     } catch {
-        // The page works without: with one thread, and with a net.
+        // The page works without it: with one thread, and online.
     }
 }
 
-// On a page that is isolated anyway the engine comes first, and what is kept for later, later.
+// On a page that is isolated anyway the engine comes first, and what is kept for offline use later.
 if (crossOriginIsolated) {
     new Page(() => void registerServiceWorker());
 } else {

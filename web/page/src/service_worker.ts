@@ -1,6 +1,6 @@
 /**
- * Two services for the page: every file of it is kept for times without a net, and every answer gets
- * the headers with which browsers allow threads, which many static hosts cannot be told to send.
+ * Two services for the page: every file of it is kept for use offline, and every answer gets the
+ * headers with which browsers allow threads, which many static hosts cannot be told to send.
  */
 declare const BRENQUIL_FILES: string[];
 declare const BRENQUIL_BUILD: string;

@@ -1,5 +1,5 @@
-// The whole path: from the options through files, cache and index calculators to answers, held
-// against the solver.
+// The whole path, from the options through files, cache and index calculators to the answers,
+// compared with the solver.
 
 #include "../../../support/nalimov_test_folder.h"
 #include "bases/nalimov/nalimov_probe.h"

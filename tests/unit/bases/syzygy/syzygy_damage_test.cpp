@@ -1,4 +1,4 @@
-// Damaged files: whatever is wrong with a table, a probe comes back and the program lives on. Reads
+// Damaged files: whatever is wrong with a table, a probe returns and the program goes on. Reads
 // just past the end of a file are not seen here, where files are mapped by pages; the fuzz program
 // reads from memory of a file's exact size.
 

@@ -1,5 +1,5 @@
-// What the engine's position is answered with: the choice of the root move, and what of a position
-// is handed over to the tables.
+// What the tables answer for a position of the engine: the choice of the root move, and which parts
+// of a position are handed over.
 
 #include "syzygy_fixture.h"
 
@@ -120,7 +120,7 @@ TEST_F(SyzygyProbe, ImpossiblePositionsAreNotAnswered) {
     EXPECT_EQ(ProbeClass("7k/8/8/8/8/8/8/KP6 w - - 0 1"), -1) << "pawn on the first rank";
     EXPECT_EQ(ProbeRoot("8/8/8/8/8/8/8/KQ6 w - - 0 1"), TbResultFailed);
     EXPECT_EQ(ProbeRoot("7k/8/8/8/8/8/8/K6Q w - - 0 1"), TbResultFailed) << "king en prise";
-    // Kings that touch are no position, but the probe must come back.
+    // Kings that touch are no position, but the probe must return.
     (void)ProbeClass("8/8/8/8/8/8/8/KkQ5 w - - 0 1");
 }
 

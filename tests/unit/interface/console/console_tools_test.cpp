@@ -101,7 +101,7 @@ TEST_F(ConsoleTools, CpuReadsWordsByTheirFallbacks) {
     };
     for (unsigned bit = 0; bit < 32; ++bit) {
         const std::string number = std::to_string(bit);
-        // Whatever is no known leaf is 1, whatever is no known register is EAX; case counts.
+        // An unknown leaf counts as 1, an unknown register as EAX; case matters.
         EXPECT_EQ(CpuFlag("x EAX " + number), flag(answer.eax, bit));
         EXPECT_EQ(CpuFlag("1 edx " + number), flag(answer.eax, bit));
         EXPECT_EQ(CpuFlag("1 EDX " + number), flag(answer.edx, bit));

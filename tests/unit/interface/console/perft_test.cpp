@@ -1,4 +1,4 @@
-// Counting nodes, and the form of its account.
+// Counting nodes, and the lines that tell of it.
 
 #include "../collecting_sink.h"
 #include "../varying_figures.h"

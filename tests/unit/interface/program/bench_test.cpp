@@ -1,4 +1,4 @@
-// The bench: its list and its account.
+// The bench: its list and its report.
 
 #include "../collecting_sink.h"
 #include "board/move_generator.h"

@@ -44,7 +44,7 @@ export class EngineService {
             engine.on('crash', (error) => {
                 void this.#recover(error);
             });
-            // Found out in the middle of a search, when nobody waits for an answer to a file.
+            // Noticed in the middle of a search, when nobody waits for an answer about a file.
             engine.on('message', (text) => {
                 if (/corrupt/i.test(text)) {
                     this.#events.onProblem(`A table is damaged and is not used. The engine says: ${text}`);
@@ -189,7 +189,7 @@ export class EngineService {
             }
             return ticket === this.#asked ? await work(engine) : null;
         } catch (error) {
-            // A crash is told by its own event, an end on purpose by nobody.
+            // A crash has its own event, and an end on purpose needs none.
             if (!(error instanceof EngineError && ['crashed', 'terminated'].includes(error.code))) {
                 this.#events.onProblem((error as Error).message);
             }

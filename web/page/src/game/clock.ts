@@ -1,4 +1,4 @@
-/** Two chess clocks. Times are milliseconds; the caller brings the time of day. */
+/** Two chess clocks. Times are milliseconds; the caller supplies the time of day. */
 import type { Color } from 'chess.js';
 
 export class ChessClock {

@@ -1,4 +1,4 @@
-/** The game on the page: its moves, the place that is looked at, and how it ends. */
+/** The game on the page: its moves, the place that is shown, and how it ends. */
 import { ChessPosition, type Move } from '../../../package/src/rules.js';
 import { writePgn, type Game } from '../../../package/src/pgn.js';
 

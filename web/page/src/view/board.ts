@@ -28,7 +28,7 @@ export class BoardView {
                 { class: Accessibility, props: { language: 'en', keyboardMoveInput: true, movePieceForm: false, boardAsTable: false, piecesAsList: false } },
             ],
         });
-        // The board itself tells of a move given up by the mouse only.
+        // The board itself reports a cancelled move only when the mouse cancelled it.
         element.addEventListener('keydown', (event) => {
             if (event.key === 'Escape') {
                 this.#clearTargets();

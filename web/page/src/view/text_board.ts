@@ -1,4 +1,4 @@
-/** The board for those who do not see it: a table of its squares and the pieces of each side, hidden from sight. */
+/** The board for those who cannot see it: a table of its squares and the pieces of each side, hidden from sight. */
 import type { Color, PieceSymbol } from 'chess.js';
 
 import type { ChessPosition } from '../../../package/src/rules.js';
