@@ -1,6 +1,7 @@
 #include "tables/shown_position.h"
 
 #include "board/position_text.h"
+#include "platform/bits.h"
 #include "tables/ending_node.h"
 #include "tables/table_error.h"
 
@@ -67,14 +68,8 @@ ReadMen ReadBoard(const std::string& text) {
     return board;
 }
 
-}  // namespace
-
-ShownPosition ShownPosition::FromFen(const std::string& fen) {
-    const std::vector<std::string> words = Words(fen);
-    if (words.size() < 2 || words.size() > 6) {
-        Refuse("a FEN has two to six fields");
-    }
-    const ReadMen board = ReadBoard(words[0]);
+/// Refuses men that no ending of the tables has; finds theirs.
+EndingExit EndingOfBoard(const ReadMen& board) {
     if (board.men.size() > EndingMostMen) {
         Refuse("there are " + std::to_string(board.men.size()) +
                " men on the board, and tables are made for five at most");
@@ -89,6 +84,11 @@ ShownPosition ShownPosition::FromFen(const std::string& fen) {
     if (!found) {
         Refuse("there is not one king of each colour");
     }
+    return *found;
+}
+
+/// Refuses what is wrong after the board, but for the en passant square, which is read later.
+void CheckFields(const std::vector<std::string>& words) {
     if (words[1] != "w" && words[1] != "b") {
         Refuse("the side to move is w or b");
     }
@@ -101,11 +101,42 @@ ShownPosition ShownPosition::FromFen(const std::string& fen) {
             Refuse("a counter after the en passant square is no number");
         }
     }
+}
+
+/// The pawn that may be taken on the en passant square of that name. `mask` turns the board as the
+/// position is turned.
+std::size_t VictimOf(const std::string& name, const ShownPosition& position, Square mask) {
+    if (name.size() != 2 || name[0] < 'a' || name[0] > 'h' || (name[1] != '3' && name[1] != '6')) {
+        Refuse("the en passant square is - or a square of the third or sixth rank");
+    }
+    const Ending& ending = EndingOf(position.ending);
+    const Square passed = MakeSquare(name[0] - 'a', name[1] - '1') ^ mask;
+    const Square behind = position.sideToMove == White ? -8 : 8;
+    for (std::size_t man = ending.pieces; man < ending.men; ++man) {
+        if (ending.man[man].colour != position.sideToMove &&
+            position.squares[man] == passed + behind &&
+            RankOf(passed) == (position.sideToMove == White ? 5 : 2)) {
+            return man;
+        }
+    }
+    Refuse("no pawn has just passed the en passant square");
+}
+
+}  // namespace
+
+ShownPosition ShownPosition::FromFen(const std::string& fen) {
+    const std::vector<std::string> words = Words(fen);
+    if (words.size() < 2 || words.size() > 6) {
+        Refuse("a FEN has two to six fields");
+    }
+    const ReadMen board = ReadBoard(words[0]);
+    const EndingExit found = EndingOfBoard(board);
+    CheckFields(words);
     ShownPosition position;
-    position.ending = found->ending;
-    position.flipped = found->flipped;
-    position.sideToMove = (words[1] == "w") != found->flipped ? White : Black;
-    const Square mask = found->flipped ? A8 : A1;
+    position.ending = found.ending;
+    position.flipped = found.flipped;
+    position.sideToMove = (words[1] == "w") != found.flipped ? White : Black;
+    const Square mask = found.flipped ? A8 : A1;
     if (position.ending == 0) {
         for (std::size_t man = 0; man < 2; ++man) {
             position.squares[board.men[man].colour == White ? 0 : 1] = board.squares[man];
@@ -117,29 +148,13 @@ ShownPosition ShownPosition::FromFen(const std::string& fen) {
     }
     const Ending& ending = EndingOf(position.ending);
     for (std::size_t man = 0; man < ending.men; ++man) {
-        position.squares[man] = board.squares[found->from[man]] ^ mask;
+        position.squares[man] = board.squares[found.from[man]] ^ mask;
     }
     if (!CEndingNode(ending, position.squares, position.sideToMove).IsLegal()) {
         Refuse("the side that is not to move is in check");
     }
     if (words.size() > 3 && words[3] != "-") {
-        const std::string& name = words[3];
-        if (name.size() != 2 || name[0] < 'a' || name[0] > 'h' ||
-            (name[1] != '3' && name[1] != '6')) {
-            Refuse("the en passant square is - or a square of the third or sixth rank");
-        }
-        const Square passed = MakeSquare(name[0] - 'a', name[1] - '1') ^ mask;
-        const Square behind = position.sideToMove == White ? -8 : 8;
-        for (std::size_t man = ending.pieces; man < ending.men; ++man) {
-            if (ending.man[man].colour != position.sideToMove &&
-                position.squares[man] == passed + behind &&
-                RankOf(passed) == (position.sideToMove == White ? 5 : 2)) {
-                position.victim = man;
-            }
-        }
-        if (position.victim == Ending::NoMan) {
-            Refuse("no pawn has just passed the en passant square");
-        }
+        position.victim = VictimOf(words[3], position, mask);
     }
     return position;
 }

@@ -1,6 +1,7 @@
 #include "tables/syzygy_bytes.h"
 
 #include "platform/bits.h"
+#include "tables/ending_exits.h"
 #include "tables/pair_coder.h"
 #include "tables/syzygy_layout.h"
 
@@ -323,19 +324,172 @@ void AppendOrders(ByteList& file, const TbShape& shape, const SyzygyOrder& first
     }
 }
 
-/// The best order of a file group for one sequence.
-SyzygyOrder ChooseOrder(const CSequence& sequence, const Ending& ending, const TbShape& shape,
-                        const CEndingIndex& index, unsigned file, CWorkers& workers,
-                        std::size_t& fewest) {
-    const std::vector<SyzygyOrder> orders = SyzygyOrders(shape);
-    std::vector<std::size_t> changes(orders.size());
-    workers.ForEach(orders.size(), [&](std::size_t item, std::size_t) {
-        changes[item] = sequence.Changes(CSyzygyLayout(ending, shape, orders[item], file), index);
-    });
-    const auto best = std::min_element(changes.begin(), changes.end());
-    fewest = *best;
-    return orders[best - changes.begin()];
+/// Where anything comes near the limit of the fifty-move rule, halves of plies would blur it.
+bool NeedsPlies(const ZeroingCodes& codes) {
+    constexpr int Near = 98;
+    const auto isNear = [](DistanceToZeroing::Code code) {
+        return DistanceToZeroing::PliesOf(code) > Near && code != 0;
+    };
+    const auto isNearFor = [&](Colour colour) {
+        const auto* const all = codes.Slice(colour, 0);
+        return std::any_of(all, all + codes.Places(), isNear);
+    };
+    return isNearFor(White) || isNearFor(Black);
 }
+
+/// The way of one ending from its values to the bytes of its two files.
+class CSyzygyFileMaker {
+public:
+    CSyzygyFileMaker(const ZeroingCodes& codes, const CSyzygyDemands& demands, CWorkers& workers)
+        : codes_(codes),
+          demands_(demands),
+          workers_(workers),
+          ending_(codes.Of()),
+          index_(codes.Index()),
+          shape_(ShapeOfName(ending_.syzygyName)),
+          files_(shape_.hasPawns ? 4 : 1),
+          sides_(shape_.symmetric ? 1 : 2),
+          inPlies_(NeedsPlies(codes)) {
+        for (unsigned file = 0; file < files_; ++file) {
+            for (std::size_t side = 0; side < sides_; ++side) {
+                classes_.push_back({file, side == 0 ? White : Black, {}, {}, {}});
+            }
+        }
+        distances_ = classes_;
+    }
+
+    /// Chooses the orders and compresses the values; before either file is made.
+    void Compress(CProgress& progress) {
+        const std::size_t steps = classes_.size() + distances_.size();
+        progress.BeginPhase("compressing", 2 * codes_.Places());
+        std::atomic<std::size_t> done{0};
+        workers_.ForEach(steps, [&](std::size_t item, std::size_t thread) {
+            if (item < classes_.size()) {
+                CompressClasses(classes_[item]);
+            } else {
+                CompressDistances(distances_[item - classes_.size()]);
+            }
+            const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
+            if (thread == 0) {
+                progress.Report(Share(finished, steps));
+            }
+        });
+    }
+
+    [[nodiscard]] ByteList WdlFile() {
+        constexpr std::uint32_t Magic = 0x5D23E871;
+        ByteList bytes = FileStart(Magic, shape_, sides_ == 2);
+        for (unsigned file = 0; file < files_; ++file) {
+            AppendOrders(bytes, shape_, classes_[file * sides_].order,
+                         sides_ == 2 ? &classes_[file * sides_ + 1].order : nullptr);
+        }
+        AlignTo(bytes, 2);
+        std::vector<PairStream> streams;
+        for (Stream& stream : classes_) {
+            Append(bytes, stream.pairs.header);
+            streams.push_back(std::move(stream.pairs));
+        }
+        AppendStreams(bytes, streams);
+        return bytes;
+    }
+
+    [[nodiscard]] ByteList DtzFile() {
+        constexpr std::uint32_t Magic = 0xA50C66D7;
+        const std::size_t side = SmallerSide();
+        ByteList bytes = FileStart(Magic, shape_, false);
+        for (unsigned file = 0; file < files_; ++file) {
+            AppendOrders(bytes, shape_, distances_[file * sides_ + side].order, nullptr);
+        }
+        AlignTo(bytes, 2);
+        std::vector<PairStream> streams;
+        ByteList maps;
+        for (unsigned file = 0; file < files_; ++file) {
+            Stream& stream = distances_[file * sides_ + side];
+            Append(bytes, stream.pairs.header);
+            if ((stream.pairs.header[0] & MapFlag) != 0) {
+                for (const std::vector<std::uint8_t>& list : stream.maps) {
+                    maps.push_back(ToByte(list.size()));
+                    Append(maps, list);
+                }
+            }
+            streams.push_back(std::move(stream.pairs));
+        }
+        Append(bytes, maps);
+        AlignTo(bytes, 2);
+        AppendStreams(bytes, streams);
+        return bytes;
+    }
+
+private:
+    /// The classes or the distances of one side to move in one file group.
+    struct Stream {
+        unsigned file;
+        Colour sideToMove;
+        SyzygyOrder order;
+        PairStream pairs;
+        DistanceMaps maps;  // of distances only
+    };
+
+    /// The order in which the values change least.
+    [[nodiscard]] SyzygyOrder ChooseOrder(const CSequence& sequence, unsigned file) const {
+        const std::vector<SyzygyOrder> orders = SyzygyOrders(shape_);
+        std::vector<std::size_t> changes(orders.size());
+        workers_.ForEach(orders.size(), [&](std::size_t item, std::size_t) {
+            const CSyzygyLayout layout(ending_, shape_, orders[item], file);
+            changes[item] = sequence.Changes(layout, index_);
+        });
+        return orders[std::min_element(changes.begin(), changes.end()) - changes.begin()];
+    }
+
+    void CompressClasses(Stream& stream) {
+        const CClassSequence sequence(demands_, stream.sideToMove);
+        stream.order = ChooseOrder(sequence, stream.file);
+        const CSyzygyLayout layout(ending_, shape_, stream.order, stream.file);
+        const std::vector<std::uint8_t> values = sequence.Values(layout, index_, workers_);
+        const bool isSingle = std::all_of(values.begin(), values.end(), [&](std::uint8_t value) {
+            return value == values.back();
+        });
+        stream.pairs =
+            isSingle ? SinglePairStream(values.back(), 0) : CompressPairs(values, 0, WdlBlockBits);
+    }
+
+    void CompressDistances(Stream& stream) {
+        CDistanceSequence sequence(codes_, demands_, stream.sideToMove, inPlies_);
+        stream.order = ChooseOrder(sequence, stream.file);
+        const CSyzygyLayout layout(ending_, shape_, stream.order, stream.file);
+        sequence.UseMaps(layout, index_, stream.maps);
+        const bool isMapped = std::any_of(stream.maps.begin(), stream.maps.end(),
+                                          [](const auto& list) { return !list.empty(); });
+        const std::uint8_t flags = (stream.sideToMove == White ? 0 : SideFlag) |
+                                   (isMapped ? MapFlag : 0) | (inPlies_ ? PliesFlags : 0);
+        const std::vector<std::uint8_t> values = sequence.Values(layout, index_, workers_);
+        const bool isZero = !isMapped && std::all_of(values.begin(), values.end(),
+                                                     [](std::uint8_t v) { return v == 0; });
+        stream.pairs =
+            isZero ? SinglePairStream(0, flags) : CompressPairs(values, flags, DtzBlockBits);
+    }
+
+    /// A file of distances stores one side to move, the one that takes less room.
+    [[nodiscard]] std::size_t SmallerSide() const {
+        std::array<std::size_t, 2> bytes{};
+        for (std::size_t place = 0; place < distances_.size(); ++place) {
+            bytes[place % sides_] += distances_[place].pairs.Bytes();
+        }
+        return sides_ == 2 && bytes[1] < bytes[0] ? 1 : 0;
+    }
+
+    const ZeroingCodes& codes_;
+    const CSyzygyDemands& demands_;
+    CWorkers& workers_;
+    const Ending& ending_;
+    const CEndingIndex& index_;
+    const TbShape shape_;
+    const unsigned files_;
+    const std::size_t sides_;
+    const bool inPlies_;
+    std::vector<Stream> classes_;  // group by group, side by side
+    std::vector<Stream> distances_;
+};
 
 }  // namespace
 
@@ -373,127 +527,9 @@ CSyzygyDemands::CSyzygyDemands(const ZeroingCodes& codes, const SolvedEndings& s
 
 SyzygyFiles MakeSyzygyFiles(const ZeroingCodes& codes, const CSyzygyDemands& demands,
                             CWorkers& workers, CProgress& progress) {
-    constexpr std::uint32_t WdlMagic = 0x5D23E871;
-    constexpr std::uint32_t DtzMagic = 0xA50C66D7;
-    const Ending& ending = codes.Of();
-    const CEndingIndex& index = codes.Index();
-    const TbShape shape = ShapeOfName(ending.syzygyName);
-    const unsigned files = shape.hasPawns ? 4 : 1;
-    const std::size_t sides = shape.symmetric ? 1 : 2;
-    SyzygyFiles made;
-
-    // Streams of classes (group by group, side by side), then of distances.
-    struct Stream {
-        unsigned file;
-        Colour sideToMove;
-        SyzygyOrder order;
-        std::size_t changes = 0;
-        PairStream pairs;
-        DistanceMaps maps;
-    };
-
-    std::vector<Stream> classes;
-    std::vector<Stream> distances;
-    for (unsigned file = 0; file < files; ++file) {
-        for (std::size_t side = 0; side < sides; ++side) {
-            classes.push_back({file, side == 0 ? White : Black, {}, 0, {}, {}});
-            distances.push_back({file, side == 0 ? White : Black, {}, 0, {}, {}});
-        }
-    }
-    bool inPlies = false;
-    {
-        // Halves of plies would blur the limit of the fifty-move rule where anything comes near it.
-        constexpr int Near = 98;
-        for (const Colour colour : {White, Black}) {
-            const auto* const all = codes.Slice(colour, 0);
-            inPlies =
-                inPlies || std::any_of(all, all + codes.Places(), [](DistanceToZeroing::Code code) {
-                    return DistanceToZeroing::PliesOf(code) > Near && code != 0;
-                });
-        }
-    }
-    const std::size_t steps = classes.size() + distances.size();
-    progress.BeginPhase("compressing", 2 * codes.Places());
-    std::atomic<std::size_t> done{0};
-    workers.ForEach(steps, [&](std::size_t item, std::size_t thread) {
-        if (item < classes.size()) {
-            Stream& stream = classes[item];
-            const CClassSequence sequence(demands, stream.sideToMove);
-            stream.order =
-                ChooseOrder(sequence, ending, shape, index, stream.file, workers, stream.changes);
-            const CSyzygyLayout layout(ending, shape, stream.order, stream.file);
-            const std::vector<std::uint8_t> values = sequence.Values(layout, index, workers);
-            const bool isSingle =
-                std::all_of(values.begin(), values.end(),
-                            [&](std::uint8_t value) { return value == values.back(); });
-            stream.pairs = isSingle ? SinglePairStream(values.back(), 0)
-                                    : CompressPairs(values, 0, WdlBlockBits);
-        } else {
-            Stream& stream = distances[item - classes.size()];
-            CDistanceSequence sequence(codes, demands, stream.sideToMove, inPlies);
-            stream.order =
-                ChooseOrder(sequence, ending, shape, index, stream.file, workers, stream.changes);
-            const CSyzygyLayout layout(ending, shape, stream.order, stream.file);
-            sequence.UseMaps(layout, index, stream.maps);
-            const bool isMapped = std::any_of(stream.maps.begin(), stream.maps.end(),
-                                              [](const auto& list) { return !list.empty(); });
-            const std::uint8_t flags = (stream.sideToMove == White ? 0 : SideFlag) |
-                                       (isMapped ? MapFlag : 0) | (inPlies ? PliesFlags : 0);
-            const std::vector<std::uint8_t> values = sequence.Values(layout, index, workers);
-            const bool isZero = !isMapped && std::all_of(values.begin(), values.end(),
-                                                         [](std::uint8_t v) { return v == 0; });
-            stream.pairs =
-                isZero ? SinglePairStream(0, flags) : CompressPairs(values, flags, DtzBlockBits);
-        }
-        const std::size_t finished = done.fetch_add(1, std::memory_order_relaxed) + 1;
-        if (thread == 0) {
-            progress.Report(Share(finished, steps));
-        }
-    });
-
-    ByteList& wdl = made.wdl;
-    wdl = FileStart(WdlMagic, shape, sides == 2);
-    for (unsigned file = 0; file < files; ++file) {
-        AppendOrders(wdl, shape, classes[file * sides].order,
-                     sides == 2 ? &classes[file * sides + 1].order : nullptr);
-    }
-    AlignTo(wdl, 2);
-    std::vector<PairStream> streams;
-    for (Stream& stream : classes) {
-        Append(wdl, stream.pairs.header);
-        streams.push_back(std::move(stream.pairs));
-    }
-    AppendStreams(wdl, streams);
-
-    // Of the distances the side that takes less room is stored.
-    std::array<std::size_t, 2> bytes{};
-    for (std::size_t place = 0; place < distances.size(); ++place) {
-        bytes[place % sides] += distances[place].pairs.Bytes();
-    }
-    const std::size_t side = sides == 2 && bytes[1] < bytes[0] ? 1 : 0;
-    ByteList& dtz = made.dtz;
-    dtz = FileStart(DtzMagic, shape, false);
-    for (unsigned file = 0; file < files; ++file) {
-        AppendOrders(dtz, shape, distances[file * sides + side].order, nullptr);
-    }
-    AlignTo(dtz, 2);
-    streams.clear();
-    ByteList maps;
-    for (unsigned file = 0; file < files; ++file) {
-        Stream& stream = distances[file * sides + side];
-        Append(dtz, stream.pairs.header);
-        if ((stream.pairs.header[0] & MapFlag) != 0) {
-            for (const std::vector<std::uint8_t>& list : stream.maps) {
-                maps.push_back(ToByte(list.size()));
-                Append(maps, list);
-            }
-        }
-        streams.push_back(std::move(stream.pairs));
-    }
-    Append(dtz, maps);
-    AlignTo(dtz, 2);
-    AppendStreams(dtz, streams);
-    return made;
+    CSyzygyFileMaker maker(codes, demands, workers);
+    maker.Compress(progress);
+    return {maker.WdlFile(), maker.DtzFile()};
 }
 
 SyzygySum CheckSyzygySum(std::span<const std::uint8_t> file) noexcept {
