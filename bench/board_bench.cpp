@@ -9,7 +9,6 @@
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace brenquil {

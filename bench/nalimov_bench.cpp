@@ -5,7 +5,6 @@
 // they are random.
 
 #include "../tests/support/nalimov_test_folder.h"
-#include "bases/nalimov/nalimov_probe.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

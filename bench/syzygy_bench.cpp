@@ -9,7 +9,6 @@
 #include "../tests/support/recording_host.h"
 #include "bases/syzygy/syzygy_bases.h"
 #include "bases/syzygy/tb_probe.h"
-#include "board/position_text.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>

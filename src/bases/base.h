@@ -10,7 +10,6 @@
 #include "board/types.h"
 #include "platform/relaxed.h"
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>

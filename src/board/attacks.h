@@ -11,7 +11,6 @@
 #include "board/table.h"
 #include "board/types.h"
 
-#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cstddef>

@@ -8,8 +8,6 @@
 #include "board/table.h"
 #include "board/types.h"
 
-#include <cstdint>
-
 namespace brenquil {
 
 /// Entries beyond `count` are indeterminate: the record is made in the innermost loops, and

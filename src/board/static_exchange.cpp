@@ -1,7 +1,6 @@
 #include "board/static_exchange.h"
 
 #include "board/attacks.h"
-#include "platform/bits.h"
 
 #include <algorithm>
 #include <cassert>

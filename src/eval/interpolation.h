@@ -8,7 +8,6 @@
 #include <array>
 #include <cassert>
 #include <cstddef>
-#include <cstdint>
 
 namespace brenquil {
 

@@ -20,7 +20,6 @@
 #include "platform/memory.h"
 #include "platform/relaxed.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 

@@ -2,7 +2,7 @@
 // of each ply. Both belong to one thread and last one search.
 #pragma once
 
-#include "board/attacks.h"
+#include "board/table.h"
 #include "board/types.h"
 
 #include <array>

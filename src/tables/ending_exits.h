@@ -4,6 +4,7 @@
 // can be judged by them before its quiet moves are known.
 #pragma once
 
+#include "platform/bits.h"
 #include "tables/ending_node.h"
 #include "tables/ending_values.h"
 #include "tables/rules.h"

@@ -12,7 +12,6 @@
 #pragma once
 
 #include "board/attacks.h"
-#include "platform/bits.h"
 #include "tables/ending.h"
 
 namespace brenquil {

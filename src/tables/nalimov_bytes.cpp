@@ -2,6 +2,8 @@
 
 #include "bases/nalimov/nalimov_index.h"
 #include "platform/bits.h"
+#include "tables/ending_exits.h"
+#include "tables/rules.h"
 
 #include <atomic>
 

@@ -7,7 +7,10 @@
 // know them. Their places hold the mark too.
 #pragma once
 
-#include "tables/ending_solver.h"
+#include "board/attacks.h"
+#include "tables/ending_values.h"
+#include "tables/progress.h"
+#include "tables/workers.h"
 
 #include <array>
 #include <cstdint>

@@ -3,7 +3,9 @@
 #include "platform/file_changes.h"
 #include "platform/file_mapping.h"
 #include "tables/emd_writer.h"
+#include "tables/ending_solver.h"
 #include "tables/nalimov_bytes.h"
+#include "tables/rules.h"
 #include "tables/table_error.h"
 #include "tables/table_file.h"
 

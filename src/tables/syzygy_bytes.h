@@ -8,9 +8,13 @@
 #pragma once
 
 #include "tables/byte_list.h"
-#include "tables/ending_solver.h"
+#include "tables/ending_values.h"
+#include "tables/progress.h"
+#include "tables/rules.h"
+#include "tables/workers.h"
 
 #include <cstdint>
+#include <span>
 
 namespace brenquil {
 

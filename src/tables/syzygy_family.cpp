@@ -2,8 +2,9 @@
 
 #include "bases/syzygy/tb_files.h"
 #include "bases/syzygy/tb_probe.h"
-#include "platform/file_changes.h"
 #include "platform/file_mapping.h"
+#include "tables/ending_node.h"
+#include "tables/ending_solver.h"
 #include "tables/syzygy_bytes.h"
 #include "tables/table_error.h"
 #include "tables/table_file.h"

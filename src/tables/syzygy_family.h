@@ -3,7 +3,6 @@
 #pragma once
 
 #include "bases/syzygy/syzygy_tables.h"
-#include "tables/ending_solver.h"
 #include "tables/quiet_host.h"
 #include "tables/table_family.h"
 

@@ -2,6 +2,7 @@
 
 #include "tables/class_check.h"
 #include "tables/distance_check.h"
+#include "tables/ending_solver.h"
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"
 #include "tables/table_error.h"

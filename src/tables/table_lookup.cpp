@@ -10,7 +10,6 @@
 #include "tables/table_file.h"
 
 #include <array>
-#include <cstring>
 
 namespace brenquil {
 

@@ -1,6 +1,6 @@
 #include "tables/table_statistics.h"
 
-#include "bases/syzygy/tb_probe.h"
+#include "tables/ending_node.h"
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"
 #include "tables/table_error.h"

@@ -1,7 +1,6 @@
 #include "nalimov_positions.h"
 
 #include "board/attacks.h"
-#include "platform/bits.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,7 @@
 #include "bases/nalimov/nalimov_enumeration.h"
 
+#include "board/attacks.h"
+
 #include <cassert>
 #include <cstddef>
 #include <memory>

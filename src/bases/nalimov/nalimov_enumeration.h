@@ -10,7 +10,7 @@
 // shared by all threads. 0.5 MiB, of which one table uses two rows.
 #pragma once
 
-#include "board/attacks.h"
+#include "board/table.h"
 #include "board/types.h"
 
 #include <array>

@@ -15,7 +15,6 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace brenquil {
 

@@ -14,7 +14,6 @@
 #include "bases/syzygy/tb_material.h"
 
 #include <array>
-#include <cassert>
 #include <cstdint>
 
 namespace brenquil {

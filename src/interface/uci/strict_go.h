@@ -1,10 +1,8 @@
 // The line of the command `go` as strict UCI reads it: word by word.
 #pragma once
 
-#include "board/move_list.h"
 #include "search/search_limits.h"
 
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>

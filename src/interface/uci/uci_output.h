@@ -11,7 +11,6 @@
 
 #include "bases/base.h"
 #include "board/position.h"
-#include "board/position_text.h"
 #include "interface/output_options.h"
 #include "interface/protocol.h"
 #include "interface/uci/strict_options.h"

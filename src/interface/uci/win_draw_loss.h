@@ -3,8 +3,6 @@
 
 #include "board/types.h"
 
-#include <cstdint>
-
 namespace brenquil {
 
 /// Two constants of a logistic model: the score at which half of the games are won, and the score

@@ -4,7 +4,6 @@
 #include "interface/program/arguments.h"
 
 #include <gtest/gtest.h>
-#include <initializer_list>
 #include <string>
 
 namespace brenquil {

@@ -8,7 +8,6 @@
 #include "tables/syzygy_bytes.h"
 #include "tables/syzygy_family.h"
 #include "tables/syzygy_layout.h"
-#include "tables/table_file.h"
 #include "tables/table_maker.h"
 
 #include <cstdlib>

@@ -4,7 +4,6 @@
 
 #include "syzygy_fixture.h"
 
-#include <cstring>
 #include <random>
 
 namespace brenquil {

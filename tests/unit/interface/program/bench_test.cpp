@@ -6,7 +6,6 @@
 #include "interface/move_notation.h"
 #include "interface/program/bench.h"
 #include "interface/program/bench_positions.h"
-#include "interface/uci/uci_commands.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

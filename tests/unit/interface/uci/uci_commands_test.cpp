@@ -3,7 +3,6 @@
 #include "../engine_fixture.h"
 #include "../fake_base.h"
 #include "interface/move_notation.h"
-#include "interface/uci/uci_commands.h"
 #include "platform/processor.h"
 
 #include <algorithm>
