@@ -3,6 +3,7 @@
 #include "board/polyglot_keys.h"
 #include "platform/bits.h"
 
+#include <algorithm>
 #include <cassert>
 
 namespace brenquil {

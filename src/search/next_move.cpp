@@ -60,7 +60,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         GenerateQuiets(picker.quietList, position_, history_);
         picker.quietList.Begin();
         if (!position_.inCheck) {
-            for (std::int32_t ahead = 0; ahead < CQuietList::KnownAhead; ++ahead) {
+            for (int ahead = 0; ahead < CQuietList::KnownAhead; ++ahead) {
                 PrefetchAfter(picker.quietList.Peek(ahead));
             }
         }
