@@ -2,6 +2,7 @@
 """The program brenquil-tables: what it makes, that the engine reads it, ended runs, damaged files, texts and pictures."""
 
 import fcntl
+import functools
 import json
 import os
 import random
@@ -34,6 +35,14 @@ def contents(folder):
     return {path.name: path.read_bytes() for path in sorted(Path(folder).iterdir())}
 
 
+@functools.cache
+def three_men(family):
+    """The files of all endings of three men, made once for all tests."""
+    with tempfile.TemporaryDirectory(prefix="brenquil-tables-") as folder:
+        run("make", family, "3", folder)
+        return contents(folder)
+
+
 @unittest.skipUnless(PROGRAM.is_file(), "brenquil-tables is not built")
 class Tables(unittest.TestCase):
     KILLS = 2
@@ -46,6 +55,12 @@ class Tables(unittest.TestCase):
 
     def make(self, *words, status=0):
         return run("make", *words, self.folder, status=status)
+
+    def lay_three_men(self, *families):
+        self.folder.mkdir()
+        for family in families:
+            for name, data in three_men(family).items():
+                (self.folder / name).write_bytes(data)
 
     def test_bytes_depend_on_nothing_but_the_program(self):
         for family in ("nalimov", "syzygy"):
@@ -85,8 +100,7 @@ class Tables(unittest.TestCase):
         self.assertEqual([path for path in self.folder.iterdir() if path.suffix == ".part"], [])
 
     def test_what_is_made_is_sound_and_both_families_agree(self):
-        self.make("nalimov", "3")
-        self.make("syzygy", "3")
+        self.lay_three_men("nalimov", "syzygy")
         self.assertIn("10 sound, 0 faulty, 0 not checked", run("check", self.folder))
 
     def test_plain_files_hold_one_byte_a_position(self):
@@ -117,8 +131,7 @@ class Tables(unittest.TestCase):
         self.assertIn(" 0 faulty, 0 not checked", run("check", self.folder))
 
     def test_damaged_folders_break_nothing(self):
-        self.make("nalimov", "3")
-        self.make("syzygy", "3")
+        self.lay_three_men("nalimov", "syzygy")
         good = contents(self.folder)
         chance = random.Random(9)
         for _ in range(int(os.environ.get("BRENQUIL_TABLES_DAMAGES", self.DAMAGES))):
@@ -232,8 +245,7 @@ class Tables(unittest.TestCase):
         self.assertEqual([name for name in contents(self.folder) if name.endswith(".part")], [])
 
     def test_show_for_people_and_scripts(self):
-        self.make("nalimov", "3")
-        self.make("syzygy", "3")
+        self.lay_three_men("nalimov", "syzygy")
         text = run("show", QUEEN, self.folder)
         self.assertIn("Nalimov: mate in 7", text)
         self.assertIn("Syzygy:  win, 13 plies", text)
@@ -256,7 +268,7 @@ class Tables(unittest.TestCase):
             self.assertIn(why, run("show", fen, self.folder, status=1))
 
     def test_statistics_have_the_figures_of_the_literature(self):
-        self.make("nalimov", "3")
+        self.lay_three_men("nalimov")
         text = run("statistics", self.folder)
         self.assertRegex(text, r"krk +white +21,959 +100.0 %")
         self.assertRegex(text, r"\n +black +28,056 +0.0 % +10.0 % +90.0 % +mated in 16 ")
