@@ -27,9 +27,11 @@ The standard library of Python 3.8 is all that is needed.
 """
 import argparse
 import concurrent.futures
+import ctypes
 import dataclasses
 import queue
 import random
+import signal
 import subprocess
 import sys
 import tempfile
@@ -42,6 +44,9 @@ from chess_rules import START_FEN, Position, verdict
 FAULTS = ("illegal", "time losses", "crashes", "hangs", "lost lines")
 LOG_LINES = 200  # that are kept of the dialogue with each engine
 START_SECONDS = 60  # in which a program must be there, however busy the machine
+
+PRCTL = ctypes.CDLL(None).prctl if sys.platform == "linux" else None
+PR_SET_PDEATHSIG = 1  # <sys/prctl.h>: the signal that a process gets when its parent ends
 
 
 class Fault(Exception):
@@ -65,6 +70,12 @@ def processor_seconds(process):
         return None
 
 
+def end_with_this_process():
+    """For a new process: it is killed when the one that started it ends, in whatever way. An engine
+    does not end with its input, but asks for more of it for ever."""
+    PRCTL(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
 def is_end(line):
     """The last line of a search."""
     return line.startswith("bestmove ") or line.endswith("No best move!")
@@ -83,7 +94,8 @@ class UciProcess:
         self.directory = tempfile.TemporaryDirectory(prefix="brenquil-")
         self.process = subprocess.Popen(
             [str(Path(path).resolve())], cwd=self.directory.name, stdin=subprocess.PIPE,
-            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, bufsize=0)
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, bufsize=0,
+            preexec_fn=end_with_this_process if PRCTL else None)
         threading.Thread(target=self._read, daemon=True).start()
         try:
             self.send("uci")

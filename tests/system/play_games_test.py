@@ -8,6 +8,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -199,6 +200,35 @@ def summary_of(text):
     """The counts of the last line by name."""
     return {name: int(number) for name, number in
             re.findall(r"(games|" + "|".join(FAULTS) + r") (\d+)", text.splitlines()[-1])}
+
+
+@unittest.skipUnless(sys.platform == "linux", "elsewhere nothing ties a process to its parent")
+class KilledArbiter(unittest.TestCase):
+    """Engines once went on for ever, each with a whole processor, after their arbiter was killed."""
+
+    def test_its_engine_is_gone_as_well(self):
+        program = f"""import sys, time
+sys.path.insert(0, {str(ROOT / "tools")!r})
+import play_games
+print(play_games.UciProcess({str(ENGINE)!r}).process.pid, flush=True)
+time.sleep(600)"""
+        with subprocess.Popen([sys.executable, "-c", program], stdout=subprocess.PIPE) as arbiter:
+            engine = int(arbiter.stdout.readline())
+            os.kill(engine, 0)
+            arbiter.kill()
+        deadline = time.monotonic() + seconds(60)
+        while self.is_running(engine):
+            self.assertLess(time.monotonic(), deadline, "the engine goes on")
+            time.sleep(0.01)
+
+    @staticmethod
+    def is_running(process):
+        """A process that nobody has waited for yet is over as well."""
+        try:
+            state = Path(f"/proc/{process}/stat").read_text(encoding="latin-1").rpartition(") ")[2][0]
+        except (FileNotFoundError, ProcessLookupError):
+            return False
+        return state not in "ZX"
 
 
 class Soak(unittest.TestCase):
