@@ -11,13 +11,6 @@ namespace brenquil {
 
 namespace {
 
-/// The score of a class at a distance from the root. The two classes between a draw and the rest
-/// are draws as long as the fifty-move rule holds.
-[[nodiscard]] Score ScoreOfClass(int tbClass, bool rule50, int ply) noexcept {
-    constexpr int Signs[2][5] = {{-1, -1, 0, 1, 1}, {-1, 0, 0, 0, 1}};
-    return Signs[rule50 ? 1 : 0][tbClass] * (MateScore - ply);
-}
-
 /// "0" for a draw, otherwise the sign of the value and what it leads to.
 [[nodiscard]] std::string MarkOf(int value, std::string_view what) {
     if (value == 0) {
@@ -33,7 +26,7 @@ bool CSyzygyBasesWDL::ProbeSearch(Score& score, const CPosition& position, int /
     if (tbClass == TbNoClass) [[likely]] {
         return false;
     }
-    score = ScoreOfClass(tbClass, probe_.SyzygyRule50(), ply);
+    score = probe_.SignOf(tbClass) * (MateScore - ply);
     return true;
 }
 
@@ -55,7 +48,7 @@ bool CSyzygyBasesWDL::ProbeMoveInfo(BaseMoveInfo& info, Move move, const CPositi
     if (tbClass == TbNoClass) {
         return false;
     }
-    const Score score = -ScoreOfClass(tbClass, probe_.SyzygyRule50(), 0);
+    const Score score = -probe_.SignOf(tbClass) * MateScore;
     info.move = move;
     info.move.SetOrder(score);
     info.text = MarkOf(score, "M?");

@@ -100,10 +100,14 @@ bool CSyzygyProbe::TbResultToMove(TbResult result, Move& move) const noexcept {
         move = Move::Make(result.From(), result.To(), MoveKind::Promotion,
                           Promotions[result.Promotion()]);
     }
-    // [rule in force][class]: sign of the score.
-    constexpr int Signs[2][5] = {{-1, -1, 0, 1, 1}, {-1, 0, 0, 0, 1}};
-    move.SetOrder(Signs[SyzygyRule50() ? 1 : 0][result.Class()] * result.Distance());
+    move.SetOrder(SignOf(result.Class()) * result.Distance());
     return true;
+}
+
+int CSyzygyProbe::SignOf(int tbClass) const noexcept {
+    // [fifty-move rule in force][class]
+    constexpr int Signs[2][5] = {{-1, -1, 0, 1, 1}, {-1, 0, 0, 0, 1}};
+    return Signs[SyzygyRule50() ? 1 : 0][tbClass];
 }
 
 }  // namespace brenquil

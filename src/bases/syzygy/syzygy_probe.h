@@ -75,8 +75,11 @@ public:
     /// @return false for a failure, a checkmate or a stalemate
     [[nodiscard]] bool TbResultToMove(TbResult result, Move& move) const noexcept;
 
-    /// Do the classes 1 and 3 count as draws.
     [[nodiscard]] bool SyzygyRule50() const noexcept { return options_->fiftyMovesRule.enabled; }
+
+    /// 1 for a class that counts as a win, 0 as a draw, -1 as a loss. The two classes beside the
+    /// draw are draws as long as the fifty-move rule is in force.
+    [[nodiscard]] int SignOf(int tbClass) const noexcept;
 
 private:
     CSyzygyTables* tables_;

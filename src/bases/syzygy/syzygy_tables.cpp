@@ -133,18 +133,14 @@ const DtzEntry* CSyzygyTables::TbFindDtz(const TbPosition& position) {
     front.key = MaterialKey(position, mirror);
     front.mirrorKey = MaterialKey(position, !mirror);
     front.entry.reset();  // the table of the row that has fallen out
-    front.entry = LoadDtz(position, mirror);
+    front.entry = LoadDtz(MaterialName(position, mirror), slot->entry->shape);
     return front.entry.get();
 }
 
-std::unique_ptr<DtzEntry> CSyzygyTables::LoadDtz(const TbPosition& position, bool mirror) {
-    const CTbHash::Slot* const slot = hash_.Find(MaterialKey(position, mirror));
-    if (slot == nullptr) {
-        return nullptr;
-    }
+std::unique_ptr<DtzEntry> CSyzygyTables::LoadDtz(std::string_view name, const TbShape& shape) {
     auto entry = std::make_unique<DtzEntry>();
-    entry->shape = slot->entry->shape;
-    if (!paths_.TbMapFile(MaterialName(position, mirror), TbDtzSuffix, entry->file)) {
+    entry->shape = shape;
+    if (!paths_.TbMapFile(name, TbDtzSuffix, entry->file)) {
         return nullptr;
     }
     entry->data = entry->file.Bytes();

@@ -28,6 +28,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace brenquil {
 
@@ -84,7 +85,7 @@ private:
     void AddKey(std::uint64_t key, TbEntry& entry);
     void ForgetTables() noexcept;
     [[nodiscard]] bool LoadWdl(const TbPosition& position, std::uint64_t key, CTbHash::Slot& slot);
-    [[nodiscard]] std::unique_ptr<DtzEntry> LoadDtz(const TbPosition& position, bool mirror);
+    [[nodiscard]] std::unique_ptr<DtzEntry> LoadDtz(std::string_view name, const TbShape& shape);
 
     IHost& host_;
     std::string path_;
