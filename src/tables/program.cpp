@@ -31,7 +31,7 @@ constexpr std::uint64_t DefaultMemory = std::uint64_t{4} << 30U;
 
 constexpr const char* Usage =
     R"(usage: brenquil-tables make nalimov|syzygy WHAT... DIR    make tables
-       brenquil-tables check DIR                         hold every value against the rules
+       brenquil-tables check [WHAT...] DIR               hold every value against the rules
        brenquil-tables show 'FEN' DIR                    what the tables know of a position
        brenquil-tables statistics DIR                    counts, longest mates
        brenquil-tables [COMMAND] --help | --version
@@ -71,11 +71,14 @@ again, so a run that was ended goes on where it stopped.
 )";
 
 constexpr const char* CheckUsage =
-    R"(usage: brenquil-tables check DIR
+    R"(usage: brenquil-tables check [WHAT...] DIR
 
 Holds every value of every table in the folder DIR against the rules of chess, and the two families
 against each other. A table is checked with the help of those that it can turn into. Ends with
 status 0 if all are sound, with 1 if one is faulty, damaged or could not be checked.
+
+WHAT is 3, 4 or 5, for the endings of up to that many men, or names of endings such as kqkr; then
+only their tables are checked. Those that they turn into are taken at their word.
 
   --threads N     work on N threads (default: all that the machine has)
   --memory N      use up to N gibibytes, or 512M for mebibytes (default: 4)
@@ -138,6 +141,15 @@ std::vector<int> EndingsOf(const std::string& word) {
     return endings;
 }
 
+std::vector<int> EndingsOfAll(const std::vector<std::string>& words) {
+    std::vector<int> endings;
+    for (const std::string& word : words) {
+        const std::vector<int> more = EndingsOf(word);
+        endings.insert(endings.end(), more.begin(), more.end());
+    }
+    return endings;
+}
+
 std::size_t ThreadsOf(CCommandWords& arguments) {
     constexpr std::size_t MostThreads = 256;
     return arguments.Number("--threads", ProcessorCount(), MostThreads);
@@ -158,10 +170,7 @@ int Make(CCommandWords arguments) {
     if (family != "nalimov" && family != "syzygy") {
         throw CMisuse("the family is nalimov or syzygy, not '" + family + "'");
     }
-    for (std::size_t place = 1; place + 1 < words.size(); ++place) {
-        const std::vector<int> more = EndingsOf(words[place]);
-        plan.endings.insert(plan.endings.end(), more.begin(), more.end());
-    }
+    plan.endings = EndingsOfAll({words.begin() + 1, words.end() - 1});
     const CFolderLock lock = PrepareFolder(words.back());
     CProgress progress(quiet ? CProgress::Output::Silent : CProgress::OutputOfSystem());
     if (family == "nalimov") {
@@ -179,12 +188,13 @@ int Check(CCommandWords arguments) {
     const std::uint64_t memory = arguments.Size("--memory", DefaultMemory);
     const bool quiet = arguments.Flag("--quiet");
     const std::vector<std::string>& words = arguments.Rest();
-    if (words.size() != 1) {
+    if (words.empty()) {
         throw CMisuse("check needs a folder");
     }
-    RequireFolder(words.front());
+    const CheckingPlan plan{words.back(), EndingsOfAll({words.begin(), words.end() - 1}), memory};
+    RequireFolder(plan.folder);
     CProgress progress(quiet ? CProgress::Output::Silent : CProgress::OutputOfSystem());
-    const CheckOutcome outcome = CheckTables(words.front(), memory, workers, progress);
+    const CheckOutcome outcome = CheckTables(plan, workers, progress);
     progress.Say(std::to_string(outcome.sound) + " sound, " + std::to_string(outcome.faulty) +
                  " faulty, " + std::to_string(outcome.unchecked) + " not checked");
     return outcome.IsGood() ? 0 : Failure;

@@ -19,15 +19,15 @@ namespace {
 
 class CChecker {
 public:
-    CChecker(const std::string& folder, std::uint64_t memoryBytes, CWorkers& workers,
-             CProgress& progress)
-        : folder_(folder),
+    CChecker(const CheckingPlan& plan, CWorkers& workers, CProgress& progress)
+        : folder_(plan.folder),
+          endings_(plan.endings.begin(), plan.endings.end()),
           workers_(workers),
           progress_(progress),
-          nalimov_({folder, workers, progress}),
-          syzygy_({folder, workers, progress}),
-          distances_(nalimov_, memoryBytes),
-          classes_(syzygy_, memoryBytes) {}
+          nalimov_({plan.folder, workers, progress}),
+          syzygy_({plan.folder, workers, progress}),
+          distances_(nalimov_, plan.memoryBytes),
+          classes_(syzygy_, plan.memoryBytes) {}
 
     [[nodiscard]] CheckOutcome Run() {
         struct Task {
@@ -38,14 +38,17 @@ public:
         std::vector<Task> tasks;
         for (ITableFamily* const family : Families()) {
             for (const int number : WithSuccessors(AllEndings())) {
-                if (IsThere(*family, EndingOf(number))) {
+                if (IsAsked(number) && IsThere(*family, EndingOf(number))) {
                     tasks.push_back({family, number});
                 }
             }
         }
-        const std::vector<std::string> strangers = Strangers();
+        const std::vector<std::string> strangers =
+            endings_.empty() ? Strangers() : std::vector<std::string>();
         if (tasks.empty() && strangers.empty()) {
-            throw CTableError("there are no tables of three to five men in " + folder_);
+            throw CTableError(endings_.empty()
+                                  ? "there are no tables of three to five men in " + folder_
+                                  : "none of these tables is in " + folder_);
         }
         for (std::size_t place = 0; place < tasks.size(); ++place) {
             const auto [family, number] = tasks[place];
@@ -88,6 +91,10 @@ private:
         }
         std::sort(strangers.begin(), strangers.end());
         return strangers;
+    }
+
+    [[nodiscard]] bool IsAsked(int number) const {
+        return endings_.empty() || endings_.count(number) != 0;
     }
 
     /// Is any of the ending's files there.
@@ -203,6 +210,7 @@ private:
     }
 
     std::string folder_;
+    std::set<int> endings_;  ///< those that are asked for; empty for all
     CWorkers& workers_;
     CProgress& progress_;
     CNalimovFamily nalimov_;
@@ -215,9 +223,8 @@ private:
 
 }  // namespace
 
-CheckOutcome CheckTables(const std::string& folder, std::uint64_t memoryBytes, CWorkers& workers,
-                         CProgress& progress) {
-    return CChecker(folder, memoryBytes, workers, progress).Run();
+CheckOutcome CheckTables(const CheckingPlan& plan, CWorkers& workers, CProgress& progress) {
+    return CChecker(plan, workers, progress).Run();
 }
 
 }  // namespace brenquil

@@ -1,4 +1,4 @@
-// Checks every table file in a folder against the rules of chess.
+// Checks the table files in a folder against the rules of chess.
 //
 // A Nalimov table is held against itself (tables/distance_check.h), a Syzygy table against a
 // solution made anew (tables/class_check.h), and where both families are in the folder, they are
@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace brenquil {
 
@@ -22,9 +23,16 @@ struct CheckOutcome {
     [[nodiscard]] bool IsGood() const noexcept { return faulty == 0 && unchecked == 0; }
 };
 
-/// Checks every table in a folder and prints a line for each. Throws `CTableError` for what has
-/// nothing to do with one table.
-[[nodiscard]] CheckOutcome CheckTables(const std::string& folder, std::uint64_t memoryBytes,
-                                       CWorkers& workers, CProgress& progress);
+/// What is to be checked.
+struct CheckingPlan {
+    std::string folder;
+    std::vector<int> endings;  ///< numbers; those without a table are passed over; empty for all
+    std::uint64_t memoryBytes = 0;
+};
+
+/// Checks tables in a folder and prints a line for each. Throws `CTableError` for what has nothing
+/// to do with one table.
+[[nodiscard]] CheckOutcome CheckTables(const CheckingPlan& plan, CWorkers& workers,
+                                       CProgress& progress);
 
 }  // namespace brenquil

@@ -154,7 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
          {"8/8/8/4k3/8/8/3QK3/8 w - - 0 1", "3bk3/8/8/8/4K3/8/8/8 w - - 0 1"}) {
         Try([&] { (void)ShowPosition(fen, chosen.folder, data[1] >= 128); });
     }
-    Try([&] { (void)CheckTables(chosen.folder, Memory, tools.workers, tools.progress); });
+    Try([&] { (void)CheckTables({chosen.folder, {}, Memory}, tools.workers, tools.progress); });
     if (data[1] / 4 % 16 == 0) {
         Try([&] {
             const FolderStatistics found =

@@ -103,6 +103,17 @@ class Tables(unittest.TestCase):
         self.lay_three_men("nalimov", "syzygy")
         self.assertIn("10 sound, 0 faulty, 0 not checked", run("check", self.folder))
 
+    def test_named_tables_alone_are_checked(self):
+        self.lay_three_men("nalimov", "syzygy")
+        text = run("check", "kqk", "KRvK", self.folder)
+        self.assertIn("4 sound, 0 faulty, 0 not checked", text)
+        self.assertNotIn("kbk", text)
+        self.assertIn("10 sound", run("check", "3", self.folder))
+        (self.folder / "KQRBNvK.rtbw").write_bytes(b"no table of five men")
+        self.assertIn("2 sound", run("check", "kqk", self.folder))
+        self.assertIn("none of these tables", run("check", "kqkr", self.folder, status=1))
+        self.assertIn("neither 3, 4 or 5", run("check", self.folder, "kqk", status=2))
+
     def test_plain_files_hold_one_byte_a_position(self):
         self.make("nalimov", "3", "--plain")
         sizes = {name: len(data) for name, data in contents(self.folder).items()}
