@@ -12,6 +12,8 @@ namespace {
 
 constexpr double SecondsBetweenUpdates = 0.2;
 constexpr double SecondsBetweenLines = 30;
+constexpr double LeastSecondsForPace = 0.5;
+constexpr double LeastShareForPace = 0.01;
 
 std::string Formatted(const char* format, double value) {
     char text[64];
@@ -44,14 +46,8 @@ void CProgress::BeginPhase(const std::string& phase, std::uint64_t positions) {
 
 std::string CProgress::Describe(double share) const {
     const double seconds = std::chrono::duration<double>(Clock::now() - phaseStart_).count();
-    std::string text = table_ + "  " + phase_ + Formatted(" %3.0f %%", std::floor(100 * share));
-    if (seconds > 0.5 && share > 0) {
-        const auto rate =
-            static_cast<std::uint64_t>(static_cast<double>(positions_) * share / seconds);
-        text += "  " + CountText(rate) + " positions/s";
-        text += "  " + DurationText(seconds * (1 - share) / share) + " left";
-    }
-    return text;
+    return table_ + "  " + phase_ + Formatted(" %3.0f %%", std::floor(100 * share)) +
+           PaceText(share, seconds, positions_);
 }
 
 void CProgress::Report(double share) {
@@ -101,6 +97,15 @@ void CProgress::Erase() {
 
 double CProgress::SecondsOfTable() const noexcept {
     return std::chrono::duration<double>(Clock::now() - tableStart_).count();
+}
+
+std::string PaceText(double share, double seconds, std::uint64_t positions) {
+    if (seconds < LeastSecondsForPace || share < LeastShareForPace) {
+        return {};
+    }
+    const auto rate = static_cast<std::uint64_t>(static_cast<double>(positions) * share / seconds);
+    return "  " + CountText(rate) + " positions/s  " + DurationText(seconds * (1 - share) / share) +
+           " left";
 }
 
 double Share(std::uint64_t part, std::uint64_t whole) noexcept {

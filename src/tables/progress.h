@@ -62,6 +62,10 @@ private:
     std::size_t shownLength_ = 0;
 };
 
+/// "  9,870 positions/s  2:05 left", for a phase over that many positions that has run for some
+/// seconds and has this share, 0 to 1, behind it. Empty while either is too little to go by.
+[[nodiscard]] std::string PaceText(double share, double seconds, std::uint64_t positions);
+
 /// What a part is of a whole, which is not 0.
 [[nodiscard]] double Share(std::uint64_t part, std::uint64_t whole) noexcept;
 
