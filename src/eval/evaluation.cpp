@@ -22,14 +22,29 @@ CEvaluation::CEvaluation(const CPosition& position, const CEvaluationOptions& op
                          CPawnHash& pawnHash, const CKpkBitbase& bitbase) noexcept
     : position_(position), options_(options), pawnHash_(pawnHash), bitbase_(bitbase) {}
 
+/// The frequent cases end here without a call, or with one as the last step. So nothing has to be
+/// kept across a call, and no register is saved: 2 % of a search's instructions.
 Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
+    const MaterialEntry* const material = materialTable_.Known(position_, options_);
+    if (material == nullptr || material->isSpecial) [[unlikely]] {
+        return EvaluateClosely(alpha, beta);
+    }
+    return EvaluateOrdinary(*material, alpha, beta);
+}
+
+/// With men that have not been met lately, or that may be a draw or a known ending.
+[[gnu::noinline]] Score CEvaluation::EvaluateClosely(Score alpha, Score beta) noexcept {
     const MaterialEntry& material = materialTable_.Find(position_, options_);
-    if (material.isSpecial) [[unlikely]] {
+    if (material.isSpecial) {
         if (const std::optional<Score> score = SpecialScore()) {
             return *score;
         }
     }
+    return EvaluateOrdinary(material, alpha, beta);
+}
 
+[[gnu::always_inline]] inline Score
+CEvaluation::EvaluateOrdinary(const MaterialEntry& material, Score alpha, Score beta) noexcept {
     const bool whiteToMove = position_.sideToMove == White;
     // 64 bits from here on: margin and contempt can be any number.
     const std::int64_t ownBalance = whiteToMove ? material.balance : -material.balance;
@@ -43,8 +58,17 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
             return alpha;
         }
     }
+    const std::uint64_t key = whiteToMove ? position_.key ^ SideKey : position_.key;
+    if (const std::optional<Score> known = positionalCache_.Find(key)) {
+        return Complete(ownBalance, *known);
+    }
+    return EvaluateAnew(ownBalance, key, material.phase);
+}
 
-    const Score positional = PositionalScore(material.phase);
+/// `positional` is from White's view.
+[[gnu::always_inline]] inline Score CEvaluation::Complete(std::int64_t ownBalance,
+                                                          Score positional) const noexcept {
+    const bool whiteToMove = position_.sideToMove == White;
     const std::int64_t score = ownBalance + (whiteToMove ? positional : -positional);
     if (options_.analyse.enabled) {
         return static_cast<Score>(score);
@@ -66,22 +90,18 @@ std::optional<Score> CEvaluation::SpecialScore() const noexcept {
     return EvaluateEndgame(position_, material, bitbase_);
 }
 
-/// Everything but material, from White's view.
-Score CEvaluation::PositionalScore(int phase) noexcept {
-    const std::uint64_t key =
-        position_.sideToMove == White ? position_.key ^ SideKey : position_.key;
-    if (const std::optional<Score> known = positionalCache_.Find(key)) {
-        return *known;
-    }
+/// Sums everything but material, for a position whose sum the cache lacks.
+[[gnu::noinline]] Score CEvaluation::EvaluateAnew(std::int64_t ownBalance, std::uint64_t key,
+                                                  int phase) noexcept {
     if (pawnCache_.Slot(position_.pawnKingKey).key != position_.pawnKingKey) {
         pawnHash_.Prefetch(position_.pawnKingKey);  // arrives while the pieces are looked at
     }
     // Two statements, as a compiler may take the operands of one in either order.
     const TermPair pieceTerms = PieceTerms(position_);
     const TermPair terms = pieceTerms + PawnTerms();
-    const Score score = Interpolate(terms.Middlegame(), terms.Endgame(), phase);
-    positionalCache_.Store(key, score);
-    return score;
+    const Score positional = Interpolate(terms.Middlegame(), terms.Endgame(), phase);
+    positionalCache_.Store(key, positional);
+    return Complete(ownBalance, positional);
 }
 
 /// The terms of pawns and kings, the shelter included, from White's view.

@@ -22,6 +22,7 @@
 #include "eval/pawn_hash.h"
 #include "eval/term_pair.h"
 
+#include <cstdint>
 #include <optional>
 
 namespace brenquil {
@@ -38,8 +39,13 @@ public:
     [[nodiscard]] Score Evaluate(Score alpha, Score beta) noexcept;
 
 private:
+    [[nodiscard]] Score EvaluateClosely(Score alpha, Score beta) noexcept;
+    [[nodiscard]] Score EvaluateOrdinary(const MaterialEntry& material, Score alpha,
+                                         Score beta) noexcept;
     [[nodiscard]] std::optional<Score> SpecialScore() const noexcept;
-    [[nodiscard]] Score PositionalScore(int phase) noexcept;
+    [[nodiscard]] Score EvaluateAnew(std::int64_t ownBalance, std::uint64_t key,
+                                     int phase) noexcept;
+    [[nodiscard]] Score Complete(std::int64_t ownBalance, Score positional) const noexcept;
     [[nodiscard]] TermPair PawnTerms() noexcept;
 
     const CPosition& position_;

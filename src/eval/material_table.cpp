@@ -14,13 +14,27 @@ constexpr int MostMenOfKnownEnding = 5;
 
 }  // namespace
 
+const MaterialEntry& CMaterialTable::Find(const CPosition& position,
+                                          const CEvaluationOptions& options) noexcept {
+    if (const MaterialEntry* const known = Known(position, options)) {
+        return *known;
+    }
+    const std::uint32_t version = options.pieceValuesVersion.load(std::memory_order_acquire);
+    if (version != version_) {
+        Empty(version);
+    }
+    MaterialEntry& entry = entries_[IndexOf(position.menKey)];
+    Fill(entry, position, options);
+    return entry;
+}
+
 void CMaterialTable::Empty(std::uint32_t version) noexcept {
     entries_.fill(MaterialEntry{});
     version_ = version;
 }
 
-[[gnu::noinline]] void CMaterialTable::Fill(MaterialEntry& entry, const CPosition& position,
-                                            const CEvaluationOptions& options) noexcept {
+void CMaterialTable::Fill(MaterialEntry& entry, const CPosition& position,
+                          const CEvaluationOptions& options) noexcept {
     const Material material = ComputeMaterial(position, options.pieceValues);
     const int kings = position.pieceCount[WhiteKing] + position.pieceCount[BlackKing];
     entry.key = position.HasExactMenKey() ? position.menKey : ~MenKey{0};

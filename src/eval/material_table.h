@@ -28,25 +28,27 @@ static_assert(sizeof(MaterialEntry) == 16);
 
 class CMaterialTable {
 public:
-    /// The entry of the position's men, for the piece values as they are now. Valid until the next
-    /// call.
-    [[nodiscard]] const MaterialEntry& Find(const CPosition& position,
-                                            const CEvaluationOptions& options) noexcept {
+    /// The entry of the position's men for the piece values as they are now, if it is there.
+    [[nodiscard]] const MaterialEntry* Known(const CPosition& position,
+                                             const CEvaluationOptions& options) const noexcept {
         const std::uint32_t version = options.pieceValuesVersion.load(std::memory_order_acquire);
-        if (version != version_) [[unlikely]] {
-            Empty(version);
-        }
         const MenKey key = position.menKey;
-        MaterialEntry& entry = entries_[key * Spread >> (64 - IndexBits)];
-        if (entry.key != key || !position.HasExactMenKey()) [[unlikely]] {
-            Fill(entry, position, options);
-        }
-        return entry;
+        const MaterialEntry& entry = entries_[IndexOf(key)];
+        const bool isKnown = version == version_ && entry.key == key && position.HasExactMenKey();
+        return isKnown ? &entry : nullptr;
     }
+
+    /// The same entry, which is summed if it is not there. Valid until the next call.
+    [[nodiscard]] const MaterialEntry& Find(const CPosition& position,
+                                            const CEvaluationOptions& options) noexcept;
 
 private:
     static constexpr unsigned IndexBits = 10;
     static constexpr std::uint64_t Spread = 0x9E3779B97F4A7C15;  ///< 2^64 by the golden ratio
+
+    [[nodiscard]] static constexpr std::size_t IndexOf(MenKey key) noexcept {
+        return key * Spread >> (64 - IndexBits);
+    }
 
     void Empty(std::uint32_t version) noexcept;
     static void Fill(MaterialEntry& entry, const CPosition& position,
