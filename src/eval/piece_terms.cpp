@@ -54,7 +54,7 @@ struct PieceScene {
     std::array<Bitboard, 2> mobilityArea;
 };
 
-PieceScene SetScene(const CPosition& position) noexcept {
+[[gnu::always_inline]] inline PieceScene SetScene(const CPosition& position) noexcept {
     const Bitboard whitePawns = position.PiecesOf(Pawn, White);
     const Bitboard blackPawns = position.PiecesOf(Pawn, Black);
     const Bitboard whiteAttacks = PawnAttackSet<White>(whitePawns);
