@@ -22,9 +22,10 @@ namespace brenquil {
 /// branch, as none could be foretold.
 [[nodiscard]] inline Move ExchangeIfHigher(Move& place, Move best) noexcept {
     const Move other = place;
-    const bool isHigher = HasHigherKey(other, best);
-    place.word = isHigher ? best.word : other.word;
-    return Move{isHigher ? other.word : best.word};
+    const std::uint32_t exchanged =
+        (other.word ^ best.word) & (std::uint32_t{0} - std::uint32_t{HasHigherKey(other, best)});
+    place.word = other.word ^ exchanged;
+    return Move{best.word ^ exchanged};
 }
 
 /// Where a node goes on when it is asked for its next move; the order of the enumerators is the
