@@ -36,13 +36,17 @@ endfunction()
 # shares one precompiled header with all others, and is joined with some of its room. The sources beside it, where tests
 # have their logic, are optimised like the engine.
 #
+# A file with cases that start threads has the line
+#     // ctest: threads
+# near its top: ./test tsan compiles these and no others. A case of another file that starts one fails
+# (tests/unit/thread_watch.cpp).
+#
 # The cases of a program share a process, and the names of their suites divide them among the tests of ctest:
 #
 #   <room>.proofs    suites that end in Proof; label proof
 #   <room>.slow      suites that end in Slow; label slow
 #   <room>.serial    suites that end in Serial: nothing runs beside them
 #   <room>.reference suites of the second search: long, and on one thread
-#   <room>.threads   cases that start threads; Thread stands in their names: what ./test tsan wants of each room
 #   <room>.unit      all others
 function(brenquil_unit_tests folder)
     cmake_parse_arguments(PARSE_ARGV 1 argument "" "" "PARTS")
@@ -56,18 +60,18 @@ function(brenquil_unit_tests folder)
         return()
     endif()
     set(program unit_${room})
-    # ThreadSanitizer sees nothing in a room without threads, and must not miss one with them.
-    if(NOT room MATCHES "^(search|interface|platform)$")
+    # ThreadSanitizer learns nothing where there is one thread.
+    if(BRENQUIL_SANITIZE STREQUAL "thread")
         set(threaded)
         foreach(source IN LISTS sources)
-            file(STRINGS "${source}" named REGEX "^TEST.*Thread" LIMIT_COUNT 1)
-            file(STRINGS "${source}" starting REGEX "std::(j?thread|async)[^:]" LIMIT_COUNT 1)
-            if(starting AND NOT named)
-                message(FATAL_ERROR "${source}: a case that starts threads has Thread in its name")
+            set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+            file(STRINGS "${source}" marked REGEX "^// ctest: threads$" LIMIT_COUNT 1)
+            if(marked OR NOT source MATCHES "_test\\.cpp$")
+                list(APPEND threaded "${source}")
             endif()
-            list(APPEND threaded ${named})
         endforeach()
-        if(BRENQUIL_SANITIZE STREQUAL "thread" AND NOT threaded)
+        set(sources ${threaded})
+        if(NOT sources MATCHES "_test\\.cpp")
             return()
         endif()
     endif()
@@ -79,6 +83,9 @@ function(brenquil_unit_tests folder)
     target_compile_definitions(${program} PRIVATE BRENQUIL_TEST_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
     target_compile_options(${program} PRIVATE -O0)
     target_precompile_headers(${program} REUSE_FROM brenquil_test_headers)
+    if(TARGET brenquil_thread_watch)
+        target_link_libraries(${program} PRIVATE brenquil_thread_watch)
+    endif()
     set_target_properties(${program} PROPERTIES UNITY_BUILD ON)
     if(helpers)
         add_library(${program}_helpers OBJECT ${helpers})

@@ -1,3 +1,5 @@
+// ctest: threads
+
 #include "eval/material.h"
 #include "eval/material_table.h"
 #include "evaluation_setup.h"

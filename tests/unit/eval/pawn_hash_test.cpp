@@ -1,3 +1,5 @@
+// ctest: threads
+
 #include "board/score.h"
 #include "eval/pawn_hash.h"
 #include "eval/pawn_structure.h"

@@ -1,5 +1,6 @@
 // The opening book in the whole engine: `go`, the move listing, the database line, and changes of
 // the book while a search runs.
+// ctest: threads
 
 #include "../../support/temporary_folder.h"
 #include "../book/book_builder.h"

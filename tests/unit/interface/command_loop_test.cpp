@@ -1,4 +1,5 @@
 // The reading loop: where lines come from, how they are cut, and which mode hears them.
+// ctest: threads
 
 #include "engine_fixture.h"
 #include "interface/command_loop.h"

@@ -1,4 +1,5 @@
 // The verbs of the engine: what ends the search under way, and what leaves it running.
+// ctest: threads
 
 #include "engine_fixture.h"
 

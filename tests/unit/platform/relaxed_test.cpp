@@ -1,3 +1,5 @@
+// ctest: threads
+
 #include "platform/relaxed.h"
 
 #include <cstdint>

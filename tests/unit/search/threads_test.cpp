@@ -1,4 +1,5 @@
 // The master and its workers, with real threads.
+// ctest: threads
 
 #include "../../support/sanitized.h"
 #include "fake_clock.h"

@@ -1,4 +1,5 @@
 // Compressed files: what is written is what the reader finds.
+// ctest: threads
 
 #include "bases/nalimov/data_comp.h"
 #include "tables/emd_writer.h"

@@ -1,4 +1,5 @@
 // The solver: against the slow rules of chess, and against figures of the literature.
+// ctest: threads
 
 #include "../../support/slow_proof.h"
 

@@ -1,5 +1,6 @@
 // The contents of Nalimov tables: every byte of every file, marks of places without a position
 // included, where the positions are walked over by the independent enumerator of the tests.
+// ctest: threads
 
 #include "../../support/nalimov_positions.h"
 #include "../../support/nalimov_test_folder.h"

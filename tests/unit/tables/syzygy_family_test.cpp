@@ -1,5 +1,6 @@
 // Syzygy files that the product makes: read back by the reader's own probes, against the solver's
 // values and against the real files where they are at hand.
+// ctest: threads
 
 #include "../../support/solved_endings.h"
 #include "../../support/temporary_folder.h"

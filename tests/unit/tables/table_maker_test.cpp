@@ -1,4 +1,5 @@
 // What making tables needs.
+// ctest: threads
 
 #include "tables/nalimov_family.h"
 #include "tables/syzygy_family.h"

@@ -1,83 +1,17 @@
-// The block cache: sizes, eviction, encodings, failures, and many threads at once.
+// The block cache: sizes, eviction, encodings and failures.
 
-#include "../../../support/nalimov_test_folder.h"
-#include "bases/nalimov/nalimov_cache.h"
-#include "bases/nalimov/nalimov_index.h"
+#include "nalimov_cache_fixture.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <gtest/gtest.h>
-#include <random>
-#include <thread>
 
 namespace brenquil {
 namespace {
 
-using test::Bytes;
 using test::CDataCompWriter;
-using test::CTestFolder;
-using test::TableNumber;
-
-constexpr int NoValue = CNalimovCache::NoValue;
-
-Bytes Pattern(std::uint64_t size, unsigned seed) {
-    std::mt19937 random(seed);
-    Bytes bytes(static_cast<std::size_t>(size));
-    std::uint8_t last = 0;
-    for (std::uint8_t& byte : bytes) {
-        last = random() % 4 == 0 ? static_cast<std::uint8_t>(random() % 127) : last;
-        byte = last;
-    }
-    return bytes;
-}
-
-/// What a byte of a one-byte table means.
-int Meaning(std::uint8_t byte) {
-    const int value = static_cast<std::int8_t>(byte);
-    return value == 0 ? 0 : value > 0 ? value + 32640 : value - 32640;
-}
-
-class CNalimovCacheTest : public testing::Test {
-protected:
-    static std::uint64_t Positions(std::string_view name, int side) {
-        return NalimovCalculator(TableNumber(name), side).Positions();
-    }
-
-    void Register() {
-        cache->Clear();
-        tables->RegisterAll(folder.Name());
-        cache->PrepareDecoding();
-    }
-
-    /// Writes and registers all tables of three men with a pattern each, some compressed.
-    void WriteThreeMen() {
-        for (int table = 1; table < NalimovFirstFourMen; ++table) {
-            for (const int side : {0, 1}) {
-                const auto& row = tables->Table(table);
-                const Bytes bytes = Pattern(NalimovCalculator(table, side).Positions(),
-                                            static_cast<unsigned>(table * 2 + side));
-                const std::string name = std::string(row.name) + (side == 0 ? ".nbw" : ".nbb");
-                if ((table + side) % 2 == 0) {
-                    folder.Write(name, bytes);
-                } else {
-                    folder.Write(name + ".emd", test::Compressed(bytes));
-                }
-                contents.push_back(bytes);
-            }
-        }
-        Register();
-    }
-
-    CTestFolder folder;
-    test::CRecordingHost host;
-    std::unique_ptr<CNalimovTables> tables = std::make_unique<CNalimovTables>(host);
-    std::unique_ptr<CNalimovCache> cache = std::make_unique<CNalimovCache>(host, *tables);
-    std::vector<Bytes> contents;
-};
 
 using NalimovCache = CNalimovCacheTest;
-using NalimovCacheThreads = CNalimovCacheTest;
 
 TEST_F(NalimovCache, OneMegabyteHasOneHundredAndTwentySixBlocks) {
     cache->Resize(1);
@@ -316,65 +250,6 @@ TEST_F(NalimovCache, NewRegistrationForgetsWhatWasCached) {
     EXPECT_EQ(cache->ReadValue(5, 0, 5), 32641) << "from the cache";
     Register();
     EXPECT_EQ(cache->ReadValue(5, 0, 5), 32642);
-}
-
-/// Threads that read everything in random order from a cache that cannot hold it.
-TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
-    WriteThreeMen();
-    const Bytes large = Pattern(Positions("kqkr", 0), 99);
-    folder.Write("kqkr.nbw.emd", test::Compressed(large));
-    Register();
-    cache->Resize(1);
-    std::atomic<int> wrong{0};
-    const auto work = [&](unsigned seed) {
-        std::mt19937 random(seed);
-        for (int probe = 0; probe < 3000; ++probe) {
-            const bool isLarge = random() % 2 == 0;
-            const std::size_t file = random() % contents.size();
-            const Bytes& bytes = isLarge ? large : contents[file];
-            const std::size_t at = random() % bytes.size();
-            const int value = isLarge ? cache->ReadValue(TableNumber("kqkr"), 0, at)
-                                      : cache->ReadValue(static_cast<int>(file / 2) + 1,
-                                                         static_cast<int>(file % 2), at);
-            wrong += value == Meaning(bytes[at]) ? 0 : 1;
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned seed = 0; seed < 8; ++seed) {
-        threads.emplace_back(work, seed);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(wrong, 0);
-}
-
-TEST_F(NalimovCacheThreads, ThirtyTwoThreadsDecodeAtOnceWhileFilesFail) {
-    WriteThreeMen();
-    const Bytes large = Pattern(Positions("kqkr", 0), 99);
-    folder.Write("kqkr.nbw.emd", test::Compressed(large));
-    Register();
-    cache->Resize(1);
-    std::filesystem::remove(folder / "kpk.nbb");
-    std::atomic<int> wrong{0};
-    std::atomic<int> failed{0};
-    const auto work = [&](unsigned seed) {
-        std::mt19937 random(seed);
-        for (int probe = 0; probe < 500; ++probe) {
-            const std::size_t at = random() % large.size();
-            wrong += cache->ReadValue(TableNumber("kqkr"), 0, at) == Meaning(large[at]) ? 0 : 1;
-            failed += cache->ReadValue(1, 1, random() % 80000) == NoValue ? 1 : 0;
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned seed = 0; seed < 32; ++seed) {
-        threads.emplace_back(work, seed);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(failed, 32 * 500);
 }
 
 }  // namespace

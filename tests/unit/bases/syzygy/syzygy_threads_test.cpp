@@ -1,3 +1,5 @@
+// ctest: threads
+
 #include "syzygy_fixture.h"
 
 #include <array>

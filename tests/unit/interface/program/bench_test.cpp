@@ -1,4 +1,5 @@
 // The bench: its list and its report.
+// ctest: threads
 
 #include "../collecting_sink.h"
 #include "board/move_generator.h"

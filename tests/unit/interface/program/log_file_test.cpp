@@ -1,4 +1,5 @@
 // The log file: what it holds, and when there is none.
+// ctest: threads
 
 #include "../../../support/temporary_folder.h"
 #include "../engine_fixture.h"

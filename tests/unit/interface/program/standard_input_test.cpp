@@ -1,3 +1,5 @@
+// ctest: threads
+
 #include "interface/program/standard_input.h"
 
 #include <chrono>

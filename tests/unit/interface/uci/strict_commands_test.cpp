@@ -1,4 +1,5 @@
 // Strict UCI on a whole engine.
+// ctest: threads
 
 #include "../engine_fixture.h"
 #include "interface/uci/uci_commands.h"

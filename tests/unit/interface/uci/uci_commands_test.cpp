@@ -1,4 +1,5 @@
 // The UCI commands on a whole engine.
+// ctest: threads
 
 #include "../engine_fixture.h"
 #include "../fake_base.h"
