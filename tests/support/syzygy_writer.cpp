@@ -268,21 +268,35 @@ TbPosition PositionOfSquares(const TbShape& shape, const TbLayout& layout, const
     return position;
 }
 
-/// Calls `visit` for each set of squares, like men in ascending order only.
+/// Where the first man is looked for: mirrored on the board, every set of squares is one of these.
+Bitboard FirstSquares(const TbShape& shape) {
+    constexpr Bitboard Triangle = BitOf(A1) | BitOf(B1) | BitOf(C1) | BitOf(D1) | BitOf(B2) |
+                                  BitOf(C2) | BitOf(D2) | BitOf(C3) | BitOf(D3) | BitOf(D4);
+    return shape.hasPawns ? ~Bitboard{0} : Triangle;
+}
+
+/// Calls `visit` for each set of squares of a file group, like men in ascending order only.
 template <class Visit>
-void ForPlacements(const TbShape& shape, const TbLayout& layout, std::size_t man, Bitboard occupied,
-                   TbSquares& squares, const Visit& visit) {
+void ForPlacements(const TbShape& shape, const TbLayout& layout, unsigned file, std::size_t man,
+                   Bitboard occupied, TbSquares& squares, const Visit& visit) {
+    if (shape.hasPawns && man == shape.pawnCount[0]) {
+        TbSquares front = squares;
+        if (LeadPawnToFront(shape.pawnCount[0], front) != file) {
+            return;
+        }
+    }
     if (man == shape.men) {
         visit(squares);
         return;
     }
     const bool isPawn = (layout.pieceCodes[man] & 7U) == TbPawn;
     const bool isLike = man > 0 && layout.pieceCodes[man] == layout.pieceCodes[man - 1];
+    const Bitboard allowed = ~occupied & (isPawn ? ~(Rank1 | Rank8) : ~Bitboard{0}) &
+                             (man == 0 ? FirstSquares(shape) : ~Bitboard{0});
     for (Square square = isLike ? squares[man - 1] + 1 : A1; square <= H8; ++square) {
-        if ((occupied & BitOf(square)) == 0 &&
-            !(isPawn && (BitOf(square) & (Rank1 | Rank8)) != 0)) {
+        if ((allowed & BitOf(square)) != 0) {
             squares[man] = square;
-            ForPlacements(shape, layout, man + 1, occupied | BitOf(square), squares, visit);
+            ForPlacements(shape, layout, file, man + 1, occupied | BitOf(square), squares, visit);
         }
     }
 }
@@ -295,14 +309,14 @@ std::vector<std::uint8_t> Values(const TbShape& shape, const TbLayout& layout, u
     constexpr std::uint8_t Unset = 0xFF;
     std::vector<std::uint8_t> values(layout.size, Unset);
     TbSquares squares{};
-    ForPlacements(shape, layout, 0, 0, squares, [&](const TbSquares& placed) {
+    ForPlacements(shape, layout, file, 0, 0, squares, [&](const TbSquares& placed) {
         TbSquares encoded = placed;
-        if (shape.hasPawns && LeadPawnToFront(shape.pawnCount[0], encoded) != file) {
-            return;
+        if (shape.hasPawns) {
+            (void)LeadPawnToFront(shape.pawnCount[0], encoded);
         }
         const std::uint64_t index = shape.hasPawns ? EncodePawn(shape, layout, encoded)
                                                    : EncodePiece(shape, layout, encoded);
-        if (index < values.size()) {
+        if (index < values.size() && values[index] == Unset) {
             values[index] = static_cast<std::uint8_t>(
                 value(PositionOfSquares(shape, layout, placed, whiteToMove)));
         }

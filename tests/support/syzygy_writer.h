@@ -9,9 +9,9 @@
 //
 // The values are given by a function of the position, with White as the side that the name gives
 // first, so a table can hold the truth (see the solver) or anything that a test wants to find
-// again. The function is asked for every placement of the men, even for those that are no legal
-// position. Values are compressed as the format wants it, though with less skill than by a real
-// generator.
+// again. Of placements that mirror each other and share a place in the table the function is
+// asked for one, be it a legal position or not. Values are compressed as the format wants it,
+// though with less skill than by a real generator.
 #pragma once
 
 #include "bases/syzygy/tb_board.h"

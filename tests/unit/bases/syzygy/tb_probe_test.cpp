@@ -18,15 +18,22 @@ constexpr std::size_t Step = 1;
 
 class TbProbe : public CSyzygyFixture {
 protected:
-    /// Compares class and distance of the positions of a solved ending: of every one, or of each
-    /// seventh where a sanitizer is at work.
+    /// Of positions that mirror each other: all, or at least the one whose first king stands in
+    /// front. They share a place, whatever the table is like.
+    enum class Images { All, One };
+
+    /// Compares class and distance of the positions of a solved ending; of each seventh where a
+    /// sanitizer is at work.
     /// @param excess  how much more or less than the truth a distance may be
-    void CompareAll(const char* name, int excess, bool mateInOneIsTwo) {
+    void Compare(Images images, const char* name, int excess, bool mateInOneIsTwo) {
         const support::SolvedEnding& ending = solver.Solve(name);
+        const bool hasPawns = std::string_view(name).find('P') != std::string_view::npos;
         std::size_t compared = 0;
         for (std::size_t index = 0; index < ending.Size(); index += Step) {
             const int wanted = ending.Class(index);
-            if (wanted == support::SolvedEnding::Illegal) {
+            const Square king = ending.SquaresOf(index)[0];
+            const bool isFront = FileOf(king) <= 3 && (hasPawns || RankOf(king) <= FileOf(king));
+            if (wanted == support::SolvedEnding::Illegal || (images == Images::One && !isFront)) {
                 continue;
             }
             const TbPosition position = support::PositionOf(ending, index);
@@ -41,7 +48,7 @@ protected:
             }
             ++compared;
         }
-        EXPECT_GT(compared, 300000U / Step);
+        EXPECT_GT(compared, (images == Images::All ? 300000U : 50000U) / Step);
     }
 
     void WriteWdl(const support::WdlTable& table) {
@@ -63,12 +70,12 @@ protected:
 
 TEST_F(TbProbe, AMadeTableWithoutPawnsSaysTheTruth) {
     MakeAndLoad({"KRvK"});
-    CompareAll("KRvK", 0, false);
+    Compare(Images::All, "KRvK", 0, false);
 }
 
 TEST_F(TbProbe, AMadeTableWithPawnsSaysTheTruth) {
     MakeAndLoad({"KPvK", "KQvK", "KRvK", "KBvK", "KNvK"});
-    CompareAll("KPvK", 0, false);
+    Compare(Images::All, "KPvK", 0, false);
 }
 
 TEST_F(TbProbe, ATableOfTheWrongSideGivesTheValueByOnePly) {
@@ -77,7 +84,7 @@ TEST_F(TbProbe, ATableOfTheWrongSideGivesTheValueByOnePly) {
     dtz.side = 1;
     WriteDtz(dtz);
     Load();
-    CompareAll("KRvK", 0, true);
+    Compare(Images::One, "KRvK", 0, true);
     EXPECT_EQ(Dtz("k7/8/1K6/8/8/8/8/7R w - - 0 1"), 2) << "a mate in one";
 }
 
@@ -88,7 +95,7 @@ TEST_F(TbProbe, APawnTableOfTheWrongSideGivesTheValueByOnePly) {
     dtz.side = 1;
     WriteDtz(dtz);
     Load();
-    CompareAll("KPvK", 0, true);
+    Compare(Images::One, "KPvK", 0, true);
 }
 
 TEST_F(TbProbe, AMapStandsBetweenStoredAndMeantValues) {
@@ -97,7 +104,7 @@ TEST_F(TbProbe, AMapStandsBetweenStoredAndMeantValues) {
     dtz.hasMap = true;
     WriteDtz(dtz);
     Load();
-    CompareAll("KRvK", 0, false);
+    Compare(Images::One, "KRvK", 0, false);
 }
 
 TEST_F(TbProbe, EachFileGroupHasMapsOfItsOwn) {
@@ -107,7 +114,7 @@ TEST_F(TbProbe, EachFileGroupHasMapsOfItsOwn) {
     dtz.hasMap = true;
     WriteDtz(dtz);
     Load();
-    CompareAll("KPvK", 0, false);
+    Compare(Images::One, "KPvK", 0, false);
 }
 
 TEST_F(TbProbe, DistancesInMovesAreRoundedPlies) {
@@ -118,7 +125,7 @@ TEST_F(TbProbe, DistancesInMovesAreRoundedPlies) {
     dtz.winPlies = dtz.lossPlies = false;
     WriteDtz(dtz);
     Load();
-    CompareAll("KRvK", 1, false);
+    Compare(Images::One, "KRvK", 1, false);
 }
 
 TEST_F(TbProbe, TheOrderOfTheGroupsIsFree) {
@@ -130,7 +137,7 @@ TEST_F(TbProbe, TheOrderOfTheGroupsIsFree) {
     dtz.order = 2;
     WriteDtz(dtz);
     Load();
-    CompareAll("KPvK", 0, false);
+    Compare(Images::One, "KPvK", 0, false);
 }
 
 /// Pawns on both sides: what a table holds is found again, whatever it means.
