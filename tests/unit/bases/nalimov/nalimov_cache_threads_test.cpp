@@ -8,11 +8,24 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <thread>
+#include <vector>
 
 namespace brenquil {
 namespace {
 
 using NalimovCacheThreads = CNalimovCacheTest;
+
+/// Runs work(seed) on this many threads at once, each with a seed of its own.
+template <class Work>
+void RunOnThreads(unsigned count, const Work& work) {
+    std::vector<std::thread> threads;
+    for (unsigned seed = 0; seed < count; ++seed) {
+        threads.emplace_back(work, seed);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
 
 /// Threads that read everything in random order from a cache that cannot hold it.
 TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
@@ -35,13 +48,7 @@ TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
             wrong += value == Meaning(bytes[at]) ? 0 : 1;
         }
     };
-    std::vector<std::thread> threads;
-    for (unsigned seed = 0; seed < 8; ++seed) {
-        threads.emplace_back(work, seed);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    RunOnThreads(8, work);
     EXPECT_EQ(wrong, 0);
 }
 
@@ -62,13 +69,7 @@ TEST_F(NalimovCacheThreads, ThirtyTwoThreadsDecodeAtOnceWhileFilesFail) {
             failed += cache->ReadValue(1, 1, random() % 80000) == NoValue ? 1 : 0;
         }
     };
-    std::vector<std::thread> threads;
-    for (unsigned seed = 0; seed < 32; ++seed) {
-        threads.emplace_back(work, seed);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    RunOnThreads(32, work);
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(failed, 32 * 500);
 }
