@@ -238,8 +238,11 @@ class Soak(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
+        # All before the first game: a script that is written again while a game of another run
+        # starts it is empty for a moment, and ends at once.
+        self.fakes = {misdeed: self.write_fake(misdeed) for misdeed in ("none", *MISDEEDS)}
 
-    def fake(self, misdeed):
+    def write_fake(self, misdeed):
         path = self.folder / misdeed.replace(" ", "_")
         path.write_text(f"#!/bin/sh\nexec '{sys.executable}' -B '{FAKE}' '{misdeed}'\n",
                         encoding="utf-8")
@@ -249,7 +252,7 @@ class Soak(unittest.TestCase):
     def start(self, misdeed, *arguments):
         environment = {name: value for name, value in os.environ.items() if name != "BRENQUIL_DATA"}
         return subprocess.Popen(
-            soak("--engine", self.fake("none"), "--engine2", self.fake(misdeed), "--games", "1",
+            soak("--engine", self.fakes["none"], "--engine2", self.fakes[misdeed], "--games", "1",
                  "--time", "3+0.05", "--margin", "200", "--patience", "4", "--max-plies", "24",
                  "--logs", str(self.folder / "logs" / misdeed), *arguments),
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
