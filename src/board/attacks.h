@@ -122,28 +122,37 @@ constexpr int ChebyshevDistance(Square a, Square b) noexcept {
     return files > ranks ? files : ranks;
 }
 
-template <int Step>
-constexpr void WalkBetween(SquareTable<SquareTable<Bitboard>>& table, Square from) noexcept {
+template <int Step, class Rule>
+constexpr void WalkLine(SquareTable<SquareTable<Bitboard>>& table, Square from,
+                        Rule rule) noexcept {
+    Bitboard ahead = 0;
+    for (Bitboard bit = Shift<Step>(BitOf(from)); bit != 0; bit = Shift<Step>(bit)) {
+        ahead |= bit;
+    }
     Bitboard passed = 0;
     Square reached = from;
     for (Bitboard bit = Shift<Step>(BitOf(from)); bit != 0; bit = Shift<Step>(bit)) {
         reached += Step;
-        table[from][reached] = passed;
+        ahead ^= bit;
+        table[from][reached] = rule(passed, ahead);
         passed |= bit;
     }
 }
 
-constexpr SquareTable<SquareTable<Bitboard>> MakeBetween() noexcept {
+/// [a][b]: `rule(between, beyond)` of the squares strictly between `a` and `b` and of those behind
+/// `b`, up to the edge, for two squares of a common rank, file or diagonal; empty for others.
+template <class Rule>
+constexpr SquareTable<SquareTable<Bitboard>> ByLine(Rule rule) noexcept {
     SquareTable<SquareTable<Bitboard>> table{};
     for (Square square = A1; square <= H8; ++square) {
-        WalkBetween<8>(table, square);
-        WalkBetween<9>(table, square);
-        WalkBetween<1>(table, square);
-        WalkBetween<-7>(table, square);
-        WalkBetween<-8>(table, square);
-        WalkBetween<-9>(table, square);
-        WalkBetween<-1>(table, square);
-        WalkBetween<7>(table, square);
+        WalkLine<8>(table, square, rule);
+        WalkLine<9>(table, square, rule);
+        WalkLine<1>(table, square, rule);
+        WalkLine<-7>(table, square, rule);
+        WalkLine<-8>(table, square, rule);
+        WalkLine<-9>(table, square, rule);
+        WalkLine<-1>(table, square, rule);
+        WalkLine<7>(table, square, rule);
     }
     return table;
 }
@@ -174,7 +183,12 @@ inline constexpr auto QueenRays =
 
 /// [a][b]: squares strictly between two squares of a common rank, file or diagonal; empty for
 /// adjacent squares, for a square and itself and for squares that share no line.
-inline constexpr SquareTable<SquareTable<Bitboard>> Between = tables::MakeBetween();
+inline constexpr auto Between = tables::ByLine([](Bitboard between, Bitboard) { return between; });
+
+/// [a][b]: squares of the line from `a` to `b` that lie behind `b`, up to the edge; empty for a
+/// square and itself and for squares that share no line. Only a slider there can be uncovered
+/// before a king on `a` by a man that leaves `b`.
+inline constexpr auto Beyond = tables::ByLine([](Bitboard, Bitboard beyond) { return beyond; });
 
 inline constexpr LineTable<Bitboard> FileMasks = {
     {FileA, FileA << 1, FileA << 2, FileA << 3, FileA << 4, FileA << 5, FileA << 6, FileH}};

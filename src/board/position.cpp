@@ -527,7 +527,7 @@ template <Colour Us>
     if (inCheck && (CheckMasksNow().legal & to) == 0) {
         return true;
     }
-    return (QueenRays[king] & from) != 0 &&
+    return (Beyond[king][move.From()] & SlidersOf(~Us)) != 0 &&
            IsSliderAttacking(king, ~Us, (Occupied() ^ from) | to, ~to);
 }
 
@@ -568,7 +568,7 @@ template <Colour Us>
         (Between[king][to] & occupied) == 0) {
         return true;
     }
-    return (QueenRays[king] & BitOf(move.From())) != 0 &&
+    return (Beyond[king][move.From()] & SlidersOf(Us)) != 0 &&
            IsSliderAttacking(king, Us, occupied, AllSquares);
 }
 

@@ -171,6 +171,11 @@ public:
         return pieces[MakePiece(type, colour)];
     }
 
+    /// The men of that colour that attack along lines.
+    [[nodiscard]] Bitboard SlidersOf(Colour colour) const noexcept {
+        return PiecesOf(Bishop, colour) | PiecesOf(Rook, colour) | PiecesOf(Queen, colour);
+    }
+
     /// Is castling right `CastlingIndex` held.
     [[nodiscard]] bool HasRight(unsigned index) const noexcept {
         assert(index < CastlingRightsCount);

@@ -160,6 +160,19 @@ TEST(BetweenTable, HoldsWhatASliderOnEachSideSeesOfALine) {
     }
 }
 
+TEST(BeyondTable, HoldsTheSquaresFromWhichASquareLiesBetween) {
+    for (Square a = A1; a <= H8; ++a) {
+        for (Square b = A1; b <= H8; ++b) {
+            Bitboard expected = 0;
+            for (Square c = A1; c <= H8; ++c) {
+                expected |= (Between[a][c] & BitOf(b)) != 0 ? BitOf(c) : 0;
+            }
+            ASSERT_EQ(Beyond[a][b], expected) << SquareToText(a) << SquareToText(b);
+        }
+    }
+    EXPECT_EQ(Beyond[A1][F6], BitOf(G7) | BitOf(H8));
+}
+
 TEST(FileMasksTable, HoldsTheSquaresOfEachFile) {
     for (int file = 0; file < 8; ++file) {
         EXPECT_EQ(FileMasks[file], SquaresThat(file, [](int f, int) { return f == 0; }));
