@@ -2,6 +2,7 @@
 
 #include "bases/nalimov/data_comp.h"
 #include "tables/huffman.h"
+#include "tables/repetitions.h"
 #include "tables/table_error.h"
 
 #include <algorithm>
@@ -10,7 +11,9 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <numeric>
 #include <string_view>
 
 namespace brenquil {
@@ -75,80 +78,84 @@ std::vector<std::size_t> SampleOf(std::size_t blocks, std::size_t most) {
 
 // ---- distances
 
-/// How many places of a block lie in repetitions of three bytes or more at a distance.
-std::uint32_t Repetitions(Bytes block, std::size_t distance) noexcept {
-    std::uint32_t sum = 0;
-    const std::uint8_t* const now = block.data() + distance;
-    const std::uint8_t* const before = block.data();
-    for (std::size_t at = 2; at + distance < block.size(); ++at) {
-        sum += (now[at] == before[at] ? 1U : 0U) & (now[at - 1] == before[at - 1] ? 1U : 0U) &
-               (now[at - 2] == before[at - 2] ? 1U : 0U);
-    }
-    return sum;
-}
-
-/// Marks the places of repetitions; returns how many were not marked before.
-std::size_t Cover(Bytes block, std::size_t distance, std::uint8_t* covered, bool mark) noexcept {
-    constexpr std::size_t ShortestRun = 3;
-    std::size_t gain = 0;
-    std::size_t run = 0;
-    for (std::size_t at = distance; at <= block.size(); ++at) {
-        if (at < block.size() && block[at] == block[at - distance]) {
-            ++run;
-            continue;
-        }
-        if (run >= ShortestRun) {
-            for (std::size_t place = at - run; place < at; ++place) {
-                gain += covered[place] == 0 ? 1 : 0;
-                covered[place] = mark ? 1 : covered[place];
-            }
-        }
-        run = 0;
-    }
-    return gain;
-}
-
-Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers) {
-    constexpr std::size_t SampleBlocks = 32;
+/// The distances at which most is repeated, that one first.
+std::vector<std::uint32_t> FrequentDistances(Bytes contents, const std::vector<std::size_t>& sample,
+                                             CWorkers& workers) {
     constexpr std::size_t Candidates = 128;
-    const std::vector<std::size_t> sample = SampleOf(blocks, SampleBlocks);
     const std::size_t farthest = std::min(contents.size(), EmdBlockSize) - 1;
     std::vector<std::uint64_t> scores(farthest + 1);
     workers.ForEach(farthest, [&](std::size_t item, std::size_t) {
         for (const std::size_t block : sample) {
-            scores[item + 1] += Repetitions(BlockOf(contents, block), item + 1);
+            scores[item + 1] += CountPlaces(StartsOfRuns(BlockOf(contents, block), item + 1));
         }
     });
-    std::vector<std::uint32_t> candidates;
-    for (std::uint32_t distance = 1; distance <= farthest; ++distance) {
-        candidates.push_back(distance);
-    }
-    std::stable_sort(candidates.begin(), candidates.end(),
+    std::vector<std::uint32_t> distances(farthest);
+    std::iota(distances.begin(), distances.end(), 1U);
+    std::stable_sort(distances.begin(), distances.end(),
                      [&](std::uint32_t a, std::uint32_t b) { return scores[a] > scores[b]; });
-    candidates.resize(std::min(candidates.size(), Candidates));
+    distances.resize(std::min(distances.size(), Candidates));
+    return distances;
+}
 
-    Distances chosen{};
-    chosen.fill(1);
-    std::vector<std::array<std::uint8_t, EmdBlockSize>> covered(sample.size());
-    for (auto& block : covered) {
-        block.fill(0);
-    }
-    for (std::size_t slot = 0; slot < Slots && !candidates.empty(); ++slot) {
-        std::vector<std::uint64_t> gains(candidates.size());
-        workers.ForEach(candidates.size(), [&](std::size_t item, std::size_t) {
+/// What each of some distances reaches of the blocks of a sample, and what those that were chosen
+/// reach together.
+class CCoverage {
+public:
+    CCoverage(Bytes contents, const std::vector<std::size_t>& sample,
+              const std::vector<std::uint32_t>& distances, CWorkers& workers)
+        : reached_(distances.size(), std::vector<PlaceSet>(sample.size())),
+          covered_(sample.size()) {
+        workers.ForEach(distances.size(), [&](std::size_t item, std::size_t) {
             for (std::size_t block = 0; block < sample.size(); ++block) {
-                gains[item] += Cover(BlockOf(contents, sample[block]), candidates[item],
-                                     covered[block].data(), false);
+                const Bytes bytes = BlockOf(contents, sample[block]);
+                reached_[item][block] = PlacesOfRuns(StartsOfRuns(bytes, distances[item]));
             }
         });
+    }
+
+    /// How many places the distance adds to those that are covered.
+    [[nodiscard]] std::uint64_t GainOf(std::size_t item) const {
+        std::uint64_t gain = 0;
+        for (std::size_t block = 0; block < covered_.size(); ++block) {
+            gain += CountPlacesWithout(reached_[item][block], covered_[block]);
+        }
+        return gain;
+    }
+
+    void Choose(std::size_t item) {
+        for (std::size_t block = 0; block < covered_.size(); ++block) {
+            const PlaceSet& added = reached_[item][block];
+            PlaceSet& covered = covered_[block];
+            std::transform(added.begin(), added.end(), covered.begin(), covered.begin(),
+                           std::bit_or<>());
+        }
+    }
+
+private:
+    std::vector<std::vector<PlaceSet>> reached_;  ///< by distance and block
+    std::vector<PlaceSet> covered_;               ///< by block
+};
+
+/// One after the other, each time the distance that adds most.
+Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers) {
+    constexpr std::size_t SampleBlocks = 32;
+    const std::vector<std::size_t> sample = SampleOf(blocks, SampleBlocks);
+    const std::vector<std::uint32_t> distances = FrequentDistances(contents, sample, workers);
+    CCoverage coverage(contents, sample, distances, workers);
+    std::vector<std::size_t> left(distances.size());
+    std::iota(left.begin(), left.end(), std::size_t{0});
+    Distances chosen{};
+    chosen.fill(1);
+    for (std::size_t slot = 0; slot < Slots && !left.empty(); ++slot) {
+        std::vector<std::uint64_t> gains;
+        for (const std::size_t item : left) {
+            gains.push_back(coverage.GainOf(item));
+        }
         // When everything is covered, the most frequent ones follow.
         const auto best = std::max_element(gains.begin(), gains.end()) - gains.begin();
-        chosen[slot] = candidates[best];
-        for (std::size_t block = 0; block < sample.size(); ++block) {
-            (void)Cover(BlockOf(contents, sample[block]), chosen[slot], covered[block].data(),
-                        true);
-        }
-        candidates.erase(candidates.begin() + best);
+        chosen[slot] = distances[left[best]];
+        coverage.Choose(left[best]);
+        left.erase(left.begin() + best);
     }
     std::sort(chosen.begin(), chosen.end());
     return chosen;
