@@ -5,6 +5,7 @@ import os
 import random
 import threading
 import time
+from pathlib import Path
 
 import nalimov_files
 from engine_process import EngineProcess, EngineTestCase, is_end, main, seconds
@@ -93,8 +94,21 @@ class Quit(EngineTestCase):
         engine.is_read = False
         # 64 KiB is what a pipe holds. No line of a search finds room after these.
         engine.send(*["isready"] * (65536 // len("readyok\n") - 2), "go infinite")
-        time.sleep(1)
+        self.wait_until_writing(engine.process.pid)
         return engine
+
+    @staticmethod
+    def wait_until_writing(process):
+        """Until a thread sleeps in a write to a pipe; a second where the system does not tell."""
+        deadline = time.monotonic() + 1
+        while time.monotonic() < deadline:
+            time.sleep(0.01)
+            for place in Path(f"/proc/{process}/task").glob("*/wchan"):
+                try:
+                    if place.read_text(encoding="latin-1").endswith("pipe_write"):
+                        return
+                except OSError:
+                    pass
 
     def test_quit_while_a_search_writes_and_nobody_reads(self):
         for threads in (1, 4):
@@ -111,7 +125,7 @@ class Quit(EngineTestCase):
     def test_nothing_is_lost_when_the_reader_of_such_a_search_comes_late(self):
         engine = self.writing_to_nobody(2)
         engine.send("position startpos moves e2e4", "go infinite", "isready")
-        time.sleep(2)
+        time.sleep(1)
         engine.is_read = True
         reader = threading.Thread(target=engine._read, daemon=True)
         reader.start()
