@@ -65,6 +65,17 @@ CSliderSlabs<Size, Diagonal>::CSliderSlabs() noexcept {
     }
 }
 
+CBeyondTable::CBeyondTable() noexcept {
+    for (Square from = A1; from <= H8; ++from) {
+        for (Square to = A1; to <= H8; ++to) {
+            for (Bitboard passed = Between[from][to]; passed != 0;) {
+                squares_[from][PopLowestBit(passed)] |= BitOf(to);
+            }
+        }
+    }
+}
+
+const CBeyondTable Beyond;
 const CSliderSlabs<512, true> BishopAttacks;
 const CSliderSlabs<4096, false> RookAttacks;
 

@@ -1,10 +1,10 @@
 // Attack tables: what every man attacks from every square, and the geometry of the board.
 //
 // Sliders are looked up in fixed-shift magic bitboards: one AND, one multiplication, one load from
-// a full slab per square (2 MiB for rooks, 256 KiB for bishops). The slabs are built once before
-// `main`, all other tables are compile-time constants; nothing is written afterwards, so threads
-// share everything without locks. Bit s of a bitboard is square s; iterating from the lowest bit
-// upwards is what fixes the order of generated moves.
+// a full slab per square (2 MiB for rooks, 256 KiB for bishops). The slabs and `Beyond` are built
+// once before `main`, all other tables are compile-time constants; nothing is written afterwards,
+// so threads share everything without locks. Bit s of a bitboard is square s; iterating from the
+// lowest bit upwards is what fixes the order of generated moves.
 #pragma once
 
 #include "board/magics.h"
@@ -122,37 +122,28 @@ constexpr int ChebyshevDistance(Square a, Square b) noexcept {
     return files > ranks ? files : ranks;
 }
 
-template <int Step, class Rule>
-constexpr void WalkLine(SquareTable<SquareTable<Bitboard>>& table, Square from,
-                        Rule rule) noexcept {
-    Bitboard ahead = 0;
-    for (Bitboard bit = Shift<Step>(BitOf(from)); bit != 0; bit = Shift<Step>(bit)) {
-        ahead |= bit;
-    }
+template <int Step>
+constexpr void WalkBetween(SquareTable<SquareTable<Bitboard>>& table, Square from) noexcept {
     Bitboard passed = 0;
     Square reached = from;
     for (Bitboard bit = Shift<Step>(BitOf(from)); bit != 0; bit = Shift<Step>(bit)) {
         reached += Step;
-        ahead ^= bit;
-        table[from][reached] = rule(passed, ahead);
+        table[from][reached] = passed;
         passed |= bit;
     }
 }
 
-/// [a][b]: `rule(between, beyond)` of the squares strictly between `a` and `b` and of those behind
-/// `b`, up to the edge, for two squares of a common rank, file or diagonal; empty for others.
-template <class Rule>
-constexpr SquareTable<SquareTable<Bitboard>> ByLine(Rule rule) noexcept {
+constexpr SquareTable<SquareTable<Bitboard>> MakeBetween() noexcept {
     SquareTable<SquareTable<Bitboard>> table{};
     for (Square square = A1; square <= H8; ++square) {
-        WalkLine<8>(table, square, rule);
-        WalkLine<9>(table, square, rule);
-        WalkLine<1>(table, square, rule);
-        WalkLine<-7>(table, square, rule);
-        WalkLine<-8>(table, square, rule);
-        WalkLine<-9>(table, square, rule);
-        WalkLine<-1>(table, square, rule);
-        WalkLine<7>(table, square, rule);
+        WalkBetween<8>(table, square);
+        WalkBetween<9>(table, square);
+        WalkBetween<1>(table, square);
+        WalkBetween<-7>(table, square);
+        WalkBetween<-8>(table, square);
+        WalkBetween<-9>(table, square);
+        WalkBetween<-1>(table, square);
+        WalkBetween<7>(table, square);
     }
     return table;
 }
@@ -183,12 +174,7 @@ inline constexpr auto QueenRays =
 
 /// [a][b]: squares strictly between two squares of a common rank, file or diagonal; empty for
 /// adjacent squares, for a square and itself and for squares that share no line.
-inline constexpr auto Between = tables::ByLine([](Bitboard between, Bitboard) { return between; });
-
-/// [a][b]: squares of the line from `a` to `b` that lie behind `b`, up to the edge; empty for a
-/// square and itself and for squares that share no line. Only a slider there can be uncovered
-/// before a king on `a` by a man that leaves `b`.
-inline constexpr auto Beyond = tables::ByLine([](Bitboard, Bitboard beyond) { return beyond; });
+inline constexpr SquareTable<SquareTable<Bitboard>> Between = tables::MakeBetween();
 
 inline constexpr LineTable<Bitboard> FileMasks = {
     {FileA, FileA << 1, FileA << 2, FileA << 3, FileA << 4, FileA << 5, FileA << 6, FileH}};
@@ -218,6 +204,24 @@ private:
     // Zero from the start, as all of static storage: clearing it again would touch every page.
     SquareTable<std::array<Bitboard, Size>> slabs_;
 };
+
+/// [a][b]: squares of the line from `a` to `b` that lie behind `b`, up to the edge; empty for a
+/// square and itself and for squares that share no line. Only a slider there can be uncovered
+/// before a king on `a` by a man that leaves `b`. Built before `main` like the slabs: as a constant
+/// it would make every program longer by its 32 KiB.
+class CBeyondTable {
+public:
+    CBeyondTable() noexcept;
+
+    [[nodiscard]] const SquareTable<Bitboard>& operator[](Square square) const noexcept {
+        return squares_[square];
+    }
+
+private:
+    SquareTable<SquareTable<Bitboard>> squares_{};
+};
+
+extern const CBeyondTable Beyond;
 
 inline constexpr unsigned RookShift = 52;
 inline constexpr unsigned BishopShift = 55;

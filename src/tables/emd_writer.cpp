@@ -147,10 +147,9 @@ Distances ChooseDistances(Bytes contents, std::size_t blocks, CWorkers& workers)
     Distances chosen{};
     chosen.fill(1);
     for (std::size_t slot = 0; slot < Slots && !left.empty(); ++slot) {
-        std::vector<std::uint64_t> gains;
-        for (const std::size_t item : left) {
-            gains.push_back(coverage.GainOf(item));
-        }
+        std::vector<std::uint64_t> gains(left.size());
+        std::transform(left.begin(), left.end(), gains.begin(),
+                       [&](std::size_t item) { return coverage.GainOf(item); });
         // When everything is covered, the most frequent ones follow.
         const auto best = std::max_element(gains.begin(), gains.end()) - gains.begin();
         chosen[slot] = distances[left[best]];
