@@ -5,6 +5,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>

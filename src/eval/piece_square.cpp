@@ -1,5 +1,7 @@
 #include "eval/piece_square.h"
 
+#include <cstddef>
+
 namespace brenquil {
 
 namespace {

@@ -7,6 +7,8 @@
 #include "interface/move_notation.h"
 #include "text/text.h"
 
+#include <cstddef>
+
 namespace brenquil {
 
 CEngine::CEngine(ILineSink& sink, CDialect dialect) : protocol(sink, dialect) {}

@@ -2,6 +2,7 @@
 
 #include "text/text.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 

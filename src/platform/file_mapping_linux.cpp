@@ -1,6 +1,7 @@
 #include "platform/file_mapping.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>

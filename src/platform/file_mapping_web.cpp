@@ -3,6 +3,7 @@
 #include "platform/file_mapping.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>

@@ -1,6 +1,7 @@
 #include "platform/file_mapping.h"
 #include "platform/windows_name.h"
 
+#include <cstddef>
 #include <windows.h>
 
 namespace brenquil {

@@ -1,6 +1,7 @@
 #include "platform/memory.h"
 #include "platform/system_pages.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <emscripten/heap.h>

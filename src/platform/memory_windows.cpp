@@ -2,6 +2,7 @@
 #include "platform/system_pages.h"
 
 #include <cassert>
+#include <cstddef>
 #include <windows.h>
 
 namespace brenquil {

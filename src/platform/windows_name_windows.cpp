@@ -1,5 +1,6 @@
 #include "platform/windows_name.h"
 
+#include <cstddef>
 #include <new>
 #include <windows.h>
 

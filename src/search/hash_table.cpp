@@ -1,6 +1,7 @@
 #include "search/hash_table.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 
 namespace brenquil {

@@ -7,6 +7,7 @@
 #include "tables/quiet_host.h"
 #include "tables/syzygy_family.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
 

@@ -5,6 +5,8 @@
 #include "tables/ending_exits.h"
 #include "tables/rules.h"
 
+#include <cstddef>
+
 namespace brenquil {
 
 namespace {

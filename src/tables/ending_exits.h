@@ -9,6 +9,8 @@
 #include "tables/ending_values.h"
 #include "tables/rules.h"
 
+#include <cstddef>
+
 namespace brenquil {
 
 /// A number by which codes are compared: the higher, the better for the side to move.

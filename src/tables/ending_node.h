@@ -14,6 +14,8 @@
 #include "board/attacks.h"
 #include "tables/ending.h"
 
+#include <cstddef>
+
 namespace brenquil {
 
 [[nodiscard]] inline Bitboard AttacksOfMan(PieceType type, Colour colour, Square square,

@@ -17,6 +17,7 @@
 #include "tables/progress.h"
 #include "tables/workers.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace brenquil {

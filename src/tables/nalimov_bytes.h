@@ -13,6 +13,7 @@
 #include "tables/workers.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <new>
 #include <string_view>

@@ -6,6 +6,7 @@
 
 #include "tables/ending.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 

@@ -8,6 +8,7 @@
 #include "bases/syzygy/tb_index.h"
 #include "tables/ending.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -10,6 +10,7 @@
 #include "tables/table_maker.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 #include <set>
 

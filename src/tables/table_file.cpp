@@ -7,6 +7,7 @@
 #include "text/file.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <string_view>
 

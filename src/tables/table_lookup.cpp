@@ -10,6 +10,7 @@
 #include "tables/table_file.h"
 
 #include <array>
+#include <cstddef>
 
 namespace brenquil {
 

@@ -4,6 +4,7 @@
 #include "tables/table_error.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace brenquil {
 

@@ -5,6 +5,7 @@
 #include "tables/table_lookup.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 
 namespace brenquil {

@@ -7,6 +7,7 @@
 #include "tables/table_maker.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <mutex>
 
 namespace brenquil {

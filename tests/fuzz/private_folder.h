@@ -8,6 +8,7 @@
 // give them in full.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

@@ -8,6 +8,7 @@
 
 #include "solved_endings.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 

@@ -18,6 +18,7 @@
 #include "bases/syzygy/tb_index.h"
 #include "syzygy_solver.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>

@@ -3,6 +3,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace brenquil {
 

@@ -1,6 +1,7 @@
 #include "bases/syzygy/block_stream.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace brenquil {
 

@@ -4,6 +4,7 @@
 #include "board/move_list.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 
 namespace brenquil {

@@ -17,6 +17,7 @@
 #include "interface/console/self_test_tables.h"
 #include "interface/line_output.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string_view>

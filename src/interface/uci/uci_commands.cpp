@@ -8,6 +8,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>

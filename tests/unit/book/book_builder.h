@@ -5,6 +5,7 @@
 #include "board/position_text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>

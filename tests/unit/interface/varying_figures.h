@@ -1,6 +1,7 @@
 // Lines with the figures that differ from run to run taken out.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 

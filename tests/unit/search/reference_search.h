@@ -14,6 +14,7 @@
 #include "search/search_options.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
