@@ -29,7 +29,7 @@ function(brenquil_timeout variable seconds)
 endfunction()
 
 # brenquil_unit_tests(<folder> [PARTS <folder>...]): one program unit_<room> from the sources in tests/unit/<folder> and
-# in the folders below it that PARTS names, as brenquil_room does. The macro BRENQUIL_TEST_FOLDER is the path of
+# in the folders below it that PARTS names, as brenquil_room does. The target unit_tests builds them all. The macro BRENQUIL_TEST_FOLDER is the path of
 # tests/unit/<folder>, for files that lie beside the tests.
 #
 # A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised,
@@ -79,6 +79,7 @@ function(brenquil_unit_tests folder)
     list(FILTER sources INCLUDE REGEX "_test\\.cpp$")
     list(FILTER helpers EXCLUDE REGEX "_test\\.cpp$")
     add_executable(${program} ${sources})
+    add_dependencies(unit_tests ${program})
     target_link_libraries(${program} PRIVATE brenquil_${room} GTest::gtest_main)
     target_compile_definitions(${program} PRIVATE BRENQUIL_TEST_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
     target_compile_options(${program} PRIVATE -O0)

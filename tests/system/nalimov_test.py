@@ -1,4 +1,4 @@
-# ctest: timeout=120
+# ctest: sanitized timeout=120
 """Nalimov tables in the real program: small tables, paths of all kinds, damaged and removed files, the options."""
 
 import re

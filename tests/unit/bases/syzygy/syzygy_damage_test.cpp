@@ -66,7 +66,7 @@ protected:
     void ChangeBytesAtRandom();
 
     /// How far apart the probed positions lie.
-    std::size_t probeDistance = 7919;
+    std::size_t probeDistance = 15013;
 
 private:
     int reloads_ = 0;

@@ -137,7 +137,7 @@ TEST_F(SyzygyDataSlow, ASampleOfFourMenIsTrue) {
     std::mt19937_64 random(27182);
     const support::SolvedEnding& ending = solver.Solve("KRvKN");
     int compared = 0;
-    while (compared < 200000) {
+    while (compared < 100000) {
         const std::size_t index = random() % ending.Size();
         if (ending.Class(index) == support::SolvedEnding::Illegal) {
             continue;

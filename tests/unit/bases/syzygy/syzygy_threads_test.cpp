@@ -46,7 +46,7 @@ TEST_F(SyzygyThreads, EightThreadsProbeFromAColdStart) {
         RunTogether([&](std::size_t thread) {
             for (std::size_t i = 0; i < 3; ++i) {
                 const support::SolvedEnding& ending = solver.Solve(Names[(i + thread) % 3]);
-                for (std::size_t index = thread; index < ending.Size(); index += 1009) {
+                for (std::size_t index = thread; index < ending.Size(); index += 2003) {
                     if (ending.Class(index) == support::SolvedEnding::Illegal) {
                         continue;
                     }
