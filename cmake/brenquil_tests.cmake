@@ -29,8 +29,8 @@ function(brenquil_timeout variable seconds)
 endfunction()
 
 # brenquil_unit_tests(<folder> [PARTS <folder>...]): one program unit_<room> from the sources in tests/unit/<folder> and
-# in the folders below it that PARTS names, as brenquil_room does. The target unit_tests builds them all. The macro BRENQUIL_TEST_FOLDER is the path of
-# tests/unit/<folder>, for files that lie beside the tests.
+# in the folders below it that PARTS names, as brenquil_room does. The target unit_tests builds all programs. The macro
+# BRENQUIL_TEST_FOLDER is the path of tests/unit/<folder>, for files that lie beside the tests.
 #
 # A test is compiled once and run once, so its compiling counts for more than its running: *_test.cpp is not optimised,
 # shares one precompiled header with all others, and is joined with some of its room. The sources beside it, where tests
