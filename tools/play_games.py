@@ -71,8 +71,9 @@ def processor_seconds(process):
 
 
 def end_with_this_process():
-    """For a new process: it is killed when the one that started it ends, in whatever way. An engine
-    does not end with its input, but asks for more of it for ever."""
+    """For a new process: it is killed when the thread that started it ends, in whatever way; so that
+    thread stays as long as the game. An engine does not end with its input, but asks for more of it
+    for ever."""
     PRCTL(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 

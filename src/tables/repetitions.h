@@ -3,7 +3,6 @@
 // the places are bits of a set and a word of them is worked on at once.
 #pragma once
 
-#include "bases/nalimov/data_comp.h"
 #include "tables/emd_writer.h"
 
 #include <array>
@@ -13,7 +12,7 @@
 
 namespace brenquil {
 
-/// Bit p of word w is the place 64 w + p of a block.
+/// Places of a block, 0 to `EmdBlockSize` - 1: bit p of word w is the place 64 w + p.
 using PlaceSet = std::array<std::uint64_t, EmdBlockSize / 64>;
 
 /// The places from which three bytes and more equal those `distance` before, which is at least 1.
@@ -24,6 +23,7 @@ using PlaceSet = std::array<std::uint64_t, EmdBlockSize / 64>;
 /// All places of the runs that start so.
 [[nodiscard]] PlaceSet PlacesOfRuns(const PlaceSet& starts) noexcept;
 
+/// From 0 to `EmdBlockSize`.
 [[nodiscard]] std::uint32_t CountPlaces(const PlaceSet& places) noexcept;
 
 /// How many places of `places` are not among `others`.

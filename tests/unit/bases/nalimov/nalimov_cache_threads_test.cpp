@@ -13,7 +13,19 @@
 namespace brenquil {
 namespace {
 
-using NalimovCacheThreads = CNalimovCacheTest;
+class NalimovCacheThreads : public CNalimovCacheTest {
+protected:
+    /// Registers all tables of three men and one of four, of which the cache holds a part. Returns
+    /// the contents of the large one, kqkr.nbw.
+    Bytes OpenMoreThanTheCacheHolds() {
+        WriteThreeMen();
+        const Bytes large = Pattern(Positions("kqkr", 0), 99);
+        folder.Write("kqkr.nbw.emd", test::Compressed(large));
+        Register();
+        cache->Resize(1);
+        return large;
+    }
+};
 
 /// Runs work(seed) on this many threads at once, each with a seed of its own.
 template <class Work>
@@ -29,11 +41,7 @@ void RunOnThreads(unsigned count, const Work& work) {
 
 /// Threads that read everything in random order from a cache that cannot hold it.
 TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
-    WriteThreeMen();
-    const Bytes large = Pattern(Positions("kqkr", 0), 99);
-    folder.Write("kqkr.nbw.emd", test::Compressed(large));
-    Register();
-    cache->Resize(1);
+    const Bytes large = OpenMoreThanTheCacheHolds();
     std::atomic<int> wrong{0};
     const auto work = [&](unsigned seed) {
         std::mt19937 random(seed);
@@ -53,11 +61,7 @@ TEST_F(NalimovCacheThreads, EightThreadsOnOneMegabyteReadRightValues) {
 }
 
 TEST_F(NalimovCacheThreads, ThirtyTwoThreadsDecodeAtOnceWhileFilesFail) {
-    WriteThreeMen();
-    const Bytes large = Pattern(Positions("kqkr", 0), 99);
-    folder.Write("kqkr.nbw.emd", test::Compressed(large));
-    Register();
-    cache->Resize(1);
+    const Bytes large = OpenMoreThanTheCacheHolds();
     std::filesystem::remove(folder / "kpk.nbb");
     std::atomic<int> wrong{0};
     std::atomic<int> failed{0};
