@@ -10,6 +10,7 @@
 #pragma once
 
 #include "board/attacks.h"
+#include "board/table.h"
 #include "board/types.h"
 
 #include <array>
@@ -21,25 +22,25 @@ using MenKey = std::uint64_t;
 
 inline constexpr unsigned MenCountBits = 5;
 
-namespace tables {
-
-/// What a man adds to the key: [on a dark square][piece].
-inline constexpr auto MenUnits = [] {
+/// [piece][square]: what a man adds to the key. By square, though only bishops need it: the index
+/// is that of the man's number in the position's key, which a capture has at hand.
+inline constexpr std::array<SquareTable<MenKey>, PieceCodes> MenUnits = [] {
     constexpr unsigned DarkBishops = 10;  // the field of Black's, White's comes next
-    std::array<std::array<MenKey, PieceCodes>, 2> units{};
+    std::array<SquareTable<MenKey>, PieceCodes> units{};
     for (unsigned kind = BlackPawn; kind <= WhiteQueen; ++kind) {
-        units[0][kind] = units[1][kind] = MenKey{1} << MenCountBits * kind;
+        for (Square square = A1; square <= H8; ++square) {
+            const bool isDarkBishop =
+                (kind == BlackBishop || kind == WhiteBishop) && (DarkSquares >> square & 1U) != 0;
+            const unsigned field = isDarkBishop ? DarkBishops + kind - BlackBishop : kind;
+            units[kind][square] = MenKey{1} << MenCountBits * field;
+        }
     }
-    units[1][BlackBishop] = MenKey{1} << MenCountBits * DarkBishops;
-    units[1][WhiteBishop] = MenKey{1} << MenCountBits * (DarkBishops + 1);
     return units;
 }();
 
-}  // namespace tables
-
 /// What a man of this kind adds to the key on this square.
 [[nodiscard]] constexpr MenKey MenUnit(Piece piece, Square square) noexcept {
-    return tables::MenUnits[DarkSquares >> square & 1U][piece];
+    return MenUnits[piece][square];
 }
 
 }  // namespace brenquil

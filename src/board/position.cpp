@@ -22,6 +22,9 @@ constexpr std::array<SquareTable<Bitboard>, PieceCodes> ReachingSquares = {
     {PawnAttacks[White], PawnAttacks[Black], KnightAttacks, KnightAttacks, BishopRays, BishopRays,
      RookRays, RookRays, QueenRays, QueenRays, KingAttacks, KingAttacks}};
 
+/// `BitOf` as a table: one instruction where a shift takes three, in what is done at every move.
+constexpr SquareTable<Bitboard> SquareBits = tables::BySquare(BitOf);
+
 constexpr bool IsPawnOrKing(Piece piece) noexcept {
     return TypeOf(piece) == Pawn || TypeOf(piece) == King;
 }
@@ -133,24 +136,26 @@ inline void CPosition::ToggleMen(Piece piece, Bitboard squares) noexcept {
     colours[ColourOf(piece)] ^= squares;
 }
 
-/// Takes a man off, except from the mailbox, and returns its number of the key.
-[[gnu::always_inline]] inline std::uint64_t CPosition::RemoveMan(Piece piece,
+/// Takes a man of that colour off, except from the mailbox, and returns its number of the key.
+[[gnu::always_inline]] inline std::uint64_t CPosition::RemoveMan(Piece piece, Colour colour,
                                                                  Square square) noexcept {
     const std::uint64_t number = PieceKey(piece, square);
-    ToggleMen(piece, BitOf(square));
+    pieces[piece] ^= SquareBits[square];
+    colours[colour] ^= SquareBits[square];
     if (TypeOf(piece) == Pawn) {
         pawnKingKey ^= number;
     }
-    --colourCount[ColourOf(piece)];
+    --colourCount[colour];
     --pieceCount[piece];
     menKey -= MenUnit(piece, square);
     return number;
 }
 
-/// Puts a man back, except in the mailbox.
-inline void CPosition::RestoreMan(Piece piece, Square square) noexcept {
-    ToggleMen(piece, BitOf(square));
-    ++colourCount[ColourOf(piece)];
+/// Puts a man of that colour back, except in the mailbox.
+inline void CPosition::RestoreMan(Piece piece, Colour colour, Square square) noexcept {
+    pieces[piece] ^= SquareBits[square];
+    colours[colour] ^= SquareBits[square];
+    ++colourCount[colour];
     ++pieceCount[piece];
     menKey += MenUnit(piece, square);
 }
@@ -225,13 +230,28 @@ bool CPosition::Make(Move move) noexcept {
     if (!isRegular_) [[unlikely]] {
         return MakeInAnyPosition<Us>(move);
     }
+    if (move.Kind() != MoveKind::Normal) [[unlikely]] {
+        return MakeSpecial<Us>(move);
+    }
+    return MakeRegular<Us>(move);
+}
+
+/// A move that does more than carry a man. The same steps, compiled once more, so that the others
+/// need not ask at each of them.
+template <Colour Us>
+[[gnu::noinline]] bool CPosition::MakeSpecial(Move move) noexcept {
+    return MakeRegular<Us>(move);
+}
+
+template <Colour Us>
+[[gnu::always_inline]] inline bool CPosition::MakeRegular(Move move) noexcept {
     if (LeavesKingAttacked<Us>(move)) {
         // The record stays as if the move had been made and taken back: a position that is set up
         // further on in the game walks over it.
         SaveState(move, board[move.From()], CapturedBy(move));
         return false;
     }
-    Play<Us>(move);
+    Play<Us, true>(move);
     inCheck = GivesCheck<Us>(move);
     if (inCheck) [[unlikely]] {
         NoteCheck();
@@ -241,7 +261,7 @@ bool CPosition::Make(Move move) noexcept {
 
 template <Colour Us>
 [[gnu::noinline]] bool CPosition::MakeInAnyPosition(Move move) noexcept {
-    Play<Us>(move);
+    Play<Us, false>(move);
     if (IsKingAttacked(Us)) {
         Undo<Us>(move);
         return false;
@@ -272,7 +292,7 @@ inline UndoRecord& CPosition::SaveState(Move move, Piece moved, Piece captured) 
 
 /// Makes the move without a look at the kings' safety. Where the king castles onto his own square
 /// the two squares are one, and XOR leaves sets and keys alone.
-template <Colour Us>
+template <Colour Us, bool IsRegular>
 [[gnu::always_inline]] inline void CPosition::Play(Move move) noexcept {
     constexpr Colour Them = ~Us;
     const Square from = move.From();
@@ -286,7 +306,7 @@ template <Colour Us>
 
     const std::uint64_t moveKeys = PieceKey(moved, from) ^ PieceKey(moved, to);
     std::uint64_t newKey = key ^ SideKey ^ moveKeys;
-    const Bitboard changed = BitOf(from) ^ BitOf(to);
+    const Bitboard changed = SquareBits[from] ^ SquareBits[to];
     pieces[moved] ^= changed;
     colours[Us] ^= changed;
     // A set-up clock may stand at the largest number: it wraps instead of overflowing.
@@ -295,7 +315,7 @@ template <Colour Us>
         newKey ^= EnPassantKey(enPassant);
         enPassant = SquareNone;
     }
-    if (((BitOf(from) | BitOf(to)) & rightsSquares_) != 0) [[unlikely]] {
+    if (((SquareBits[from] | SquareBits[to]) & rightsSquares_) != 0) [[unlikely]] {
         const std::uint8_t rights = castlingRights & rightsMask[to] & rightsMask[from];
         newKey ^= CastlingKeys[castlingRights ^ rights];
         castlingRights = rights;
@@ -315,7 +335,8 @@ template <Colour Us>
     }
     if (captured != PieceNone) {
         halfmoveClock = 0;
-        newKey ^= RemoveMan(captured, to);
+        // In a position that was set up, a pawn can take a man of its own en passant.
+        newKey ^= RemoveMan(captured, IsRegular ? Them : ColourOf(captured), to);
     }
     key = newKey;
     board[from] = PieceNone;
@@ -335,7 +356,7 @@ template <Colour Us>
         const Square square = EnPassantVictimSquare(move.To(), ~us);
         record.tookEnPassant = board[square] == victim;
         if (record.tookEnPassant) {
-            key ^= RemoveMan(victim, square);
+            key ^= RemoveMan(victim, ~us, square);
             board[square] = PieceNone;
         }
     }
@@ -353,13 +374,13 @@ void CPosition::Undo(Move move) noexcept {
     static_cast<ReversibleState&>(*this) = static_cast<const ReversibleState&>(record);
     sideToMove = Us;
 
-    const Bitboard changed = BitOf(from) ^ BitOf(to);
+    const Bitboard changed = SquareBits[from] ^ SquareBits[to];
     pieces[moved] ^= changed;
     colours[Us] ^= changed;
     board[to] = captured;
     board[from] = moved;
     if (captured != PieceNone) {
-        RestoreMan(captured, to);
+        RestoreMan(captured, ColourOf(captured), to);
     }
     if (move.Kind() != MoveKind::Normal) [[unlikely]] {
         UndoSpecial(move, Us, record);
@@ -390,7 +411,7 @@ void CPosition::Undo(Move move) noexcept {
         const Piece victim = MakePiece(Pawn, ~us);
         const Square square = EnPassantVictimSquare(move.To(), ~us);
         board[square] = victim;
-        RestoreMan(victim, square);
+        RestoreMan(victim, ~us, square);
     }
 }
 
@@ -516,8 +537,8 @@ bool CPosition::IsKingAttacked(Colour colour) const noexcept {
 template <Colour Us>
 [[gnu::always_inline]] inline bool CPosition::LeavesKingAttacked(Move move) const noexcept {
     const Square king = LowestBit(PiecesOf(King, Us));
-    const Bitboard from = BitOf(move.From());
-    const Bitboard to = BitOf(move.To());
+    const Bitboard from = SquareBits[move.From()];
+    const Bitboard to = SquareBits[move.To()];
     if (move.Kind() == MoveKind::Castling || move.Kind() == MoveKind::EnPassant) [[unlikely]] {
         return LeavesKingAttackedBySpecial(move, Us);
     }
@@ -564,7 +585,7 @@ template <Colour Us>
     const Square to = move.To();
     const Bitboard occupied = Occupied();
     // Nothing lies between the king and a leaper that reaches him.
-    if ((ReachingSquares[board[to]][king] & BitOf(to)) != 0 &&
+    if ((ReachingSquares[board[to]][king] & SquareBits[to]) != 0 &&
         (Between[king][to] & occupied) == 0) {
         return true;
     }

@@ -223,10 +223,14 @@ private:
     template <Colour Us>
     bool MakeInAnyPosition(Move move) noexcept;
     template <Colour Us>
+    [[gnu::always_inline]] inline bool MakeRegular(Move move) noexcept;
+    template <Colour Us>
+    bool MakeSpecial(Move move) noexcept;
+    template <Colour Us>
     void Undo(Move move) noexcept;
     void ToggleMen(Piece piece, Bitboard squares) noexcept;
-    std::uint64_t RemoveMan(Piece piece, Square square) noexcept;
-    void RestoreMan(Piece piece, Square square) noexcept;
+    std::uint64_t RemoveMan(Piece piece, Colour colour, Square square) noexcept;
+    void RestoreMan(Piece piece, Colour colour, Square square) noexcept;
 
     /// For assertions: a man of the side to move stands on the move's first square.
     [[nodiscard]] bool IsOwnMove(Move move) const noexcept {
@@ -239,9 +243,9 @@ private:
 
     void ToggleLeaf(Move move, Piece moved, Piece captured) noexcept;
     UndoRecord& SaveState(Move move, Piece moved, Piece captured) noexcept;
-    [[nodiscard]] Piece CapturedBy(Move move) const noexcept;
-    template <Colour Us>
-    void Play(Move move) noexcept;
+    [[nodiscard, gnu::always_inline]] inline Piece CapturedBy(Move move) const noexcept;
+    template <Colour Us, bool IsRegular>
+    [[gnu::always_inline]] inline void Play(Move move) noexcept;
     void MoveCastlingRook(const CastlingRecord& record, Colour colour) noexcept;
     void PromotePawn(Move move, Colour colour) noexcept;
     void PlaySpecial(Move move, Colour us, UndoRecord& record) noexcept;
@@ -250,11 +254,11 @@ private:
                                          Bitboard sliders) const noexcept;
     [[nodiscard]] bool IsLeaperAttacking(Square square, Colour by) const noexcept;
     template <Colour Us>
-    [[nodiscard]] bool LeavesKingAttacked(Move move) const noexcept;
+    [[nodiscard, gnu::always_inline]] inline bool LeavesKingAttacked(Move move) const noexcept;
     [[nodiscard]] bool IsAttackedWithout(Bitboard king, Square square, Colour by) const noexcept;
     [[nodiscard]] bool LeavesKingAttackedBySpecial(Move move, Colour us) const noexcept;
     template <Colour Us>
-    [[nodiscard]] bool GivesCheck(Move move) const noexcept;
+    [[nodiscard, gnu::always_inline]] inline bool GivesCheck(Move move) const noexcept;
     void NoteCheck() noexcept;
 
     [[nodiscard]] const CheckMasks& CheckMasksNow() const noexcept {
