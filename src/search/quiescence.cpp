@@ -10,6 +10,8 @@ namespace brenquil {
 /// Small on purpose: no table, no bases, no repetition, no quiet checks. In check every evasion is
 /// searched, so a mate can be found; otherwise captures and promotions that do not lose material
 /// by the exchange test. Fail-soft on a move's cut-off, `beta` itself on standing pat.
+///
+/// Nearly half of these nodes end by standing pat, before anything of the rest has been set up.
 Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
     assert(ply >= 0 && ply <= MaxPly && qply >= 0);
     nodes_.AddLossily(1);
@@ -20,33 +22,61 @@ Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
     if (qply > seldepth_) {
         seldepth_ = qply;
     }
-    const bool inCheck = position_.inCheck;
-    if (!inCheck) {
-        const Score standPat = evaluation_.Evaluate(alpha, beta);
-        if (standPat > alpha) {
-            alpha = standPat;
-            if (standPat >= beta) {
-                return beta;
-            }
+    if (position_.inCheck) [[unlikely]] {
+        return SearchEvasions(ply, qply, alpha, beta);
+    }
+    const Score standPat = evaluation_.Evaluate(alpha, beta);
+    if (standPat > alpha) {
+        alpha = standPat;
+        if (standPat >= beta) {
+            return beta;
         }
     }
+    return SearchCaptures(ply, qply, alpha, beta);
+}
 
+/// The captures and promotions of a quiescence node that did not stand pat.
+[[gnu::noinline]] Score CSearch::SearchCaptures(int ply, int qply, Score alpha,
+                                                Score beta) noexcept {
     // On the stack the lists of a line are close together, and only their used part is touched.
     MoveList moves;
-    if (inCheck) {
-        generator_.GenerateEvasions(moves);
-        static_cast<void>(ScoreCaptures(moves, position_));
-    } else {
-        generator_.GenerateCaptures(moves);
+    generator_.GenerateCaptures(moves);
+    if (moves.count == 0) {
+        return alpha;
     }
+    // `GenerateCaptures` has taken the first already.
+    Move move = moves[0];
+    for (int index = 1;; ++index) {
+        if ((!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) &&
+            position_.MakeMove(move)) {
+            const Score value = -Quiescence(ply + 1, qply + 1, -beta, -alpha);
+            position_.UndoMove(move);
+            if (stop_) {
+                return alpha;
+            }
+            if (value > alpha) {
+                alpha = value;
+                if (value >= beta) {
+                    return alpha;
+                }
+            }
+        }
+        if (index >= moves.count) {
+            return alpha;
+        }
+        move = TakeBest(moves, index);
+    }
+}
 
+/// All moves of a quiescence node in check, the captures in their order first.
+[[gnu::noinline]] Score CSearch::SearchEvasions(int ply, int qply, Score alpha,
+                                                Score beta) noexcept {
+    MoveList moves;
+    generator_.GenerateEvasions(moves);
+    static_cast<void>(ScoreCaptures(moves, position_));
     int legalMoves = 0;
     for (int index = 0; index < moves.count; ++index) {
-        // `GenerateCaptures` has taken the first already.
-        const Move move = index == 0 && !inCheck ? moves[0] : TakeBest(moves, index);
-        if (!inCheck && NeedsExchangeTest(move, position_) && LosesExchange(position_, move)) {
-            continue;
-        }
+        const Move move = TakeBest(moves, index);
         if (!position_.MakeMove(move)) {
             continue;
         }
@@ -63,7 +93,7 @@ Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
             }
         }
     }
-    return inCheck && legalMoves == 0 ? MatedAt(ply) : alpha;
+    return legalMoves == 0 ? MatedAt(ply) : alpha;
 }
 
 }  // namespace brenquil

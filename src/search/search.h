@@ -167,6 +167,10 @@ private:
     [[nodiscard]] Score StoreResult(const Node& node) noexcept;
     [[nodiscard]] bool IsQuiet(Move move) const noexcept;
 
+    // quiescence.cpp
+    [[nodiscard]] Score SearchCaptures(int ply, int qply, Score alpha, Score beta) noexcept;
+    [[nodiscard]] Score SearchEvasions(int ply, int qply, Score alpha, Score beta) noexcept;
+
     // next_move.cpp
     /// Fetches the table's entry of the position after a move that will be made soon, if it is one.
     void PrefetchAfter(Move move) const noexcept {
