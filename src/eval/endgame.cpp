@@ -74,8 +74,10 @@ constexpr std::size_t SquareColour(Square square) noexcept {
 /// One ending with one of the sides taken as the strong one. The terms are from that side's view.
 class CEnding {
 public:
-    CEnding(const CPosition& position, const Material& material, Colour strong) noexcept
+    CEnding(const CPosition& position, const Material& material, Colour strong,
+            const CKpkBitbase& bitbase) noexcept
         : position_(position),
+          bitbase_(bitbase),
           strong_(strong),
           strongKing_(material.kingSquare[strong]),
           weakKing_(material.kingSquare[~strong]),
@@ -87,6 +89,8 @@ public:
         return static_cast<Score>(position_.sideToMove == strong_ ? value : -value);
     }
 
+    [[nodiscard]] WideScore Draw() const noexcept { return DrawScore; }
+
     [[nodiscard]] WideScore Edge() const noexcept { return EdgeBonus[EdgeRing[weakKing_]]; }
 
     [[nodiscard]] WideScore KingsNear() const noexcept {
@@ -97,6 +101,8 @@ public:
     [[nodiscard]] WideScore Drive() const noexcept {
         return KingsNear() + materialDifference_ + Edge();
     }
+
+    [[nodiscard]] WideScore DriveAndAdvance() const noexcept { return Drive() + PawnAdvance(); }
 
     /// What the strong side's pawns have gained by advancing.
     [[nodiscard]] WideScore PawnAdvance() const noexcept {
@@ -145,15 +151,15 @@ public:
     }
 
     [[nodiscard]] WideScore BishopAndPawn() const noexcept {
-        return IsWrongRookPawn() ? WideScore{DrawScore} : Drive() + PawnAdvance();
+        return IsWrongRookPawn() ? WideScore{DrawScore} : DriveAndAdvance();
     }
 
-    [[nodiscard]] WideScore PawnAlone(const CKpkBitbase& bitbase) const noexcept {
+    [[nodiscard]] WideScore PawnAlone() const noexcept {
         // The bitbase knows White's pawn on the left half of the board.
         const Square pawn = SquareOf(Pawn);
         const Square flip = (strong_ == White ? 0 : 56) ^ (FileOf(pawn) < 4 ? 0 : 7);
         const bool strongToMove = position_.sideToMove == strong_;
-        if (!bitbase.IsWin(strongKing_ ^ flip, weakKing_ ^ flip, pawn ^ flip, strongToMove)) {
+        if (!bitbase_.IsWin(strongKing_ ^ flip, weakKing_ ^ flip, pawn ^ flip, strongToMove)) {
             return DrawScore;
         }
         return KingsNear() + materialDifference_ + PawnAdvance();
@@ -178,78 +184,102 @@ private:
     }
 
     const CPosition& position_;
+    const CKpkBitbase& bitbase_;
     Colour strong_;
     Square strongKing_;
     Square weakKing_;
     WideScore materialDifference_;
 };
 
+/// Who counts as the strong side.
+enum class Strong : std::uint8_t {
+    MoreMaterial,  ///< by the piece values; at equal material Black
+    HeavierMan     ///< whatever the piece values say
+};
+
+struct KnownEnding {
+    unsigned men;  ///< `Versus`
+    WideScore (CEnding::*score)() const noexcept;
+    Strong strong = Strong::MoreMaterial;
+};
+
+constexpr KnownEnding KnownEndings[] = {
+    {Versus("K", "K"), &CEnding::Draw},
+    {Versus("KB", "K"), &CEnding::Draw},
+    {Versus("KN", "K"), &CEnding::Draw},
+    {Versus("KNN", "K"), &CEnding::Draw},
+    {Versus("KQ", "KQ"), &CEnding::Draw},
+    {Versus("KR", "KR"), &CEnding::Draw},
+    {Versus("KB", "KB"), &CEnding::Draw},
+    {Versus("KB", "KN"), &CEnding::Draw},
+    {Versus("KN", "KN"), &CEnding::Draw},
+    {Versus("KP", "K"), &CEnding::PawnAlone},
+    {Versus("KQ", "K"), &CEnding::Drive},
+    {Versus("KR", "K"), &CEnding::Drive},
+    {Versus("KQQ", "K"), &CEnding::Drive},
+    {Versus("KQR", "K"), &CEnding::Drive},
+    {Versus("KQB", "K"), &CEnding::Drive},
+    {Versus("KQN", "K"), &CEnding::Drive},
+    {Versus("KRR", "K"), &CEnding::Drive},
+    {Versus("KRB", "K"), &CEnding::Drive},
+    {Versus("KRN", "K"), &CEnding::Drive},
+    {Versus("KQ", "KR"), &CEnding::Drive},
+    {Versus("KQ", "KB"), &CEnding::Drive},
+    {Versus("KQ", "KN"), &CEnding::Drive},
+    {Versus("KQP", "K"), &CEnding::DriveAndAdvance},
+    {Versus("KRP", "K"), &CEnding::DriveAndAdvance},
+    {Versus("KNP", "K"), &CEnding::DriveAndAdvance},
+    {Versus("KBB", "K"), &CEnding::TwoBishops},
+    {Versus("KBN", "K"), &CEnding::BishopAndKnight},
+    {Versus("KBP", "K"), &CEnding::BishopAndPawn},
+    {Versus("KR", "KB"), &CEnding::RookAgainstBishop},
+    {Versus("KR", "KN"), &CEnding::RookAgainstKnight},
+    {Versus("KQ", "KP"), &CEnding::QueenAgainstPawn, Strong::HeavierMan},
+    {Versus("KB", "KP"), &CEnding::PieceAgainstPawn, Strong::HeavierMan},
+    {Versus("KN", "KP"), &CEnding::PieceAgainstPawn, Strong::HeavierMan},
+    {Versus("KQ", "KRR"), &CEnding::Edge},
+    {Versus("KQ", "KRB"), &CEnding::Edge},
+    {Versus("KQ", "KRN"), &CEnding::Edge},
+    {Versus("KR", "KBB"), &CEnding::Edge},
+    {Versus("KR", "KRB"), &CEnding::Edge},
+    {Versus("KR", "KRN"), &CEnding::Edge},
+    {Versus("KB", "KBB"), &CEnding::Edge},
+};
+
+/// No ending with more men beside the kings is known.
+constexpr int MostMen = 3;
+
 }  // namespace
 
-std::optional<Score> ScoreKnownEnding(const CPosition& position, const Material& material,
-                                      const CKpkBitbase& bitbase) noexcept {
-    assert(position.MenCount() <= 5);
-    assert(position.pieceCount[WhiteKing] == 1 && position.pieceCount[BlackKing] == 1);
-    // At equal material Black counts as strong.
-    const Colour strong = material.value[White] > material.value[Black] ? White : Black;
-    const CEnding ending(position, material, strong);
-
-    // In three of the endings the heavier man decides who is strong, whatever the piece values say.
-    const Men white = MenOf(position, White);
-    const Men black = MenOf(position, Black);
-    const CEnding heavierEnding(position, material, white > black ? White : Black);
-
-    switch (Versus(white, black)) {
-    case Versus("K", "K"):
-    case Versus("KB", "K"):
-    case Versus("KN", "K"):
-    case Versus("KNN", "K"):
-    case Versus("KQ", "KQ"):
-    case Versus("KR", "KR"):
-    case Versus("KB", "KB"):
-    case Versus("KB", "KN"):
-    case Versus("KN", "KN"): return DrawScore;
-
-    case Versus("KP", "K"): return ending.Result(ending.PawnAlone(bitbase));
-
-    case Versus("KQ", "K"):
-    case Versus("KR", "K"):
-    case Versus("KQQ", "K"):
-    case Versus("KQR", "K"):
-    case Versus("KQB", "K"):
-    case Versus("KQN", "K"):
-    case Versus("KRR", "K"):
-    case Versus("KRB", "K"):
-    case Versus("KRN", "K"):
-    case Versus("KQ", "KR"):
-    case Versus("KQ", "KB"):
-    case Versus("KQ", "KN"): return ending.Result(ending.Drive());
-
-    case Versus("KQP", "K"):
-    case Versus("KRP", "K"):
-    case Versus("KNP", "K"): return ending.Result(ending.Drive() + ending.PawnAdvance());
-
-    case Versus("KBB", "K"): return ending.Result(ending.TwoBishops());
-    case Versus("KBN", "K"): return ending.Result(ending.BishopAndKnight());
-    case Versus("KBP", "K"): return ending.Result(ending.BishopAndPawn());
-
-    case Versus("KR", "KB"): return ending.Result(ending.RookAgainstBishop());
-    case Versus("KR", "KN"): return ending.Result(ending.RookAgainstKnight());
-
-    case Versus("KQ", "KP"): return heavierEnding.Result(heavierEnding.QueenAgainstPawn());
-    case Versus("KB", "KP"):
-    case Versus("KN", "KP"): return heavierEnding.Result(heavierEnding.PieceAgainstPawn());
-
-    case Versus("KQ", "KRR"):
-    case Versus("KQ", "KRB"):
-    case Versus("KQ", "KRN"):
-    case Versus("KR", "KBB"):
-    case Versus("KR", "KRB"):
-    case Versus("KR", "KRN"):
-    case Versus("KB", "KBB"): return ending.Result(ending.Edge());
-
-    default: return std::nullopt;
+EndingNumber FindEnding(const CPosition& position) noexcept {
+    const int kings = position.pieceCount[WhiteKing] + position.pieceCount[BlackKing];
+    if (position.MenCount() - kings > MostMen) {
+        return UnknownEnding;
     }
+    const unsigned men = Versus(MenOf(position, White), MenOf(position, Black));
+    EndingNumber number = UnknownEnding;
+    for (const KnownEnding& known : KnownEndings) {
+        ++number;
+        if (known.men == men) {
+            return number;
+        }
+    }
+    return UnknownEnding;
+}
+
+std::optional<Score> EvaluateEnding(EndingNumber number, const CPosition& position,
+                                    const Material& material, const CKpkBitbase& bitbase) noexcept {
+    assert(number == FindEnding(position));
+    if (number == UnknownEnding || position.pieceCount[WhiteKing] != 1 ||
+        position.pieceCount[BlackKing] != 1) {
+        return std::nullopt;
+    }
+    const KnownEnding& known = KnownEndings[number - 1];
+    const bool isWhiteStrong = known.strong == Strong::HeavierMan
+                                 ? MenOf(position, White) > MenOf(position, Black)
+                                 : material.value[White] > material.value[Black];
+    const CEnding ending(position, material, isWhiteStrong ? White : Black, bitbase);
+    return ending.Result((ending.*known.score)());
 }
 
 }  // namespace brenquil

@@ -2,8 +2,10 @@
 //
 // Exact draws are answered as such, and mating drives get a gradient that the general evaluation
 // lacks: the defending king to the edge or into the right corner, the kings together. King and pawn
-// against king is decided by a bitbase. All other positions get no answer, those with six men or
-// more after one comparison.
+// against king is decided by a bitbase. All other positions get no answer.
+//
+// Which ending it is depends on the men alone: the evaluation finds that out once for each set of
+// men.
 #pragma once
 
 #include "board/position.h"
@@ -11,26 +13,27 @@
 #include "eval/kpk_bitbase.h"
 #include "eval/material.h"
 
+#include <cstdint>
 #include <optional>
 
 namespace brenquil {
 
-/// Answers for a position of at most five men with one king each.
-[[nodiscard]] std::optional<Score> ScoreKnownEnding(const CPosition& position,
-                                                    const Material& material,
-                                                    const CKpkBitbase& bitbase) noexcept;
+/// A known ending: a number from 1 on.
+using EndingNumber = std::uint8_t;
+
+inline constexpr EndingNumber UnknownEnding = 0;
+
+/// The ending that the men of the position make, wherever they and the kings stand, whoever has
+/// which and however many kings there are.
+[[nodiscard]] EndingNumber FindEnding(const CPosition& position) noexcept;
 
 /// The score of a known ending from the side to move's view, final as it stands; nothing if the
-/// ending is not known. `material` is that of the position: the side with more of it counts as the
-/// strong one, so the options of the piece values have a say in the result.
-[[nodiscard]] inline std::optional<Score> EvaluateEndgame(const CPosition& position,
-                                                          const Material& material,
-                                                          const CKpkBitbase& bitbase) noexcept {
-    if (position.MenCount() > 5 || position.pieceCount[WhiteKing] != 1 ||
-        position.pieceCount[BlackKing] != 1) {
-        return std::nullopt;
-    }
-    return ScoreKnownEnding(position, material, bitbase);
-}
+/// ending is not known, or if there is not one king each.
+/// @param number    what `FindEnding` says of the position
+/// @param material  that of the position: the side with more of it counts as the strong one, so the
+///                  options of the piece values have a say in the result
+[[nodiscard]] std::optional<Score> EvaluateEnding(EndingNumber number, const CPosition& position,
+                                                  const Material& material,
+                                                  const CKpkBitbase& bitbase) noexcept;
 
 }  // namespace brenquil

@@ -36,7 +36,7 @@ Score CEvaluation::Evaluate(Score alpha, Score beta) noexcept {
 [[gnu::noinline]] Score CEvaluation::EvaluateClosely(Score alpha, Score beta) noexcept {
     const MaterialEntry& material = materialTable_.Find(position_, options_);
     if (material.isSpecial) {
-        if (const std::optional<Score> score = SpecialScore()) {
+        if (const std::optional<Score> score = SpecialScore(material.ending)) {
             return *score;
         }
     }
@@ -78,16 +78,16 @@ CEvaluation::EvaluateOrdinary(const MaterialEntry& material, Score alpha, Score 
     return static_cast<Score>(whiteToMove ? score + contempt : score - contempt);
 }
 
-/// A draw by insufficient material, or the score of a known ending.
-std::optional<Score> CEvaluation::SpecialScore() const noexcept {
-    if (CannotMate(position_, White) && CannotMate(position_, Black)) {
+/// A draw as neither side can mate, or the score of a known ending.
+std::optional<Score> CEvaluation::SpecialScore(EndingNumber ending) const noexcept {
+    if (ending == UnknownEnding) {
         return DrawScore;
     }
     if (!options_.useEndgameEval.enabled) {
         return std::nullopt;
     }
     const Material material = ComputeMaterial(position_, options_.pieceValues);
-    return EvaluateEndgame(position_, material, bitbase_);
+    return EvaluateEnding(ending, position_, material, bitbase_);
 }
 
 /// Sums everything but material, for a position whose sum the cache lacks.

@@ -9,7 +9,7 @@
 // plays no part. The score depends on the position and the options alone. What survives a call (the
 // pawn hash, the material table and the two caches) holds what the board determines.
 //
-// Each thread has an object of its own for its own position, of about 160 KiB; the pawn hash is
+// Each thread has an object of its own for its own position, of about 260 KiB; the pawn hash is
 // shared without locks. Some hundred nanoseconds a call.
 #pragma once
 
@@ -42,7 +42,7 @@ private:
     [[nodiscard]] Score EvaluateClosely(Score alpha, Score beta) noexcept;
     [[nodiscard]] Score EvaluateOrdinary(const MaterialEntry& material, Score alpha,
                                          Score beta) noexcept;
-    [[nodiscard]] std::optional<Score> SpecialScore() const noexcept;
+    [[nodiscard]] std::optional<Score> SpecialScore(EndingNumber ending) const noexcept;
     [[nodiscard]] Score EvaluateAnew(std::int64_t ownBalance, std::uint64_t key,
                                      int phase) noexcept;
     [[nodiscard]] Score Complete(std::int64_t ownBalance, Score positional) const noexcept;

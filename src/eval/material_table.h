@@ -1,11 +1,12 @@
 // What an evaluation needs to know of the material, by the key that the position keeps: summed once
 // for each set of men instead of at every leaf.
 //
-// One small table for each thread, a thousand entries of 16 KiB together: a search meets few sets
+// One small table for each thread, four thousand entries of 64 KiB together: a search meets few sets
 // of men at a time. A change of the piece values empties it at the next look.
 #pragma once
 
 #include "board/position.h"
+#include "eval/endgame.h"
 #include "eval/evaluation_options.h"
 
 #include <array>
@@ -19,9 +20,10 @@ struct MaterialEntry {
     MenKey key = ~MenKey{0};  ///< no set of men has this one
     Score balance = 0;        ///< White's material less Black's, bishop pairs included
     std::int16_t phase = 0;   ///< as `Material::phase`
-    /// So few men, or men of such kinds, that the position may be drawn or a known ending: the
-    /// evaluation looks closer. False for nearly all positions.
+    /// Neither side can mate, or the men are those of a known ending: the evaluation looks closer.
+    /// False for nearly all positions.
     bool isSpecial = false;
+    EndingNumber ending = UnknownEnding;  ///< of special ones that are no certain draw
 };
 
 static_assert(sizeof(MaterialEntry) == 16);
@@ -43,7 +45,7 @@ public:
                                             const CEvaluationOptions& options) noexcept;
 
 private:
-    static constexpr unsigned IndexBits = 10;
+    static constexpr unsigned IndexBits = 12;
     static constexpr std::uint64_t Spread = 0x9E3779B97F4A7C15;  ///< 2^64 by the golden ratio
 
     [[nodiscard]] static constexpr std::size_t IndexOf(MenKey key) noexcept {

@@ -11,8 +11,9 @@ namespace {
 
 std::optional<Score> Answer(EvaluationSetup& setup, const std::string& fen) {
     setup.Set(fen);
-    return EvaluateEndgame(
-        setup.position, ComputeMaterial(setup.position, setup.options.pieceValues), TestBitbase());
+    const CPosition& position = setup.position;
+    return EvaluateEnding(FindEnding(position), position,
+                          ComputeMaterial(position, setup.options.pieceValues), TestBitbase());
 }
 
 struct Ending {

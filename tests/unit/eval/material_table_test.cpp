@@ -27,13 +27,9 @@ protected:
                           static_cast<int>(material.hasBishopPair[Black]);
         ASSERT_EQ(entry.balance, material.value[White] - material.value[Black] + 50 * pairs) << fen;
         ASSERT_EQ(entry.phase, material.phase) << fen;
-        if (CannotMate(position, White) && CannotMate(position, Black)) {
-            ASSERT_TRUE(entry.isSpecial) << fen;
-        }
-        if (position.MenCount() <= 5 && position.pieceCount[WhiteKing] == 1 &&
-            position.pieceCount[BlackKing] == 1) {
-            ASSERT_TRUE(entry.isSpecial) << fen;
-        }
+        const bool isDraw = CannotMate(position, White) && CannotMate(position, Black);
+        ASSERT_EQ(entry.ending, isDraw ? UnknownEnding : FindEnding(position)) << fen;
+        ASSERT_EQ(entry.isSpecial, isDraw || entry.ending != UnknownEnding) << fen;
     }
 
     EvaluationSetup setup_;
@@ -79,9 +75,13 @@ TEST_F(MaterialTable, BishopsOfBothColoursOfSquaresAreToldApart) {
     EXPECT_EQ(Of("r3k3/8/8/8/8/8/8/BB2K3 w - - 0 1").balance, 800 + 50 - 600);
 }
 
-TEST_F(MaterialTable, MiddlegameIsNotSpecial) {
+TEST_F(MaterialTable, OnlyDrawsAndKnownEndingsAreSpecial) {
     EXPECT_FALSE(Of(StartFen.data()).isSpecial);
     EXPECT_FALSE(Of("4k3/pp6/8/8/8/8/PP6/4K3 w - - 0 1").isSpecial);
+    EXPECT_FALSE(Of("4k3/r7/8/8/8/8/P7/R3K3 w - - 0 1").isSpecial);
+    EXPECT_FALSE(Of("4k3/p7/8/8/8/8/P7/4K3 w - - 0 1").isSpecial);
+    EXPECT_TRUE(Of("4k3/r7/8/8/8/8/8/Q3K3 w - - 0 1").isSpecial);
+    EXPECT_TRUE(Of("4k3/8/8/8/8/8/8/N3K3 w - - 0 1").isSpecial);
 }
 
 TEST_F(MaterialTable, ChangedPieceValuesActAtOnce) {
