@@ -5,8 +5,8 @@
 // and subtracting units; all other moves leave it alone, as bishops never leave their colour.
 //
 // With up to 31 men of a colour no count can overflow into the next, so the key tells the material
-// exactly. Fuller boards can be set up; whoever reads the key asks `CPosition::HasExactMenKey`
-// first.
+// exactly. Fuller boards can be set up; their keys bear a mark, which no overflow reaches and which
+// stays as men are taken off.
 #pragma once
 
 #include "board/attacks.h"
@@ -21,6 +21,12 @@ namespace brenquil {
 using MenKey = std::uint64_t;
 
 inline constexpr unsigned MenCountBits = 5;
+inline constexpr MenKey CrowdMark = MenKey{1} << 63;
+
+/// Does the key tell the material.
+[[nodiscard]] constexpr bool IsExact(MenKey key) noexcept {
+    return (key & CrowdMark) == 0;
+}
 
 /// [piece][square]: what a man adds to the key. By square, though only bishops need it: the index
 /// is that of the man's number in the position's key, which a capture has at hand.

@@ -98,6 +98,9 @@ void CPosition::SetupDerived() noexcept {
             key ^= EnPassantKey(enPassant);
         }
     }
+    if (std::max(colourCount[Black], colourCount[White]) >> MenCountBits != 0) {
+        menKey |= CrowdMark;
+    }
     if (sideToMove == White) {
         key ^= SideKey;
     }

@@ -184,11 +184,6 @@ public:
 
     [[nodiscard]] int MenCount() const noexcept { return colourCount[Black] + colourCount[White]; }
 
-    /// Neither side has more men than `menKey` can count.
-    [[nodiscard]] bool HasExactMenKey() const noexcept {
-        return (colourCount[Black] | colourCount[White]) >> MenCountBits == 0;
-    }
-
     int ply;  ///< index of the undo stack and game ply; from 1
     Colour sideToMove;
 

@@ -33,7 +33,7 @@ void CMaterialTable::Empty(std::uint32_t version) noexcept {
 void CMaterialTable::Fill(MaterialEntry& entry, const CPosition& position,
                           const CEvaluationOptions& options) noexcept {
     const Material material = ComputeMaterial(position, options.pieceValues);
-    entry.key = position.HasExactMenKey() ? position.menKey : ~MenKey{0};
+    entry.key = IsExact(position.menKey) ? position.menKey : ~MenKey{0};
     entry.balance =
         material.value[White] - material.value[Black] +
         BishopPairBonus * (int{material.hasBishopPair[White]} - int{material.hasBishopPair[Black]});

@@ -1,8 +1,8 @@
 // What an evaluation needs to know of the material, by the key that the position keeps: summed once
 // for each set of men instead of at every leaf.
 //
-// One small table for each thread, four thousand entries of 64 KiB together: a search meets few sets
-// of men at a time. A change of the piece values empties it at the next look.
+// One small table for each thread, four thousand entries of 64 KiB together: a search meets few
+// sets of men at a time. A change of the piece values empties it at the next look.
 #pragma once
 
 #include "board/position.h"
@@ -17,7 +17,7 @@ namespace brenquil {
 
 /// The material of both sides in sum.
 struct MaterialEntry {
-    MenKey key = ~MenKey{0};  ///< no set of men has this one
+    MenKey key = ~MenKey{0};  ///< no set of men has this one, nor is an inexact key kept
     Score balance = 0;        ///< White's material less Black's, bishop pairs included
     std::int16_t phase = 0;   ///< as `Material::phase`
     /// Neither side can mate, or the men are those of a known ending: the evaluation looks closer.
@@ -36,8 +36,7 @@ public:
         const std::uint32_t version = options.pieceValuesVersion.load(std::memory_order_acquire);
         const MenKey key = position.menKey;
         const MaterialEntry& entry = entries_[IndexOf(key)];
-        const bool isKnown = version == version_ && entry.key == key && position.HasExactMenKey();
-        return isKnown ? &entry : nullptr;
+        return version == version_ && entry.key == key ? &entry : nullptr;
     }
 
     /// The same entry, which is summed if it is not there. Valid until the next call.

@@ -13,6 +13,9 @@ namespace {
 
 class MaterialTable : public testing::Test {
 protected:
+    /// The same of the position as it stands.
+    const MaterialEntry& Now() { return table_.Find(setup_.position, setup_.options); }
+
     const MaterialEntry& Of(const std::string& fen) {
         setup_.Set(fen);
         return table_.Find(setup_.position, setup_.options);
@@ -59,6 +62,19 @@ TEST_F(MaterialTable, AgreesWithTheSumsOnFullBoards) {
     // 32 white pawns and no knight have the key of no pawn and one black knight.
     ExpectRight("PPPPPPPP/PPPPPPPP/PPPPPPPP/PPPPPPPP/8/8/8/8 w - - 0 1");
     ExpectRight("8/8/8/8/8/8/8/n7 w - - 0 1");
+}
+
+TEST_F(MaterialTable, ACrowdThatLosesAManIsSummedAsBefore) {
+    const std::string pawns = "PPPPPPPP/PPPPPPPP/PPPPPPPP/PPPPPPPK";
+    EXPECT_EQ(Of("4k3/8/8/r7/" + pawns + " b - - 0 1").balance, 31 * 100 - 600);
+    EXPECT_FALSE(IsExact(setup_.position.menKey));
+    ASSERT_TRUE(setup_.position.MakeMove(Move::Make(A5, A4)));
+    EXPECT_EQ(Now().balance, 30 * 100 - 600);
+    EXPECT_FALSE(IsExact(setup_.position.menKey));
+    setup_.position.UndoMove(Move::Make(A5, A4));
+    EXPECT_EQ(Now().balance, 31 * 100 - 600);
+    Of("4k3/8/8/8/r" + pawns.substr(1) + " w - - 0 1");
+    EXPECT_TRUE(IsExact(setup_.position.menKey));
 }
 
 TEST_F(MaterialTable, FewStrangeMen) {
