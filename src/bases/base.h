@@ -66,13 +66,7 @@ public:
         if (position.MenCount() > menInSearch_) [[likely]] {
             return false;
         }
-        for (IBase* const base : bases_) {
-            if (base->ProbeSearch(score, position, depth, ply)) {
-                hits.AddLossily(1);
-                return true;
-            }
-        }
-        return false;
+        return AskInSearch(score, position, depth, ply);
     }
 
     /// First answer of the list for a root move; counts it.
@@ -83,8 +77,11 @@ public:
     Relaxed<std::uint64_t> hits{0};
 
 private:
+    [[nodiscard]] bool AskInSearch(Score& score, const CPosition& position, int depth, int ply);
+
     std::vector<IBase*> bases_;
-    int menInSearch_ = 0;  ///< largest of all objects
+    std::vector<IBase*> askedInSearch_;  ///< those that ever answer there, in the same order
+    int menInSearch_ = 0;                ///< largest of all objects
 };
 
 }  // namespace brenquil

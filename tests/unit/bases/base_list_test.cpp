@@ -130,7 +130,7 @@ TEST(BaseList, EndsTheAskingWithTheFirstAnswer) {
     EXPECT_EQ(later.asked, 0);
 }
 
-TEST(BaseList, AsksNobodyInTheSearchWithMoreMenThanAnyObjectAnswersFor) {
+TEST(BaseList, AsksInTheSearchNoneThatCannotAnswerThere) {
     CNumberedBase atRootOnly(0);
     CNumberedBase table(1, 42);
     CBaseList list;
@@ -145,10 +145,12 @@ TEST(BaseList, AsksNobodyInTheSearchWithMoreMenThanAnyObjectAnswersFor) {
     CPositionText(position).SetFen("8/8/8/4k3/8/3PK3/8/7r w - - 0 1");
     EXPECT_TRUE(list.ProbeSearch(score, position, 5, 6));
     EXPECT_EQ(table.asked, 1);
+    EXPECT_EQ(atRootOnly.asked, 0);
 
     Move move{0};
     const CPosition start;
     EXPECT_TRUE(list.ProbeRoot(move, start));
+    EXPECT_EQ(atRootOnly.asked, 1);
 }
 
 TEST(BaseList, CountsAnswersOnly) {
