@@ -95,7 +95,14 @@ bool CSearch::IsRepetition() const noexcept {
 
 std::optional<Score> CSearch::ProbeTable(int depth, Score alpha, Score beta) const noexcept {
     const auto hit = hash_.Probe(position_.key);
-    if (!hit || hit->depth < depth) {
+    if (!hit) {
+        return std::nullopt;
+    }
+    if (hit->depth < depth) {
+        // The move will be tried first, unless the node is pruned meanwhile.
+        if (position_.board[hit->move.From()] != PieceNone) [[likely]] {
+            PrefetchAfter(hit->move);
+        }
         return std::nullopt;
     }
     switch (hit->bound) {
@@ -248,7 +255,8 @@ Score CSearch::SearchRootMove(const Node& node, Move move) noexcept {
 
 /// Principal variation search of the move that stands on the board: the first with the whole
 /// window, the others with a null window and again if they turn out better.
-Score CSearch::SearchMove(const Node& node, int newDepth, int reduction) noexcept {
+[[gnu::always_inline]] inline Score CSearch::SearchMove(const Node& node, int newDepth,
+                                                        int reduction) noexcept {
     const int ply = node.ply + 1;
     if (node.legalMoves == 1) {
         return -AlphaBeta(newDepth, ply, -node.beta, -node.alpha, false);

@@ -158,7 +158,8 @@ private:
     [[nodiscard]] bool SearchMoves(Node& node) noexcept;
     [[nodiscard]] Score SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet) noexcept;
     [[nodiscard]] Score SearchRootMove(const Node& node, Move move) noexcept;
-    [[nodiscard]] Score SearchMove(const Node& node, int newDepth, int reduction) noexcept;
+    [[nodiscard, gnu::always_inline]] inline Score SearchMove(const Node& node, int newDepth,
+                                                              int reduction) noexcept;
     [[nodiscard]] int ExtensionOf(const Node& node, Move move, Piece moved) const noexcept;
     [[nodiscard]] int ReductionOf(Node& node, Move move, Piece moved, int extension,
                                   bool isQuiet) const noexcept;
