@@ -8,6 +8,7 @@
 #include "board/types.h"
 
 #include <cassert>
+#include <limits>
 
 namespace brenquil {
 
@@ -44,5 +45,31 @@ inline constexpr Score DrawScore = 0;
     }
     return IsMateLoss(score) ? -MateScore - score : 0;
 }
+
+/// A score or none, in one register. std::optional takes two, which GCC 12 passes through memory,
+/// inlined or not: too slow for what every node asks.
+class MaybeScore {
+public:
+    /// None.
+    constexpr MaybeScore() noexcept = default;
+
+    constexpr explicit MaybeScore(Score score) noexcept : score_(score) { assert(score != None); }
+
+    constexpr explicit operator bool() const noexcept { return score_ != None; }
+
+    [[nodiscard]] constexpr Score operator*() const noexcept {
+        assert(score_ != None);
+        return score_;
+    }
+
+    [[nodiscard]] constexpr bool operator==(const MaybeScore&) const noexcept = default;
+
+private:
+    static constexpr Score None = std::numeric_limits<Score>::min();
+
+    Score score_ = None;
+};
+
+inline constexpr MaybeScore NoScore;
 
 }  // namespace brenquil

@@ -59,7 +59,7 @@ CEvaluation::EvaluateOrdinary(const MaterialEntry& material, Score alpha, Score 
         }
     }
     const std::uint64_t key = whiteToMove ? position_.key ^ SideKey : position_.key;
-    if (const std::optional<Score> known = positionalCache_.Find(key)) {
+    if (const MaybeScore known = positionalCache_.Find(key)) {
         return Complete(ownBalance, *known);
     }
     return EvaluateAnew(ownBalance, key, material.phase);

@@ -5,13 +5,13 @@
 // nothing clears them. They are sized for the second-level cache of one core.
 #pragma once
 
+#include "board/score.h"
 #include "board/types.h"
 #include "eval/term_pair.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 namespace brenquil {
 
@@ -40,12 +40,12 @@ private:
 /// knows as well do no harm: they only part what could be shared.
 class CPositionalCache {
 public:
-    [[nodiscard]] std::optional<Score> Find(std::uint64_t key) const noexcept {
+    [[nodiscard]] MaybeScore Find(std::uint64_t key) const noexcept {
         const std::uint64_t word = words_[key % Entries];
         if ((word ^ key) >> ScoreBits != 0) {
-            return std::nullopt;
+            return NoScore;
         }
-        return static_cast<std::int16_t>(word);
+        return MaybeScore(static_cast<std::int16_t>(word));
     }
 
     void Store(std::uint64_t key, Score score) noexcept {

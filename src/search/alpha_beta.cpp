@@ -93,37 +93,37 @@ bool CSearch::IsRepetition() const noexcept {
     return false;
 }
 
-std::optional<Score> CSearch::ProbeTable(int depth, Score alpha, Score beta) const noexcept {
+MaybeScore CSearch::ProbeTable(int depth, Score alpha, Score beta) const noexcept {
     const auto hit = hash_.Probe(position_.key);
     if (!hit) {
-        return std::nullopt;
+        return NoScore;
     }
     if (hit->depth < depth) {
         // The move will be tried first, unless the node is pruned meanwhile.
         if (position_.board[hit->move.From()] != PieceNone) [[likely]] {
             PrefetchAfter(hit->move);
         }
-        return std::nullopt;
+        return NoScore;
     }
     switch (hit->bound) {
-    case Bound::Exact: return hit->score;
-    case Bound::Upper: return hit->score <= alpha ? std::optional(alpha) : std::nullopt;
-    case Bound::Lower: return hit->score >= beta ? std::optional(beta) : std::nullopt;
+    case Bound::Exact: return MaybeScore(hit->score);
+    case Bound::Upper: return hit->score <= alpha ? MaybeScore(alpha) : NoScore;
+    case Bound::Lower: return hit->score >= beta ? MaybeScore(beta) : NoScore;
     }
-    return std::nullopt;
+    return NoScore;
 }
 
-std::optional<Score> CSearch::ProbeBases(int depth, int ply) {
+MaybeScore CSearch::ProbeBases(int depth, int ply) {
     Score score = 0;
-    return bases_.ProbeSearch(score, position_, depth, ply) ? std::optional(score) : std::nullopt;
+    return bases_.ProbeSearch(score, position_, depth, ply) ? MaybeScore(score) : NoScore;
 }
 
 /// Razoring at the lower bound and reverse futility at the upper one: near the horizon a static
 /// score far outside the window is believed. Without it 2.86 times the nodes.
-std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
+MaybeScore CSearch::PruneStatically(const Node& node) noexcept {
     if (node.inCheck || node.isPv || node.depth < 1 || node.depth > DeepestStaticPruning ||
         position_.MenCount() < FewestMenForStaticPruning || !options_.useFutility.enabled) {
-        return std::nullopt;
+        return NoScore;
     }
     const Score margin = options_.futilityMargins[node.depth - 1].Bounded();
     const Score lower = node.alpha - margin;
@@ -131,28 +131,28 @@ std::optional<Score> CSearch::PruneStatically(const Node& node) noexcept {
     const Score value = evaluation_.Evaluate(lower, upper);
     if (value <= lower) {
         // On purpose the node stays counted here and is counted by quiescence once more.
-        return Quiescence(node.ply, 0, node.alpha, node.beta);
+        return MaybeScore(Quiescence(node.ply, 0, node.alpha, node.beta));
     }
     if (value >= upper) {
-        return node.beta;
+        return MaybeScore(node.beta);
     }
-    return std::nullopt;
+    return NoScore;
 }
 
 /// If even passing keeps the score above beta, a move surely does. No verification, no special
 /// treatment of mate scores, and no look at the stop flag. Without it 1.18 times the nodes; at
 /// depth 5 it still costs more than it wins (0.93).
-std::optional<Score> CSearch::TryNullMove(const Node& node, bool afterNull) noexcept {
+MaybeScore CSearch::TryNullMove(const Node& node, bool afterNull) noexcept {
     if (afterNull || node.inCheck || node.isPv || !options_.useNullmove.enabled ||
         node.depth < options_.nullmoveMinDepth.number ||
         !HasPiece(position_, position_.sideToMove)) {
-        return std::nullopt;
+        return NoScore;
     }
     position_.MakeNullMove();
     const Score value = -AlphaBeta(node.depth - options_.nullmoveReduction.Bounded() - 1,
                                    node.ply + 1, -node.beta, 1 - node.beta, true);
     position_.UndoNullMove();
-    return value >= node.beta ? std::optional(node.beta) : std::nullopt;
+    return value >= node.beta ? MaybeScore(node.beta) : NoScore;
 }
 
 /// The moves of a node, at the root with what the master wants of them. False if the search was

@@ -29,7 +29,6 @@
 #include <cassert>
 #include <cstdint>
 #include <limits>
-#include <optional>
 
 namespace brenquil {
 
@@ -149,11 +148,10 @@ private:
     static constexpr std::int64_t Endless = std::numeric_limits<std::int64_t>::max();
 
     // alpha_beta.cpp
-    [[nodiscard]] std::optional<Score> ProbeTable(int depth, Score alpha,
-                                                  Score beta) const noexcept;
-    [[nodiscard]] std::optional<Score> ProbeBases(int depth, int ply);
-    [[nodiscard]] std::optional<Score> PruneStatically(const Node& node) noexcept;
-    [[nodiscard]] std::optional<Score> TryNullMove(const Node& node, bool afterNull) noexcept;
+    [[nodiscard]] MaybeScore ProbeTable(int depth, Score alpha, Score beta) const noexcept;
+    [[nodiscard]] MaybeScore ProbeBases(int depth, int ply);
+    [[nodiscard]] MaybeScore PruneStatically(const Node& node) noexcept;
+    [[nodiscard]] MaybeScore TryNullMove(const Node& node, bool afterNull) noexcept;
     template <bool IsRoot>
     [[nodiscard]] bool SearchMoves(Node& node) noexcept;
     [[nodiscard]] Score SearchInnerMove(Node& node, Move move, Piece moved, bool isQuiet) noexcept;

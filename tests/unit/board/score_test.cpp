@@ -38,5 +38,15 @@ TEST(Score, DistanceCountsHalfMovesAndIsNegativeForTheMatedSide) {
     EXPECT_EQ(MateDistance(-MateScore), 0);
 }
 
+TEST(MaybeScore, HoldsAScoreOrNone) {
+    EXPECT_FALSE(NoScore);
+    EXPECT_FALSE(MaybeScore());
+    for (const Score score : {0, 1, -1, MateScore, -MateScore, 2147483647, -2147483647}) {
+        ASSERT_TRUE(MaybeScore(score)) << score;
+        EXPECT_EQ(*MaybeScore(score), score);
+    }
+    static_assert(sizeof(MaybeScore) == sizeof(Score));
+}
+
 }  // namespace
 }  // namespace brenquil

@@ -17,7 +17,7 @@ TEST(PositionalCache, FindsWhatWasStoredAndNothingElse) {
     constexpr std::uint64_t Key = 0x123456789ABCDEF0;
     EXPECT_FALSE(cache->Find(Key));
     cache->Store(Key, -321);
-    EXPECT_EQ(cache->Find(Key), -321);
+    EXPECT_EQ(cache->Find(Key), MaybeScore(-321));
     // The same slot, another key.
     EXPECT_FALSE(cache->Find(Key ^ std::uint64_t{1} << 63U));
     EXPECT_FALSE(cache->Find(Key ^ std::uint64_t{1} << 16U));
@@ -30,16 +30,16 @@ TEST(PositionalCache, KeepsEveryScoreOfSixteenBitsAndRefusesOthers) {
     constexpr std::uint64_t Key = 0xFEDCBA9876543210;
     for (Score score = -32768; score <= 32767; ++score) {
         cache->Store(Key, score);
-        ASSERT_EQ(cache->Find(Key), score);
+        ASSERT_EQ(cache->Find(Key), MaybeScore(score));
     }
     cache->Store(Key, 32768);
     cache->Store(Key, -32769);
-    EXPECT_EQ(cache->Find(Key), 32767);
+    EXPECT_EQ(cache->Find(Key), MaybeScore(32767));
 }
 
 TEST(PositionalCache, EmptyBoardScoresNothing) {
     const auto cache = std::make_unique<CPositionalCache>();
-    EXPECT_EQ(cache->Find(0), 0);
+    EXPECT_EQ(cache->Find(0), MaybeScore(0));
 }
 
 /// An evaluation that has seen many positions, beside one that is new for each.
