@@ -3,6 +3,7 @@
 """The tool that compares the speed of two builds."""
 import importlib.machinery
 import importlib.util
+import os
 import stat
 import subprocess
 import sys
@@ -41,6 +42,16 @@ class CompareSpeed(unittest.TestCase):
         self.assertEqual(run.returncode, 0, run.stderr)
         self.assertRegex(run.stdout, r"^new over old: \d\.\d{4}, 95 % \d+\.\d{4} to \d+\.\d{4}, "
                                      r"\d\d pairs at depth 2\n")
+
+    @unittest.skipIf((os.cpu_count() or 1) < 2, "one processor")
+    def test_threads_against_one(self):
+        run = compare("--rounds", "1", "--depth", "4", "--threads", "2", ENGINE, ENGINE)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertRegex(run.stdout, r"nodes a second with 2 threads: \d+\.\d{4}, 95 % ")
+
+    def test_more_threads_than_processors_are_refused(self):
+        run = compare("--threads", "100000", ENGINE, ENGINE)
+        self.assertIn("--threads goes from 1 to ", run.stderr)
 
     def test_another_tree_is_refused(self):
         with tempfile.TemporaryDirectory() as folder:
