@@ -298,7 +298,9 @@ Score CSearch::StoreResult(const Node& node) noexcept {
     } else if (position_.halfmoveClock >= FiftyMoves) {
         result = DrawScore;
     }
-    hash_.Store(position_.key, result, node.depth, node.bound, node.bestMove);
+    if (hash_.Store(position_.key, result, node.depth, node.bound, node.bestMove)) {
+        CountClaim();
+    }
     return result;
 }
 

@@ -109,9 +109,9 @@ void CHashTable::BeginSearch(bool isFromNothing) noexcept {
     }
 }
 
-void CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept {
+bool CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept {
     if (blocks_ == nullptr) [[unlikely]] {
-        return;
+        return false;
     }
     const Slot slot = SlotOf(key);
     const std::uint64_t old = slot.block->data[slot.index];
@@ -120,10 +120,7 @@ void CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, M
     // The byte against the whole counter: from the 256th search on no entry is of this search's
     // age.
     if (oldAge == age_ && oldDepth > depth) {
-        return;
-    }
-    if (oldDepth == 0 || oldAge < age_) {
-        freeCount_.SubtractLossily(1);
+        return false;
     }
     const std::uint64_t data = (age_ & 0xFFU) | Low16(depth) << DepthShift |
                                Low16(score) << ScoreShift |
@@ -131,6 +128,7 @@ void CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, M
     slot.block->data[slot.index] = data;
     slot.block->bound[slot.index] = bound;
     slot.block->verification[slot.index] = data ^ key;
+    return oldDepth == 0 || oldAge < age_;
 }
 
 std::uint32_t CHashTable::Hashfull() const noexcept {

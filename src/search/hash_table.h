@@ -79,7 +79,13 @@ public:
 
     /// Replaces what the slot holds, whatever its key, unless that is deeper and of this search. A
     /// store without a move overwrites one with a move.
-    void Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept;
+    /// True if this claimed an entry, which the caller counts and notes with others: all threads
+    /// share the number, and a cache line that each of them wrote at every store would go back and
+    /// forth between their processors.
+    bool Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) noexcept;
+
+    /// Counts so many claimed entries for `Hashfull`.
+    void NoteClaims(std::uint32_t count) noexcept { freeCount_.SubtractLossily(count); }
 
     /// Asks the processor for the cache line of a key that will soon be probed.
     void Prefetch(std::uint64_t key) const noexcept {

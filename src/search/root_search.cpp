@@ -372,6 +372,7 @@ std::uint64_t CRootSearch::Nodes() const noexcept {
 }
 
 SearchStatistics CRootSearch::Statistics() const noexcept {
+    search_.ReportClaims();
     return {Nodes(), hash_.Hashfull(), bases_.hits, timeControl_.Ticks(), timeControl_.Clock()};
 }
 

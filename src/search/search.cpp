@@ -17,6 +17,7 @@ CSearch::CSearch(CPosition& position, const SearchContext& context)
 void CSearch::ResetSearch() noexcept {
     stop_ = false;
     nodes_ = 0;
+    claims_ = 0;
     countdown_ = Endless;
     master_ = nullptr;
     currentLine_.count = 0;

@@ -115,6 +115,13 @@ public:
 
     void AddNodes(std::uint64_t nodes) noexcept { nodes_.AddLossily(nodes); }
 
+    /// Tells the table how many entries this search has claimed since the last time. Called by the
+    /// thread of the search before it reads the table's count.
+    void ReportClaims() noexcept {
+        hash_.NoteClaims(claims_);
+        claims_ = 0;
+    }
+
     /// The deepest quiescence ply since `ResetSeldepth`, counted from the horizon.
     [[nodiscard]] int Seldepth() const noexcept { return seldepth_; }
 
@@ -147,6 +154,9 @@ private:
     /// A countdown that no search lives to the end of.
     static constexpr std::int64_t Endless = std::numeric_limits<std::int64_t>::max();
 
+    /// A worker's last few are never told.
+    static constexpr std::uint32_t ClaimsAtOnce = 64;
+
     // alpha_beta.cpp
     [[nodiscard]] MaybeScore ProbeTable(int depth, Score alpha, Score beta) const noexcept;
     [[nodiscard]] MaybeScore ProbeBases(int depth, int ply);
@@ -165,6 +175,12 @@ private:
     void RaiseAlpha(Node& node, Move move, Score value) noexcept;
     [[nodiscard]] Score StoreResult(const Node& node) noexcept;
     [[nodiscard]] bool IsQuiet(Move move) const noexcept;
+
+    void CountClaim() noexcept {
+        if (++claims_ == ClaimsAtOnce) {
+            ReportClaims();
+        }
+    }
 
     // quiescence.cpp
     [[nodiscard]] Score SearchCaptures(int ply, int qply, Score alpha, Score beta) noexcept;
@@ -198,6 +214,7 @@ private:
     Relaxed<std::uint64_t> nodes_{0};
     std::int64_t countdown_ = Endless;  ///< checks until the master's next look at its limits
     int seldepth_ = 0;
+    std::uint32_t claims_ = 0;         ///< of entries of the table, not reported yet
     ISearchMaster* master_ = nullptr;  ///< null in a worker, whose countdown never ends
 
     CEvaluation evaluation_;

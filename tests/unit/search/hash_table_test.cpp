@@ -18,7 +18,7 @@ protected:
     HashTable() { EXPECT_TRUE(table.Resize(1)); }
 
     void Store(std::uint64_t key, std::int32_t depth, Move move = SomeMove) {
-        table.Store(key, 17, depth, Bound::Exact, move);
+        table.NoteClaims(table.Store(key, 17, depth, Bound::Exact, move) ? 1 : 0);
     }
 
     [[nodiscard]] std::int32_t DepthAt(std::uint64_t key) const {
@@ -153,10 +153,12 @@ TEST_F(HashTable, EmptyEntryMatchesTheKeyZeroAlone) {
 TEST_F(HashTable, EveryEntryIsASlotOfItsOwn) {
     const auto key = [](std::uint64_t index) { return index + index * 7 * OneMegabyte; };
     for (std::uint64_t index = 0; index < OneMegabyte; ++index) {
-        table.Store(key(index), static_cast<Score>(index % 30000),
-                    static_cast<std::int32_t>(index % 200), static_cast<Bound>(index % 3),
-                    Move{static_cast<std::uint32_t>(index % 65536)});
+        ASSERT_TRUE(table.Store(
+            key(index), static_cast<Score>(index % 30000), static_cast<std::int32_t>(index % 200),
+            static_cast<Bound>(index % 3), Move{static_cast<std::uint32_t>(index % 65536)}));
     }
+    EXPECT_EQ(table.FreeCount(), OneMegabyte);  // not noted yet
+    table.NoteClaims(OneMegabyte);
     EXPECT_EQ(table.FreeCount(), 0U);
     EXPECT_EQ(table.Hashfull(), 1000U);
     for (std::uint64_t index = 0; index < OneMegabyte; ++index) {
