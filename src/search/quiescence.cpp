@@ -35,37 +35,42 @@ Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
     return SearchCaptures(ply, qply, alpha, beta);
 }
 
+/// A move that is made and searched if it is legal. True if it ends the node: by a cut-off, or as
+/// the search was stopped.
+[[gnu::always_inline]] inline bool CSearch::EndsQuiescence(QuiescenceNode& node,
+                                                           Move move) noexcept {
+    if (!position_.MakeMove(move)) {
+        return false;
+    }
+    ++node.legalMoves;
+    const Score value = -Quiescence(node.ply + 1, node.qply + 1, -node.beta, -node.alpha);
+    position_.UndoMove(move);
+    if (stop_) {
+        return true;
+    }
+    if (value <= node.alpha) {
+        return false;
+    }
+    node.alpha = value;
+    return value >= node.beta;
+}
+
 /// The captures and promotions of a quiescence node that did not stand pat.
 [[gnu::noinline]] Score CSearch::SearchCaptures(int ply, int qply, Score alpha,
                                                 Score beta) noexcept {
     // On the stack the lists of a line are close together, and only their used part is touched.
     MoveList moves;
     generator_.GenerateCaptures(moves);
-    if (moves.count == 0) {
-        return alpha;
-    }
-    // `GenerateCaptures` has taken the first already.
-    Move move = moves[0];
-    for (int index = 1;; ++index) {
+    QuiescenceNode node{ply, qply, alpha, beta};
+    for (int index = 0; index < moves.count; ++index) {
+        // `GenerateCaptures` has taken the first already.
+        const Move move = index == 0 ? moves[0] : TakeBest(moves, index);
         if ((!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) &&
-            position_.MakeMove(move)) {
-            const Score value = -Quiescence(ply + 1, qply + 1, -beta, -alpha);
-            position_.UndoMove(move);
-            if (stop_) {
-                return alpha;
-            }
-            if (value > alpha) {
-                alpha = value;
-                if (value >= beta) {
-                    return alpha;
-                }
-            }
+            EndsQuiescence(node, move)) {
+            break;
         }
-        if (index >= moves.count) {
-            return alpha;
-        }
-        move = TakeBest(moves, index);
     }
+    return node.alpha;
 }
 
 /// All moves of a quiescence node in check, the captures in their order first.
@@ -74,26 +79,13 @@ Score CSearch::Quiescence(int ply, int qply, Score alpha, Score beta) noexcept {
     MoveList moves;
     generator_.GenerateEvasions(moves);
     static_cast<void>(ScoreCaptures(moves, position_));
-    int legalMoves = 0;
+    QuiescenceNode node{ply, qply, alpha, beta};
     for (int index = 0; index < moves.count; ++index) {
-        const Move move = TakeBest(moves, index);
-        if (!position_.MakeMove(move)) {
-            continue;
-        }
-        ++legalMoves;
-        const Score value = -Quiescence(ply + 1, qply + 1, -beta, -alpha);
-        position_.UndoMove(move);
-        if (stop_) {
-            return alpha;
-        }
-        if (value > alpha) {
-            alpha = value;
-            if (value >= beta) {
-                break;
-            }
+        if (EndsQuiescence(node, TakeBest(moves, index))) {
+            break;
         }
     }
-    return legalMoves == 0 ? MatedAt(ply) : alpha;
+    return node.legalMoves == 0 ? MatedAt(ply) : node.alpha;
 }
 
 }  // namespace brenquil

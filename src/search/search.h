@@ -183,6 +183,17 @@ private:
     }
 
     // quiescence.cpp
+    /// What the moves of one quiescence node share.
+    struct QuiescenceNode {
+        int ply;
+        int qply;
+        Score alpha;
+        Score beta;
+        int legalMoves = 0;
+    };
+
+    [[nodiscard, gnu::always_inline]] inline bool EndsQuiescence(QuiescenceNode& node,
+                                                                 Move move) noexcept;
     [[nodiscard]] Score SearchCaptures(int ply, int qply, Score alpha, Score beta) noexcept;
     [[nodiscard]] Score SearchEvasions(int ply, int qply, Score alpha, Score beta) noexcept;
 
