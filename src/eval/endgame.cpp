@@ -6,11 +6,13 @@
 #include "eval/pawn_structure.h"
 #include "platform/bits.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <string_view>
 
 namespace brenquil {
@@ -245,6 +247,19 @@ constexpr KnownEnding KnownEndings[] = {
     {Versus("KR", "KRN"), &CEnding::Edge},
     {Versus("KB", "KBB"), &CEnding::Edge},
 };
+
+/// A row behind another one of the same men would never be found.
+constexpr bool AreAllDifferent() noexcept {
+    for (const KnownEnding& known : KnownEndings) {
+        const auto hasTheSameMen = [&](const KnownEnding& other) { return other.men == known.men; };
+        if (std::count_if(std::begin(KnownEndings), std::end(KnownEndings), hasTheSameMen) != 1) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(AreAllDifferent());
 
 /// No ending with more men beside the kings is known.
 constexpr int MostMen = 3;
