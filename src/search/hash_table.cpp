@@ -82,22 +82,35 @@ void CHashTable::Release() noexcept {
     entryCount_ = 0;
     freeCount_ = 0;
     age_ = 0;
+    epoch_ = 0;
     sizeMegabytes_ = 0;
     static_cast<void>(pawnHash.Resize(0));
 }
 
 void CHashTable::Clear() noexcept {
-    if (blocks_ != nullptr) {
-        const std::size_t blockCount = pages_.Size() / sizeof(Block);
-        for (Block* block = blocks_; block != blocks_ + blockCount; ++block) {
-            for (std::uint32_t index = 0; index < EntriesPerBlock; ++index) {
-                block->verification[index] = 0;
-                block->data[index] = 0;
-            }
-        }
-    }
     age_ = 0;
     freeCount_ = entryCount_;
+    if (blocks_ == nullptr) {
+        return;
+    }
+    if (++epoch_ == 0) {
+        Wipe();
+    }
+    // The key 0 matches an empty entry, and finds it here. The bound stays.
+    const std::uint64_t empty = std::uint64_t{epoch_} << EpochShift;
+    blocks_->data[0] = empty;
+    blocks_->verification[0] = empty;
+}
+
+/// Makes entries of the first epoch, and empty ones, of all. The bounds stay.
+void CHashTable::Wipe() noexcept {
+    const std::size_t blockCount = pages_.Size() / sizeof(Block);
+    for (Block* block = blocks_; block != blocks_ + blockCount; ++block) {
+        for (std::uint32_t index = 0; index < EntriesPerBlock; ++index) {
+            block->verification[index] = 0;
+            block->data[index] = 0;
+        }
+    }
 }
 
 void CHashTable::BeginSearch(bool isFromNothing) noexcept {
@@ -114,7 +127,8 @@ bool CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, M
         return false;
     }
     const Slot slot = SlotOf(key);
-    const std::uint64_t old = slot.block->data[slot.index];
+    const std::uint64_t found = slot.block->data[slot.index];
+    const std::uint64_t old = IsOfThisEpoch(found) ? found : 0;
     const auto oldAge = static_cast<std::uint8_t>(old);
     const int oldDepth = DepthOf(old);
     // The byte against the whole counter: from the 256th search on no entry is of this search's
@@ -122,8 +136,8 @@ bool CHashTable::Store(std::uint64_t key, Score score, int depth, Bound bound, M
     if (oldAge == age_ && oldDepth > depth) {
         return false;
     }
-    const std::uint64_t data = (age_ & 0xFFU) | Low16(depth) << DepthShift |
-                               Low16(score) << ScoreShift |
+    const std::uint64_t data = (age_ & 0xFFU) | std::uint64_t{epoch_} << EpochShift |
+                               Low16(depth) << DepthShift | Low16(score) << ScoreShift |
                                std::uint64_t{move.Identity()} << MoveShift;
     slot.block->data[slot.index] = data;
     slot.block->bound[slot.index] = bound;

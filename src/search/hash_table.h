@@ -69,7 +69,7 @@ public:
         }
         const Slot slot = SlotOf(key);
         const std::uint64_t data = slot.block->data[slot.index];
-        if (slot.block->verification[slot.index] != (data ^ key)) {
+        if (slot.block->verification[slot.index] != (data ^ key) || !IsOfThisEpoch(data)) {
             return std::nullopt;
         }
         return HashHit{DepthOf(data), static_cast<std::int16_t>(data >> ScoreShift),
@@ -116,10 +116,11 @@ private:
     // | bits  | type   | meaning                                  |
     // |-------|--------|------------------------------------------|
     // | 0-7   | u8     | age of the writing search, low byte      |
-    // | 8-15  |        | 0                                        |
+    // | 8-15  | u8     | epoch: how often the table was cleared   |
     // | 16-31 | u16    | depth                                    |
     // | 32-47 | i16    | score                                    |
     // | 48-63 | u16    | move, low half; 0 if none                |
+    static constexpr unsigned EpochShift = 8;
     static constexpr unsigned DepthShift = 16;
     static constexpr unsigned ScoreShift = 32;
     static constexpr unsigned MoveShift = 48;
@@ -149,6 +150,11 @@ private:
         return static_cast<std::uint16_t>(data >> DepthShift);
     }
 
+    [[nodiscard]] bool IsOfThisEpoch(std::uint64_t data) const noexcept {
+        return static_cast<std::uint8_t>(data >> EpochShift) == epoch_;
+    }
+
+    void Wipe() noexcept;
     [[nodiscard]] bool Allocate(std::uint32_t megabytes);
     void Release() noexcept;
 
@@ -157,6 +163,7 @@ private:
     std::uint32_t entryCount_ = 0;
     std::uint32_t age_ = 0;
     std::uint32_t sizeMegabytes_ = 0;
+    std::uint8_t epoch_ = 0;  ///< back to 0 when the byte has run out and the entries are wiped
     CPages pages_;
     /// Entries not yet written in this search. Replacing an entry of depth 0 counts again each
     /// time, so the figure can run past zero; a decrement lost between threads is accepted.

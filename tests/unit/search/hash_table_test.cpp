@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <map>
+#include <optional>
 #include <random>
 
 namespace brenquil {
@@ -12,6 +14,8 @@ namespace {
 constexpr std::uint32_t OneMegabyte = 39321;  // entries
 constexpr Move SomeMove = Move::Make(E2, E4);
 constexpr Move OtherMove = Move::Make(G1, F3);
+/// After so many the byte that parts what was stored before and after a clearing begins again.
+constexpr int ClearsOfACycle = 256;
 
 class HashTable : public testing::Test {
 protected:
@@ -334,6 +338,123 @@ TEST_F(HashTable, ClearReachesEveryEntryAndLeavesTheBounds) {
     ASSERT_TRUE(table.Probe(0));
     EXPECT_EQ(table.Probe(0)->depth, 0);
     EXPECT_EQ(table.Probe(0)->bound, Bound::Lower);
+}
+
+TEST_F(HashTable, WhatWasClearedStaysAwayHoweverOftenTheTableIsCleared) {
+    for (int clears = 1; clears <= 2 * ClearsOfACycle + 1; ++clears) {
+        Store(7, 6);
+        for (int i = 0; i < clears; ++i) {
+            table.Clear();
+            ASSERT_FALSE(table.Probe(7)) << i + 1 << " of " << clears;
+        }
+    }
+}
+
+TEST_F(HashTable, ClearedEntryProtectsNothing) {
+    Store(7, 60);
+    table.Clear();
+    Store(7 + OneMegabyte, 1, OtherMove);
+    EXPECT_EQ(DepthAt(7 + OneMegabyte), 1);
+    EXPECT_EQ(Claimed(), 1U);
+}
+
+TEST_F(HashTable, NegativeDepthAtAge0LosesAgainstAClearedEntry) {
+    RaiseAge(1);
+    Store(7, 60);
+    table.Clear();
+    Store(7, -1);
+    EXPECT_FALSE(table.Probe(7));
+    EXPECT_EQ(Claimed(), 0U);
+}
+
+TEST_F(HashTable, AnotherSizeBeginsWithEmptyEntriesAfterAnyNumberOfClears) {
+    for (int clears = 0; clears < 3; ++clears) {
+        for (int i = 0; i < clears; ++i) {
+            table.Clear();
+        }
+        ASSERT_TRUE(table.Resize(2));
+        ASSERT_TRUE(table.Probe(0));
+        EXPECT_EQ(table.Probe(0)->depth, 0);
+        EXPECT_FALSE(table.Probe(7));
+        ASSERT_TRUE(table.Resize(1));
+    }
+}
+
+/// The rules of the table, with entries that are emptied one by one.
+class CWipedTable {
+public:
+    void Clear() {
+        for (auto& [slot, entry] : entries_) {
+            entry.key = 0;
+            entry.age = 0;
+            entry.hit = HashHit{0, 0, NoMove, entry.hit.bound};
+        }
+        age_ = 0;
+    }
+
+    void RaiseAge() { ++age_; }
+
+    bool Store(std::uint64_t key, Score score, int depth, Bound bound, Move move) {
+        Entry& entry = entries_[key % OneMegabyte];
+        if (entry.age == age_ && entry.hit.depth > depth) {
+            return false;
+        }
+        const bool isClaimed = entry.hit.depth == 0 || entry.age < age_;
+        entry = {key, age_ % 256, HashHit{depth & 0xFFFF, score, move, bound}};
+        return isClaimed;
+    }
+
+    [[nodiscard]] std::optional<HashHit> Probe(std::uint64_t key) {
+        const Entry& entry = entries_[key % OneMegabyte];
+        return entry.key == key ? std::optional(entry.hit) : std::nullopt;
+    }
+
+private:
+    struct Entry {
+        std::uint64_t key = 0;
+        std::uint32_t age = 0;
+        HashHit hit{0, 0, NoMove, Bound::Exact};
+    };
+
+    std::map<std::uint64_t, Entry> entries_;
+    std::uint32_t age_ = 0;
+};
+
+/// Few keys, so that they meet often: six slots, three keys for each, the key 0 among them.
+TEST_F(HashTable, AnyStoresSearchesAndClearsGiveWhatAWipedTableGives) {
+    std::mt19937_64 random(20);
+    CWipedTable wiped;
+    for (int step = 0; step < 300000; ++step) {
+        const std::uint64_t key = random() % 6 + random() % 3 * OneMegabyte;
+        switch (random() % 24) {
+        case 0:
+            table.Clear();
+            wiped.Clear();
+            break;
+        case 1:
+            table.BeginSearch(false);
+            wiped.RaiseAge();
+            break;
+        default: {
+            const auto score = static_cast<Score>(random() % 2001) - 1000;
+            const int depth = static_cast<int>(random() % 12) - 1;
+            const auto bound = static_cast<Bound>(random() % 3);
+            const Move move = random() % 4 == 0 ? NoMove : SomeMove;
+            ASSERT_EQ(table.Store(key, score, depth, bound, move),
+                      wiped.Store(key, score, depth, bound, move))
+                << "step " << step;
+        }
+        }
+        const auto found = table.Probe(key);
+        const auto expected = wiped.Probe(key);
+        ASSERT_EQ(found.has_value(), expected.has_value()) << "step " << step;
+        if (found) {
+            ASSERT_EQ(found->depth, expected->depth) << "step " << step;
+            ASSERT_EQ(found->score, expected->score) << "step " << step;
+            ASSERT_EQ(found->move.word, expected->move.word) << "step " << step;
+            ASSERT_EQ(found->bound, expected->bound) << "step " << step;
+        }
+    }
 }
 
 }  // namespace
