@@ -26,6 +26,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(brenquil_options INTERFACE -Wno-restrict)
 endif()
 
+# The stable sort of GCC 12's library asks for its buffer by a function that the standard has deprecated, and newer
+# versions of Clang report that as ours.
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 15)
+    target_compile_options(brenquil_options INTERFACE -Wno-deprecated-declarations)
+endif()
+
 # Indices of tables are 64-bit words everywhere, and memory is counted in 32 bits there.
 if(BRENQUIL_WEB)
     target_compile_options(brenquil_options INTERFACE -Wno-shorten-64-to-32)

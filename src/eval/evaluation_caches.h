@@ -15,8 +15,8 @@
 
 namespace brenquil {
 
-/// The sums of pawns, kings and shelter from White's view, by `CPosition::pawnKingKey`. Nine of ten
-/// evaluations find theirs here and spare the modulo and the far memory of the shared table.
+/// The sums of pawns, kings and shelter from White's view, by `CPosition::pawnKingKey`. Three
+/// of four sums are found here and spare the modulo and the far memory of the shared table.
 class CPawnCache {
 public:
     struct Entry {

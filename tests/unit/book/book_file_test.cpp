@@ -1,6 +1,7 @@
 // The book's file: the search for a position, the meaning of a record, and files that are not
 // books.
 
+#include "../../support/strings.h"
 #include "../../support/temporary_folder.h"
 #include "book/book_file.h"
 #include "book_builder.h"
@@ -9,12 +10,9 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 class BookFile : public testing::Test {
 protected:

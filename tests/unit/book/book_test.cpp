@@ -1,6 +1,7 @@
 // The choice among the book's moves, the mark and line of a move, and the options.
 
 #include "../../support/recording_host.h"
+#include "../../support/strings.h"
 #include "../../support/temporary_folder.h"
 #include "book/book.h"
 #include "book_builder.h"
@@ -17,8 +18,6 @@
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 class Book : public testing::Test {
 protected:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "../../support/open_engine.h"
+#include "../../support/strings.h"
 #include "board/position_text.h"
 #include "collecting_sink.h"
 #include "interface/command_loop.h"
@@ -15,11 +16,8 @@
 #include <sstream>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace brenquil {
-
-using Strings = std::vector<std::string>;
 
 /// The start position as the commands print it.
 inline constexpr const char* StartText = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";

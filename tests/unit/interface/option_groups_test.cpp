@@ -2,6 +2,7 @@
 // what a change does.
 
 #include "../../support/recording_host.h"
+#include "../../support/strings.h"
 #include "bases/nalimov/nalimov_options.h"
 #include "bases/syzygy/syzygy_options.h"
 #include "book/book_options.h"
@@ -16,8 +17,6 @@
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 Strings IniNames(const COptionGroup& group) {
     Strings names;

@@ -1,5 +1,6 @@
 // The output routines, the banner, and what the program says about itself.
 
+#include "../../support/strings.h"
 #include "collecting_sink.h"
 #include "interface/program/banner.h"
 #include "interface/program/program_info.h"
@@ -8,12 +9,9 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 TEST(Protocol, BeginsInConsoleModeWithoutLogAndQueue) {
     CCollectingSink sink;

@@ -1,12 +1,12 @@
 // The owners of file streams: opening, reading by lines, writing.
 
+#include "../../support/strings.h"
 #include "../../support/temporary_folder.h"
 #include "text/file.h"
 
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
@@ -16,7 +16,6 @@ namespace brenquil {
 namespace {
 
 using namespace std::string_literals;
-using Strings = std::vector<std::string>;
 
 class File : public testing::Test {
 protected:

@@ -1,16 +1,14 @@
 // The text helpers: every rule of theirs at its corner cases.
 
+#include "../../support/strings.h"
 #include "text/text.h"
 
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 TEST(ToLower, FoldsAsciiLettersAndLeavesEveryOtherByte) {
     EXPECT_EQ(ToLower("UciNewGame 8/P7 [@`{"), "ucinewgame 8/p7 [@`{");

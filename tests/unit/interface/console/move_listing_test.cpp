@@ -1,17 +1,15 @@
 // The rows of the move listing.
 
+#include "../../../support/strings.h"
 #include "../fake_base.h"
 #include "interface/console/move_listing.h"
 
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 struct CMoveListingFixture : testing::Test {
     [[nodiscard]] Strings List(bool all) const {

@@ -1,5 +1,6 @@
 // The self-test: its tables, its texts, and that it sees faults.
 
+#include "../../../support/strings.h"
 #include "../collecting_sink.h"
 #include "interface/console/self_test.h"
 
@@ -10,8 +11,6 @@
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 constexpr std::string_view KingAndPawn = "4k3/8/8/8/8/8/4P3/4K3 w - - 0 1";
 

@@ -1,17 +1,15 @@
 // The strict reading of `go`.
 
+#include "../../../support/strings.h"
 #include "board/position.h"
 #include "board/position_text.h"
 #include "interface/uci/strict_go.h"
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 StrictGo ParseLine(std::string_view line, std::int32_t overhead = 0) {
     static const CPosition position;

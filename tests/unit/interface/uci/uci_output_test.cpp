@@ -1,5 +1,6 @@
 // The lines of a search: field order, moves, and the options that change or silence a line.
 
+#include "../../../support/strings.h"
 #include "../collecting_sink.h"
 #include "../fake_base.h"
 #include "../varying_figures.h"
@@ -9,12 +10,9 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace brenquil {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 constexpr const char* CastlingFen = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
 
