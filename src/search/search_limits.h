@@ -29,4 +29,7 @@ struct SearchLimits {
     MoveList searchmoves;  ///< not empty: only these root moves; entries may be `NoMove`
 };
 
+/// One of the numbers, for a table of the words that set them.
+using SearchNumber = std::int32_t SearchLimits::*;
+
 }  // namespace brenquil

@@ -44,9 +44,8 @@ TbPosition TbPositionOf(const Ending& ending, const EndingSquares& squares,
                         Colour sideToMove) noexcept {
     TbPosition position;
     position.turn = sideToMove == White;
-    Bitboard TbPosition::*const boards[] = {&TbPosition::pawns,   &TbPosition::knights,
-                                            &TbPosition::bishops, &TbPosition::rooks,
-                                            &TbPosition::queens,  &TbPosition::kings};
+    const TbMen boards[] = {&TbPosition::pawns, &TbPosition::knights, &TbPosition::bishops,
+                            &TbPosition::rooks, &TbPosition::queens,  &TbPosition::kings};
     for (std::size_t man = 0; man < ending.men; ++man) {
         const Bitboard bit = BitOf(squares[man]);
         position.*boards[ending.man[man].type] |= bit;

@@ -111,7 +111,7 @@ std::vector<unsigned> CodeLengths(const Grammar& grammar) {
     std::vector<unsigned> lengths(grammar.symbols.size());
     for (std::size_t symbol = 0; symbol < frequency.size(); ++symbol) {
         if (frequency[symbol] != 0) {
-            nodes.push({frequency[symbol], {symbol}});
+            nodes.emplace(frequency[symbol], std::vector{symbol});
         }
     }
     if (nodes.size() == 1) {

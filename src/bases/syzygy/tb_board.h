@@ -39,6 +39,9 @@ struct TbPosition {
     [[nodiscard]] Bitboard Occupied() const noexcept { return white | black; }
 };
 
+/// The men of one kind, for a table by kind.
+using TbMen = Bitboard TbPosition::*;
+
 /// Promotion code of a `TbMove` and of the result word of a root probe.
 enum TbPromotion : std::uint8_t {
     TbPromoteNone,

@@ -18,13 +18,13 @@ constexpr std::uint64_t KeyFactors[2][7] = {
      0xD6E4E47D24962951, 0},
 };
 
-constexpr Bitboard TbPosition::*const BoardOfCode[7] = {nullptr,
-                                                        &TbPosition::pawns,
-                                                        &TbPosition::knights,
-                                                        &TbPosition::bishops,
-                                                        &TbPosition::rooks,
-                                                        &TbPosition::queens,
-                                                        &TbPosition::kings};
+constexpr TbMen BoardOfCode[7] = {nullptr,
+                                  &TbPosition::pawns,
+                                  &TbPosition::knights,
+                                  &TbPosition::bishops,
+                                  &TbPosition::rooks,
+                                  &TbPosition::queens,
+                                  &TbPosition::kings};
 
 std::uint64_t SideMaterialKey(const TbPosition& position, Bitboard men, int side) noexcept {
     std::uint64_t key = 0;

@@ -11,9 +11,11 @@ namespace brenquil {
 
 namespace {
 
+using BenchNumber = int BenchSettings::*;
+
 struct BenchArgument {
     std::string_view name;
-    int BenchSettings::*field;
+    BenchNumber field;
     int min;
     int max;
 };

@@ -13,7 +13,7 @@ namespace {
 
 struct NumericToken {
     std::string_view token;
-    std::int32_t SearchLimits::*field;
+    SearchNumber field;
 };
 
 constexpr std::array NumericTokens{

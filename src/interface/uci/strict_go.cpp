@@ -22,7 +22,7 @@ struct StrictNumber {
     std::string_view word;
     Token kind;
     bool isLimit;
-    std::int32_t SearchLimits::*field;
+    SearchNumber field;
 };
 
 constexpr std::array StrictNumbers{
