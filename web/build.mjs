@@ -18,11 +18,13 @@ const packageOut = path.join(packageFolder, 'dist');
 
 const modules = [
     ['web', 'brenquil-threads.js'],
-    ['web', 'brenquil-threads.worker.js'],
     ['web', 'brenquil-threads.wasm'],
     ['web-single', 'brenquil-single.js'],
     ['web-single', 'brenquil-single.wasm'],
 ];
+
+// Versions of Emscripten up to 3.1.57 have the script of the search's workers apart.
+const workerScript = ['web', 'brenquil-threads.worker.js'];
 
 const common = {
     bundle: true,
@@ -41,7 +43,8 @@ function makeFolder(folder) {
 }
 
 function copyModules(target) {
-    for (const [preset, name] of modules) {
+    const hasWorkerScript = fs.existsSync(path.join(root, 'build', ...workerScript));
+    for (const [preset, name] of hasWorkerScript ? [...modules, workerScript] : modules) {
         const file = path.join(root, 'build', preset, name);
         if (!fs.existsSync(file)) {
             throw new Error(`${file} is missing: cmake --preset ${preset} && cmake --build --preset ${preset}`);
