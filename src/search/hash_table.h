@@ -10,6 +10,10 @@
 // Scores are kept as the search holds them, mate scores included: they are relative to the root of
 // the search that stored them and are not corrected by ply. That is required behaviour.
 //
+// Clearing costs nothing, whatever the size: an entry notes the epoch it was written in, `Clear`
+// begins another, and what is of an earlier one counts as empty. Only one clearing in 256, when the
+// epochs have run out, goes through the table.
+//
 // Cost of a probe: two multiplications and one cache line.
 #pragma once
 
