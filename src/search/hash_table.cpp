@@ -102,7 +102,7 @@ void CHashTable::Clear() noexcept {
     blocks_->verification[0] = empty;
 }
 
-/// Makes entries of the first epoch, and empty ones, of all. The bounds stay.
+/// Makes every entry an empty one of epoch 0. The bounds stay.
 void CHashTable::Wipe() noexcept {
     const std::size_t blockCount = pages_.Size() / sizeof(Block);
     for (Block* block = blocks_; block != blocks_ + blockCount; ++block) {

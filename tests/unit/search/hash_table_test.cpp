@@ -1,4 +1,4 @@
-// The transposition table: sizes, what replaces what, ages, and how full it says it is.
+// The transposition table: sizes, what replaces what, ages, clearing, and how full it says it is.
 
 #include "search/hash_table.h"
 
