@@ -49,9 +49,6 @@ Score CSearch::AlphaBeta(int depth, int ply, Score alpha, Score beta, bool after
     if (!afterNull && ply > 0 && IsRepetition()) {
         return DrawScore;
     }
-    if (depth >= options_.nullmoveMinDepth.number && !afterNull) {
-        hash_.Prefetch(position_.key ^ SideKey);  // for the null move, while pruning is considered
-    }
     if (const auto score = ProbeTable(depth, alpha, beta)) {
         return *score;
     }
@@ -101,7 +98,7 @@ MaybeScore CSearch::ProbeTable(int depth, Score alpha, Score beta) const noexcep
     if (hit->depth < depth) {
         // The move will be tried first, unless the node is pruned meanwhile.
         if (position_.board[hit->move.From()] != PieceNone) [[likely]] {
-            PrefetchAfter(hit->move);
+            PrefetchAfter(hit->move, MayPassBelow(depth));
         }
         return NoScore;
     }
@@ -160,7 +157,7 @@ MaybeScore CSearch::TryNullMove(const Node& node, bool afterNull) noexcept {
 template <bool IsRoot>
 bool CSearch::SearchMoves(Node& node) noexcept {
     CMovePicker& picker = pickers_[node.ply];
-    picker.Reset(node.ply);
+    picker.Reset(node.ply, MayPassBelow(node.depth));
     for (Move move = NextMove(picker); !move.IsNone(); move = NextMove(picker)) {
         if (IsRoot && !master_->IsRootMoveWanted(move)) {
             continue;

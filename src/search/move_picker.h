@@ -141,17 +141,19 @@ private:
 struct CMovePicker {
     int ply = 0;  ///< index into the killers
     PickStage stage = PickStage::HashMove;
-    int index = 0;        ///< next place in the list of captures that is being handed out
-    Move hashMove{0};     ///< what stage `HashMove` returned; `NoMove` if nothing
-    Move killerMove1{0};  ///< the same for the first killer
-    Move killerMove2{0};  ///< the same for the second killer
+    bool mayPassBelow = false;  ///< the nodes below are deep enough for a null move
+    int index = 0;              ///< next place in the list of captures that is being handed out
+    Move hashMove{0};           ///< what stage `HashMove` returned; `NoMove` if nothing
+    Move killerMove1{0};        ///< the same for the first killer
+    Move killerMove2{0};        ///< the same for the second killer
     MoveList goodList;
     CQuietList quietList;
     MoveList badList;
 
     /// Prepares the record for a node.
-    void Reset(int nodePly) noexcept {
+    void Reset(int nodePly, bool nodesBelowMayPass) noexcept {
         ply = nodePly;
+        mayPassBelow = nodesBelowMayPass;
         stage = PickStage::HashMove;
         index = 0;
         hashMove = NoMove;

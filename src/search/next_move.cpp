@@ -13,7 +13,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         if (const auto hit = hash_.Probe(position_.key);
             hit && !hit->move.IsNone() && generator_.IsStoredMoveValid(hit->move)) {
             picker.hashMove = hit->move;
-            PrefetchAfter(hit->move);
+            PrefetchAfter(hit->move, picker.mayPassBelow);
             return hit->move;
         }
         [[fallthrough]];
@@ -33,7 +33,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
             if (SameMove(move, picker.hashMove)) {
                 continue;
             }
-            PrefetchAfter(move);
+            PrefetchAfter(move, picker.mayPassBelow);
             if (!NeedsExchangeTest(move, position_) || !LosesExchange(position_, move)) {
                 return move;
             }
@@ -42,7 +42,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         picker.stage = PickStage::SecondKiller;
         if (const Move killer = killers_[picker.ply].first; IsKillerUsable(killer, picker)) {
             picker.killerMove1 = killer;
-            PrefetchAfter(killer);
+            PrefetchAfter(killer, picker.mayPassBelow);
             return killer;
         }
         [[fallthrough]];
@@ -51,7 +51,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         picker.stage = PickStage::GenerateQuiets;
         if (const Move killer = killers_[picker.ply].second; IsKillerUsable(killer, picker)) {
             picker.killerMove2 = killer;
-            PrefetchAfter(killer);
+            PrefetchAfter(killer, picker.mayPassBelow);
             return killer;
         }
         [[fallthrough]];
@@ -61,7 +61,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
         picker.quietList.Begin();
         if (!position_.inCheck) {
             for (int ahead = 0; ahead < CQuietList::KnownAhead; ++ahead) {
-                PrefetchAfter(picker.quietList.Peek(ahead));
+                PrefetchAfter(picker.quietList.Peek(ahead), picker.mayPassBelow);
             }
         }
         picker.stage = PickStage::Quiets;
@@ -75,9 +75,10 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
                 if (position_.RefuseAtOnce(move)) {
                     continue;
                 }
-                PrefetchAfter(move);
+                PrefetchAfter(move, picker.mayPassBelow);
             } else {
-                PrefetchAfter(picker.quietList.Peek(CQuietList::KnownAhead - 1));
+                PrefetchAfter(picker.quietList.Peek(CQuietList::KnownAhead - 1),
+                              picker.mayPassBelow);
             }
             if (!SameMove(move, picker.hashMove) && !SameMove(move, picker.killerMove1) &&
                 !SameMove(move, picker.killerMove2)) {
@@ -91,7 +92,7 @@ Move CSearch::NextMove(CMovePicker& picker) noexcept {
     case PickStage::BadCaptures:
         if (picker.index < picker.badList.count) {
             const Move move = TakeBest(picker.badList, picker.index++);
-            PrefetchAfter(move);
+            PrefetchAfter(move, picker.mayPassBelow);
             return move;
         }
     }

@@ -198,10 +198,22 @@ private:
     [[nodiscard]] Score SearchEvasions(int ply, int qply, Score alpha, Score beta) noexcept;
 
     // next_move.cpp
+    /// Whether the nodes below one of this depth are deep enough for a null move.
+    [[nodiscard]] bool MayPassBelow(int depth) const noexcept {
+        return depth > options_.nullmoveMinDepth.number;
+    }
+
     /// Fetches the table's entry of the position after a move that will be made soon, if it is one.
-    void PrefetchAfter(Move move) const noexcept {
-        if (!move.IsNone()) {
-            hash_.Prefetch(position_.LikelyKeyAfter(move));
+    /// Where a null move may answer it, its entry is asked for next and nearly at once, so it is
+    /// fetched as well.
+    void PrefetchAfter(Move move, bool mayPassBelow) const noexcept {
+        if (move.IsNone()) {
+            return;
+        }
+        const std::uint64_t key = position_.LikelyKeyAfter(move);
+        hash_.Prefetch(key);
+        if (mayPassBelow) {
+            hash_.Prefetch(key ^ SideKey);
         }
     }
 

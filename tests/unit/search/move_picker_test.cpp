@@ -232,7 +232,7 @@ class MovePicker : public testing::Test {
 protected:
     [[nodiscard]] std::vector<std::string> Order() {
         const auto picker = std::make_unique<CMovePicker>();
-        picker->Reset(3);
+        picker->Reset(3, false);
         std::vector<std::string> order;
         for (Move move = setup.search->NextMove(*picker); !move.IsNone();
              move = setup.search->NextMove(*picker)) {
@@ -376,13 +376,13 @@ TEST_F(MovePicker, KillerComesBetweenCapturesAndQuietsAndOnlyAtItsPly) {
     const std::vector<std::string> order = Order();
     EXPECT_EQ(order[0], MoveName(mate));  // there are no captures, and it has the best history too
     const auto picker = std::make_unique<CMovePicker>();
-    picker->Reset(3);
+    picker->Reset(3, false);
     (void)setup.search->NextMove(*picker);
     EXPECT_EQ(picker->killerMove1.Identity(), mate.Identity());
     EXPECT_EQ(picker->killerMove1.Order(), 0);
     EXPECT_EQ(Count(order, MoveName(mate)), 1);
 
-    picker->Reset(4);
+    picker->Reset(4, false);
     (void)setup.search->NextMove(*picker);
     EXPECT_TRUE(picker->killerMove1.IsNone());
 }
@@ -391,7 +391,7 @@ TEST_F(MovePicker, KillerThatIsImpossibleHereIsPassedOver) {
     MakeKiller();
     setup.Set("6k1/5ppp/8/8/8/8/r4PPP/6K1 w - - 0 1");
     const auto picker = std::make_unique<CMovePicker>();
-    picker->Reset(3);
+    picker->Reset(3, false);
     while (!setup.search->NextMove(*picker).IsNone()) {}
     EXPECT_TRUE(picker->killerMove1.IsNone());
     EXPECT_TRUE(picker->killerMove2.IsNone());
@@ -410,7 +410,7 @@ TEST_F(MovePicker, HashMoveThatIsAKillerComesOnce) {
     EXPECT_EQ(order[0], "a8a1");
     EXPECT_EQ(Count(order, "a8a1"), 1);
     const auto picker = std::make_unique<CMovePicker>();
-    picker->Reset(3);
+    picker->Reset(3, false);
     while (!setup.search->NextMove(*picker).IsNone()) {}
     EXPECT_TRUE(picker->killerMove1.IsNone());
 }

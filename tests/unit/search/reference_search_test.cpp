@@ -111,7 +111,7 @@ public:
             }
         }
         const auto picker = std::make_unique<CMovePicker>();
-        picker->Reset(ply);
+        picker->Reset(ply, false);
         std::vector<Move> handedOut;
         for (Move move = setup_.search->NextMove(*picker); !move.IsNone();
              move = setup_.search->NextMove(*picker)) {

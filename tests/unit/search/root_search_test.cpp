@@ -407,7 +407,7 @@ TEST_F(Root, FewMenAndANearlyEqualScoreShowAsADeadDraw) {
 TEST_F(Root, With20LinesThe19FirstTriedArePrintedBestFirst) {
     setup.Option("MultiPV", "20");
     const auto picker = std::make_unique<CMovePicker>();
-    picker->Reset(0);
+    picker->Reset(0, false);
     std::vector<std::string> tried;
     for (Move move = setup.search->NextMove(*picker); !move.IsNone();
          move = setup.search->NextMove(*picker)) {

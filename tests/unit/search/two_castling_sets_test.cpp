@@ -272,7 +272,7 @@ TEST_F(TwoCastlingSets, MovesOfTheTableAreTriedOnlyWhereTheyAreGenerated) {
             ASSERT_TRUE(setup.position.MakeMove(one.first));
             setup.hash.BeginSearch(false);
             setup.hash.Store(setup.position.key, 0, 1, Bound::Exact, one.castling);
-            picker->Reset(0);
+            picker->Reset(0, false);
             const Move move = setup.search->NextMove(*picker);
             EXPECT_TRUE(IsGenerated(setup.position, move))
                 << MoveName(move) << " in " << CPositionText(setup.position).GetFen();
