@@ -45,6 +45,7 @@ private:
     [[nodiscard]] std::optional<Score> SpecialScore(EndingNumber ending) const noexcept;
     [[nodiscard]] Score EvaluateAnew(std::int64_t ownBalance, std::uint64_t key,
                                      int phase) noexcept;
+    [[nodiscard]] std::int64_t OwnSign() const noexcept;
     [[nodiscard]] Score Complete(std::int64_t ownBalance, Score positional) const noexcept;
     [[nodiscard]] TermPair PawnTerms() noexcept;
 
