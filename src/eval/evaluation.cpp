@@ -20,6 +20,12 @@ constexpr int ShelterWeight = 6;
 /// What a position's key holds for the side to move, by `Colour`.
 constexpr std::array<std::uint64_t, 2> SideKeys = {0, SideKey};
 
+/// The terms of pawns and kings from White's view.
+TermPair Weigh(const PawnSums& white, const PawnSums& black) noexcept {
+    const int shelter = black.shelterDanger - white.shelterDanger;
+    return white.terms - black.terms + TermPair(ShelterWeight * shelter, 0);
+}
+
 }  // namespace
 
 CEvaluation::CEvaluation(const CPosition& position, const CEvaluationOptions& options,
@@ -100,9 +106,6 @@ std::optional<Score> CEvaluation::SpecialScore(EndingNumber ending) const noexce
 /// Sums everything but material, for a position whose sum the cache lacks.
 [[gnu::noinline]] Score CEvaluation::EvaluateAnew(std::int64_t ownBalance, std::uint64_t key,
                                                   int phase) noexcept {
-    if (pawnCache_.Slot(position_.pawnKingKey).key != position_.pawnKingKey) {
-        pawnHash_.Prefetch(position_.pawnKingKey);  // arrives while the pieces are looked at
-    }
     // Two statements, as a compiler may take the operands of one in either order.
     const TermPair pieceTerms = PieceTerms(position_);
     const TermPair terms = pieceTerms + PawnTerms();
@@ -116,11 +119,12 @@ TermPair CEvaluation::PawnTerms() noexcept {
     const std::uint64_t key = position_.pawnKingKey;
     CPawnCache::Entry& cached = pawnCache_.Slot(key);
     if (cached.key != key) {
-        const PawnEntry& pawns = GetPawnEntry(position_, pawnHash_, localEntry_);
-        const int shelter = pawns.shelterDanger[Black] - pawns.shelterDanger[White];
-        cached = {key, TermPair(pawns.middlegame[White] - pawns.middlegame[Black] +
-                                    ShelterWeight * shelter,
-                                pawns.endgame[White] - pawns.endgame[Black])};
+        if (key == fetchedPawns_) {
+            const PawnEntry& shared = GetPawnEntry(position_, pawnHash_, localEntry_);
+            cached = {key, Weigh(shared.Sums(White), shared.Sums(Black))};
+        } else {
+            cached = {key, Weigh(SumPawns(position_, White), SumPawns(position_, Black))};
+        }
     }
     return cached.terms;
 }

@@ -38,6 +38,17 @@ public:
     /// get the full score.
     [[nodiscard]] Score Evaluate(Score alpha, Score beta) noexcept;
 
+    /// Fetches the pawn hash's entry of the position for an evaluation soon after, unless this
+    /// thread knows the pawns itself. An evaluation without it computes what it does not know: that
+    /// takes less time than a wait for far memory. The score is the same.
+    void FetchPawns() noexcept {
+        const std::uint64_t key = position_.pawnKingKey;
+        if (pawnCache_.Slot(key).key != key) {
+            pawnHash_.Prefetch(key);
+            fetchedPawns_ = key;
+        }
+    }
+
 private:
     [[nodiscard]] Score EvaluateClosely(Score alpha, Score beta) noexcept;
     [[nodiscard]] Score EvaluateOrdinary(const MaterialEntry& material, Score alpha,
@@ -53,7 +64,8 @@ private:
     const CEvaluationOptions& options_;
     CPawnHash& pawnHash_;
     const CKpkBitbase& bitbase_;
-    PawnEntry localEntry_;  ///< stands in when the pawn hash has no memory
+    PawnEntry localEntry_;            ///< stands in when the pawn hash has no memory
+    std::uint64_t fetchedPawns_ = 0;  ///< the `pawnKingKey` that was fetched last
     CMaterialTable materialTable_;
     CPawnCache pawnCache_;
     CPositionalCache positionalCache_;

@@ -16,7 +16,8 @@
 namespace brenquil {
 
 /// The sums of pawns, kings and shelter from White's view, by `CPosition::pawnKingKey`. Three
-/// of four sums are found here and spare the modulo and the far memory of the shared table.
+/// of four sums are found here; of the others the shared table is asked only for what was fetched
+/// from its far memory ahead.
 class CPawnCache {
 public:
     struct Entry {

@@ -10,6 +10,8 @@
 // which may be called only while no thread evaluates.
 #pragma once
 
+#include "board/types.h"
+#include "eval/term_pair.h"
 #include "platform/bits.h"
 #include "platform/exact_modulo.h"
 #include "platform/memory.h"
@@ -22,6 +24,12 @@
 
 namespace brenquil {
 
+/// What the pawns and kings of one side are worth, from its own point of view.
+struct PawnSums {
+    TermPair terms;         ///< pawn structure and squares, the kings' squares included
+    int shelterDanger = 0;  ///< of all kings of the side; higher is worse
+};
+
 /// The sums of one configuration; arrays are by `Colour`, Black first, each from its own side's
 /// point of view. Half a cache line.
 struct PawnEntry {
@@ -29,6 +37,10 @@ struct PawnEntry {
     std::array<Relaxed<std::int32_t>, 2> middlegame;
     std::array<Relaxed<std::int32_t>, 2> endgame;
     std::array<Relaxed<std::int32_t>, 2> shelterDanger;
+
+    [[nodiscard]] PawnSums Sums(Colour colour) const noexcept {
+        return {TermPair(middlegame[colour], endgame[colour]), shelterDanger[colour]};
+    }
 };
 
 static_assert(sizeof(PawnEntry) == 32);

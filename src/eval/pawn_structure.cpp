@@ -5,6 +5,7 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 
 namespace brenquil {
@@ -24,11 +25,6 @@ constexpr LineTable<TermPair> BackwardPenalty = {
 constexpr std::array<int, 8> ShelterOwn = {0, 0, 2, 2, 2, 2, 4, 0};
 constexpr std::array<int, 8> ShelterStorm = {0, 3, 2, 1, 0, 0, 0, 0};
 constexpr int ShelterMissing = 6;
-
-struct PawnSums {
-    TermPair terms;
-    int shelterDanger = 0;
-};
 
 constexpr Bitboard Neighbours(Bitboard set) noexcept {
     return Shift<1>(set) | Shift<-1>(set);
@@ -143,6 +139,10 @@ int ShelterDanger(const CPosition& position, Square kingSquare, Colour colour) n
         danger += enemyOnFile != 0 ? ShelterStorm[RankOf(LowestBit(enemyOnFile))] : 0;
     }
     return danger;
+}
+
+PawnSums SumPawns(const CPosition& position, Colour colour) noexcept {
+    return colour == White ? SumColour<White>(position) : SumColour<Black>(position);
 }
 
 const PawnEntry& GetPawnEntry(const CPosition& position, CPawnHash& pawnHash,

@@ -1,8 +1,8 @@
 // Pawn structure and king shelter: all terms that depend on pawns and kings alone.
 //
-// `GetPawnEntry` answers from the pawn hash, or computes the sums of pawn terms, of the square
-// values of pawns and kings and of the shelter danger and leaves them there. A hit is one modulo,
-// one load and one comparison.
+// `SumPawns` computes the sums of pawn terms, of the square values of pawns and kings and of the
+// shelter danger. `GetPawnEntry` answers from the pawn hash, or leaves the sums there. A hit is one
+// modulo, one load and one comparison.
 #pragma once
 
 #include "board/position.h"
@@ -22,6 +22,9 @@ inline constexpr LineTable<TermPair> PassedBonus = {
 /// 0 to 27; higher is worse. Only the king's file counts.
 [[nodiscard]] int ShelterDanger(const CPosition& position, Square kingSquare,
                                 Colour colour) noexcept;
+
+/// The sums of one side, computed from the board.
+[[nodiscard]] PawnSums SumPawns(const CPosition& position, Colour colour) noexcept;
 
 /// The filled entry of the position's pawns and kings: the slot of the table, or `localEntry` when
 /// the table has no memory.

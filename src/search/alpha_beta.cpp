@@ -15,6 +15,11 @@ namespace brenquil {
 namespace {
 
 constexpr int DeepestStaticPruning = 3;
+
+/// The least depth of a node whose pawns are asked of the shared table, of those that the cache of
+/// the thread lacks. From here on the table knows half of them; nearer to the horizon a third, and
+/// it takes longer to wait for its answer than to compute them.
+constexpr int ShallowestPawnFetch = 2;
 constexpr int FewestMenForStaticPruning = 5;
 constexpr int ExtensionDepthOffPv = 6;
 
@@ -48,6 +53,9 @@ Score CSearch::AlphaBeta(int depth, int ply, Score alpha, Score beta, bool after
     }
     if (!afterNull && ply > 0 && IsRepetition()) {
         return DrawScore;
+    }
+    if (depth >= ShallowestPawnFetch && depth <= DeepestStaticPruning) {
+        evaluation_.FetchPawns();  // while the table's entry is on its way
     }
     if (const auto score = ProbeTable(depth, alpha, beta)) {
         return *score;

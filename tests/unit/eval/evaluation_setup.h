@@ -32,8 +32,12 @@ struct EvaluationSetup {
 
     void Set(std::string_view fen) { CPositionText(position).SetFen(fen); }
 
+    /// With the sums of the pawns from the pawn hash, if there is one.
     Score Full(std::string_view fen) {
         Set(fen);
+        if (pawnHash.HasMemory()) {
+            evaluation.FetchPawns();
+        }
         return evaluation.Evaluate(WideAlpha, WideBeta);
     }
 

@@ -128,6 +128,32 @@ TEST(PawnHashScores, AreTheSameWithAnySizeAndWithoutMemory) {
     }
 }
 
+// The shared sums are wrong here, so that a score tells where they were taken from.
+TEST(PawnHashScores, AskTheTableOnlyForWhatWasFetched) {
+    constexpr std::string_view Fen = "4k1n1/pp6/8/8/8/8/PP6/4K1N1 w - - 0 1";
+    constexpr std::string_view OtherFen = "4k1n1/p1p5/8/8/8/8/PP6/4K1N1 w - - 0 1";
+    constexpr int Wrong = 1000;
+    const Score score = EvaluationSetup().Full(Fen);
+    const auto evaluate = [&](std::string_view fetched) {
+        EvaluationSetup setup(4096);
+        PawnEntry local;
+        setup.Set(Fen);
+        static_cast<void>(GetPawnEntry(setup.position, setup.pawnHash, local));
+        PawnEntry& shared = setup.pawnHash.Slot(setup.position.pawnKingKey);
+        shared.middlegame[White] = shared.middlegame[White] + Wrong;
+        shared.endgame[White] = shared.endgame[White] + Wrong;
+        if (!fetched.empty()) {
+            setup.Set(fetched);
+            setup.evaluation.FetchPawns();
+        }
+        setup.Set(Fen);
+        return setup.evaluation.Evaluate(WideAlpha, WideBeta);
+    };
+    EXPECT_EQ(evaluate(""), score);
+    EXPECT_EQ(evaluate(OtherFen), score);
+    EXPECT_EQ(evaluate(Fen), score + Wrong);
+}
+
 // Scores may come from partial entries while others write; memory stays sound, and a table of its
 // own gives each thread its exact scores again.
 TEST(PawnHashThreads, ShareOneSmallTable) {
@@ -143,7 +169,7 @@ TEST(PawnHashThreads, ShareOneSmallTable) {
             CEvaluation evaluation(position, options, shared, TestBitbase());
             for (std::size_t i = 0; i < 4 * fens.size(); ++i) {
                 CPositionText(position).SetFen(fens[(i + thread * 5) % fens.size()]);
-                shared.Prefetch(position.pawnKingKey);
+                evaluation.FetchPawns();
                 if (MateDistance(evaluation.Evaluate(WideAlpha, WideBeta)) != 0) {
                     ++unordinary[thread];
                 }
@@ -162,6 +188,7 @@ TEST(PawnHashThreads, ShareOneSmallTable) {
     ASSERT_TRUE(shared.Resize(3));
     for (const std::string& fen : fens) {
         CPositionText(position).SetFen(fen);
+        evaluation.FetchPawns();
         ASSERT_EQ(evaluation.Evaluate(WideAlpha, WideBeta), alone.Full(fen)) << fen;
     }
 }
