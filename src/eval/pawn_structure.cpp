@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstddef>
+#include <cstdint>
 
 namespace brenquil {
 
@@ -25,6 +27,27 @@ constexpr LineTable<TermPair> BackwardPenalty = {
 constexpr std::array<int, 8> ShelterOwn = {0, 0, 2, 2, 2, 2, 4, 0};
 constexpr std::array<int, 8> ShelterStorm = {0, 3, 2, 1, 0, 0, 0, 0};
 constexpr int ShelterMissing = 6;
+
+/// The same by all ranks that have a pawn, a bit each: one look, where a search for the lowest
+/// would take branches that nothing foretells.
+using DangerByRanks = std::array<std::uint8_t, 256>;
+
+constexpr DangerByRanks SpreadDanger(const std::array<int, 8>& byLowest, int none) noexcept {
+    DangerByRanks dangers{};
+    dangers[0] = static_cast<std::uint8_t>(none);
+    for (unsigned ranks = 1; ranks < dangers.size(); ++ranks) {
+        dangers[ranks] = static_cast<std::uint8_t>(byLowest[LowestBit(ranks)]);
+    }
+    return dangers;
+}
+
+constexpr DangerByRanks OwnDanger = SpreadDanger(ShelterOwn, ShelterMissing);
+constexpr DangerByRanks StormDanger = SpreadDanger(ShelterStorm, 0);
+
+/// The ranks that have a pawn on the a-file. The product puts the eight bits side by side.
+constexpr std::size_t RanksOnFileA(Bitboard pawns) noexcept {
+    return (pawns & FileA) * 0x0102040810204080 >> 56;
+}
 
 constexpr Bitboard Neighbours(Bitboard set) noexcept {
     return Shift<1>(set) | Shift<-1>(set);
@@ -130,15 +153,13 @@ int ShelterDanger(const CPosition& position, Square kingSquare, Colour colour) n
     }
 
     // A king on an edge file is seen as one beside it; its place within the three files is ignored.
-    const int centre = std::clamp(FileOf(kingSquare), 1, 6);
-    int danger = 0;
-    for (int file = centre - 1; file <= centre + 1; ++file) {
-        const Bitboard ownOnFile = own & FileMasks[file];
-        const Bitboard enemyOnFile = enemy & FileMasks[file];
-        danger += ownOnFile != 0 ? ShelterOwn[RankOf(LowestBit(ownOnFile))] : ShelterMissing;
-        danger += enemyOnFile != 0 ? ShelterStorm[RankOf(LowestBit(enemyOnFile))] : 0;
-    }
-    return danger;
+    const int leftmost = std::clamp(FileOf(kingSquare), 1, 6) - 1;
+    own >>= leftmost;
+    enemy >>= leftmost;
+    const auto dangerOn = [&](int file) {
+        return OwnDanger[RanksOnFileA(own >> file)] + StormDanger[RanksOnFileA(enemy >> file)];
+    };
+    return dangerOn(0) + dangerOn(1) + dangerOn(2);
 }
 
 PawnSums SumPawns(const CPosition& position, Colour colour) noexcept {
