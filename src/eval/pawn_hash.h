@@ -1,5 +1,6 @@
-// The table of pawn structures: what depends on pawns and kings alone, computed once for each
-// configuration and shared by all threads.
+// The table of pawn structures: what depends on pawns and kings alone, shared by all threads. It is
+// larger than the caches of a processor, so an evaluation asks it only for what was fetched ahead
+// (`CEvaluation::FetchPawns`) and computes the rest.
 //
 // One entry per index, no buckets, no locks; a new configuration replaces the old one. A thread can
 // meet an entry whose key another thread has just written and whose sums are still to come, or one

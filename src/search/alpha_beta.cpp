@@ -15,13 +15,13 @@ namespace brenquil {
 namespace {
 
 constexpr int DeepestStaticPruning = 3;
-
-/// The least depth of a node whose pawns are asked of the shared table, of those that the cache of
-/// the thread lacks. From here on the table knows half of them; nearer to the horizon a third, and
-/// it takes longer to wait for its answer than to compute them.
-constexpr int ShallowestPawnFetch = 2;
 constexpr int FewestMenForStaticPruning = 5;
 constexpr int ExtensionDepthOffPv = 6;
+
+/// From this depth on a node that is evaluated asks the shared table for the pawns that the cache
+/// of its thread lacks: it knows half of them. Nearer to the horizon it knows a third, and to wait
+/// for its answer takes longer than to compute them.
+constexpr int ShallowestPawnFetch = 2;
 
 /// King and pawns are not enough: the side could be in zugzwang, where passing is the best "move".
 bool HasPiece(const CPosition& position, Colour colour) noexcept {
