@@ -3,6 +3,7 @@
 #include "interface/program/program_info.h"
 #include "text/file.h"
 
+#include <mutex>
 #include <string>
 
 namespace brenquil {
@@ -10,6 +11,9 @@ namespace brenquil {
 void AppendToLog(std::string_view text) {
     std::string line(text);
     line += '\n';
+    // Not every system appends in one step.
+    static std::mutex oneAtATime;
+    const std::lock_guard lock(oneAtATime);
     CAppendFile file;
     if (file.Open(std::string(LogFileName))) {
         file.Write(line);
