@@ -2,6 +2,7 @@
 #include "eval/piece_square.h"
 #include "evaluation_setup.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -302,6 +303,52 @@ TEST_F(PawnStructure, KingOnAnEdgeFileIsSeenFromTheFileBeside) {
 
 TEST_F(PawnStructure, ShelterIgnoresTheKingsRank) {
     EXPECT_EQ(WhiteShelter("4k3/8/8/6K1/8/8/5PPP/8 w - - 0 1"), 0);
+}
+
+/// The shelter square by square, as it would be counted by hand.
+int CountedShelter(const CPosition& position, Square kingSquare, Colour colour) {
+    constexpr int Own[] = {0, 0, 2, 2, 2, 2, 4, 0};
+    constexpr int Storm[] = {0, 3, 2, 1, 0, 0, 0, 0};
+    const int centre = std::min(std::max(FileOf(kingSquare), 1), 6);
+    int danger = 0;
+    for (int file = centre - 1; file <= centre + 1; ++file) {
+        int own = 6;
+        int storm = 0;
+        for (int rank = 7; rank >= 0; --rank) {
+            const Piece piece =
+                position.PieceOn(MakeSquare(file, colour == White ? rank : 7 - rank));
+            if (piece == MakePiece(Pawn, colour)) {
+                own = Own[rank];
+            } else if (piece == MakePiece(Pawn, ~colour)) {
+                storm = Storm[rank];
+            }
+        }
+        danger += own + storm;
+    }
+    return danger;
+}
+
+// Pawns on all eight ranks, as a position may be set up, and a king on each square.
+TEST_F(PawnStructure, ShelterIsAsCountedSquareBySquare) {
+    std::mt19937 generator(61);
+    for (int round = 0; round < 300; ++round) {
+        const auto density = 1 + generator() % 8;
+        std::string fen;
+        for (int square = 0; square < 64; ++square) {
+            fen += generator() % 16 >= density ? '1' : generator() % 2 == 0 ? 'P' : 'p';
+            if (square % 8 == 7) {
+                fen += square < 63 ? '/' : ' ';
+            }
+        }
+        setup_.Set(fen + "w - - 0 1");
+        for (Square square = A1; square <= H8; ++square) {
+            for (const Colour colour : {Black, White}) {
+                ASSERT_EQ(ShelterDanger(setup_.position, square, colour),
+                          CountedShelter(setup_.position, square, colour))
+                    << fen << ' ' << square;
+            }
+        }
+    }
 }
 
 }  // namespace
