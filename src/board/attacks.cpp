@@ -2,6 +2,10 @@
 
 #include "platform/bits.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
 namespace brenquil {
 
 namespace {
@@ -18,17 +22,17 @@ Bitboard DownToFirst(Bitboard ray, Bitboard occupied) noexcept {
     return ray & (AllSquares << HighestBit((ray & occupied) | BitOf(A1)));
 }
 
-/// The four rays of a slider, apart.
-struct Rays {
-    Bitboard up[2];
-    Bitboard down[2];
+/// Two rays of a slider, one that leads upwards and one that leads downwards.
+struct RayPair {
+    Bitboard up;
+    Bitboard down;
 };
 
-Rays RaysOf(Square square, bool diagonal) noexcept {
+/// The four rays of a slider. In the first pair are those on one side of the board: the two to the
+/// left of a bishop, the two on the file of a rook.
+std::array<RayPair, 2> RaysOf(Square square, bool diagonal) noexcept {
     const Bitboard all = WalkRays(square, 0, diagonal);
     const Bitboard above = AllSquares << square;
-    // On this side of the board lies one of the two rays upwards and one of those downwards: the
-    // files to the left of a bishop, the file of a rook.
     Bitboard side = FileMasks[FileOf(square)];
     if (diagonal) {
         side = 0;
@@ -36,13 +40,41 @@ Rays RaysOf(Square square, bool diagonal) noexcept {
             side |= FileMasks[file];
         }
     }
-    return {{all & above & side, all & above & ~side}, {all & ~above & side, all & ~above & ~side}};
+    return {
+        {{all & side & above, all & side & ~above}, {all & ~side & above, all & ~side & ~above}}};
 }
 
-Bitboard AttacksAlong(const Rays& rays, Bitboard occupied) noexcept {
-    return UpToFirst(rays.up[0], occupied) | UpToFirst(rays.up[1], occupied) |
-           DownToFirst(rays.down[0], occupied) | DownToFirst(rays.down[1], occupied);
-}
+/// What the men on two rays contribute to a lookup: a summand of the product of which the index is
+/// the upper part, and the squares that are attacked there.
+struct Contribution {
+    std::uint64_t product;
+    Bitboard attacks;
+};
+
+/// The contributions of every set of men on two rays.
+class CContributions {
+public:
+    CContributions(const RayPair& rays, Bitboard mask, std::uint64_t magic) noexcept {
+        mask &= rays.up | rays.down;
+        // Subtracting the mask from a subset of it carries through the other bits to the next
+        // subset, and from the whole mask to the empty one again.
+        Bitboard occupied = 0;
+        do {
+            entries_[count_++] = {occupied * magic,
+                                  UpToFirst(rays.up, occupied) | DownToFirst(rays.down, occupied)};
+            occupied = (occupied - mask) & mask;
+        } while (occupied != 0);
+    }
+
+    [[nodiscard]] const Contribution* begin() const noexcept { return entries_.data(); }
+
+    [[nodiscard]] const Contribution* end() const noexcept { return entries_.data() + count_; }
+
+private:
+    /// Six relevant squares at most: those of a file or a rank between its ends.
+    std::array<Contribution, 64> entries_;
+    std::size_t count_ = 0;
+};
 
 }  // namespace
 
@@ -52,16 +84,16 @@ CSliderSlabs<Size, Diagonal>::CSliderSlabs() noexcept {
     const auto& magics = Diagonal ? BishopMagics : RookMagics;
     constexpr unsigned ProductShift = Diagonal ? BishopShift : RookShift;
     for (Square square = A1; square <= H8; ++square) {
-        const Bitboard mask = masks[square];
-        const Rays rays = RaysOf(square, Diagonal);
-        // Subtracting the mask from a subset of it carries through the other bits to the next
-        // subset, and from the whole mask to the empty one again.
-        Bitboard occupied = 0;
-        do {
-            const std::size_t index = occupied * magics[square] >> ProductShift;
-            slabs_[square][index] = AttacksAlong(rays, occupied);
-            occupied = (occupied - mask) & mask;
-        } while (occupied != 0);
+        const std::array<RayPair, 2> rays = RaysOf(square, Diagonal);
+        const CContributions first(rays[0], masks[square], magics[square]);
+        const CContributions second(rays[1], masks[square], magics[square]);
+        // No square lies on both, so the product of all men is the sum of the two.
+        for (const Contribution& one : first) {
+            for (const Contribution& other : second) {
+                slabs_[square][(one.product + other.product) >> ProductShift] =
+                    one.attacks | other.attacks;
+            }
+        }
     }
 }
 

@@ -77,6 +77,21 @@ TEST(SliderLookup, ReadsTheSlabsByTheFixedShifts) {
     }
 }
 
+TEST(SliderLookup, KnowsEverySetOfMenOnTheRelevantSquares) {
+    for (int square = 0; square < 64; ++square) {
+        for (const bool diagonal : {false, true}) {
+            const Bitboard mask = diagonal ? BishopMasks[square] : RookMasks[square];
+            Bitboard occupied = mask;
+            do {
+                occupied = (occupied - 1) & mask;
+                ASSERT_EQ(diagonal ? BishopAttacksFrom(square, occupied)
+                                   : RookAttacksFrom(square, occupied),
+                          Walk(square, occupied, diagonal));
+            } while (occupied != mask);
+        }
+    }
+}
+
 TEST(SliderLookup, SeesFourteenSquaresFromACornerOfTheEmptyBoardAndTwoOnAFullOne) {
     EXPECT_EQ(RookAttacksFrom(A1, 0),
               SquaresThat(A1, [](int f, int r) { return (f == 0) != (r == 0); }));
