@@ -64,6 +64,18 @@ private:
     std::size_t size_ = 0;
 };
 
+// Where a large table of static storage begins, so that huge pages can hold it. The formats of
+// programs for other systems know no such alignment; there it is a cache line.
+#if defined(__linux__)
+inline constexpr std::size_t StaticTableAlignment = std::size_t{2} << 20U;
+#else
+inline constexpr std::size_t StaticTableAlignment = 64;
+#endif
+
+/// Asks the system to back what lies in this memory with huge pages, as far as it fills whole ones.
+/// Called before the memory is first written. A wish only: nothing else changes.
+void PreferHugePages(void* start, std::size_t bytes) noexcept;
+
 /// The number of bytes that the program could take now without driving the machine out of memory;
 /// the limits of a container count. An estimate.
 [[nodiscard]] std::size_t AvailableMemory() noexcept;

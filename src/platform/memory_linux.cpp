@@ -120,6 +120,15 @@ std::size_t AvailableMemory() noexcept {
     return std::min({AvailableToMachine(), AvailableToGroup(Version1), AvailableToGroup(Version2)});
 }
 
+void PreferHugePages(void* start, std::size_t bytes) noexcept {
+    const auto begin = reinterpret_cast<std::uintptr_t>(start);
+    const std::uintptr_t first = (begin + HugePageSize - 1) / HugePageSize * HugePageSize;
+    const std::uintptr_t last = (begin + bytes) / HugePageSize * HugePageSize;
+    if (first < last) {
+        madvise(static_cast<std::byte*>(start) + (first - begin), last - first, MADV_HUGEPAGE);
+    }
+}
+
 void* ReservePages(std::size_t bytes) noexcept {
     assert(bytes > 0);
     // A huge page must start at a multiple of its size. The system aligns to small pages only, so
@@ -149,8 +158,7 @@ void* ReservePages(std::size_t bytes) noexcept {
     if (tail != 0) {
         munmap(data + mappedBytes, tail);
     }
-    // A wish only: without huge pages the block works just as well.
-    madvise(data, mappedBytes, MADV_HUGEPAGE);
+    PreferHugePages(data, mappedBytes);
     return data;
 }
 

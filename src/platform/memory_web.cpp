@@ -20,6 +20,8 @@ std::size_t AvailableMemory() noexcept {
     return emscripten_get_heap_max();
 }
 
+void PreferHugePages(void* /*start*/, std::size_t /*bytes*/) noexcept {}
+
 void* ReservePages(std::size_t bytes) noexcept {
     const std::size_t rounded = (bytes + Alignment - 1) / Alignment * Alignment;
     void* const data = rounded < bytes ? nullptr : std::aligned_alloc(Alignment, rounded);

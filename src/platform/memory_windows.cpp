@@ -17,6 +17,8 @@ std::size_t AvailableMemory() noexcept {
     return status.ullAvailPageFile;
 }
 
+void PreferHugePages(void* /*start*/, std::size_t /*bytes*/) noexcept {}
+
 void* ReservePages(std::size_t bytes) noexcept {
     assert(bytes > 0);
     return VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
