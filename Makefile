@@ -33,7 +33,12 @@ ifneq (,$(findstring mingw,$(MACHINE)))
 else
     LEFT_OUT += %_windows.cpp
     CXXFLAGS_SYSTEM := -fno-pie
-    LDFLAGS_SYSTEM := -no-pie
+    # With the libraries inside the program starts sooner, see src/interface/CMakeLists.txt; not everybody has them.
+    HASH := \#
+    STATIC := $(shell printf '%s\n' '$(HASH)include <thread>' '$(HASH)if defined(__GLIBC__) && !__GLIBC_PREREQ(2, 34)' \
+        '$(HASH)error' '$(HASH)endif' 'int main() { std::thread([] {}).join(); }' | \
+        $(CXX) -static -x c++ - -o /dev/null 2>/dev/null && echo -static)
+    LDFLAGS_SYSTEM := $(or $(STATIC),-no-pie)
 endif
 ifneq (,$(findstring x86_64,$(MACHINE)))
     LEFT_OUT += %_generic.cpp

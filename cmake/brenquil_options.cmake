@@ -61,10 +61,22 @@ if(BRENQUIL_LTO)
 endif()
 
 # A program at a fixed address indexes a table in one instruction; a position-independent one needs a second one
-# for the table's address. The tables of attacks and keys are read in every node.
+# for the table's address. The tables of attacks and keys are read in every node. A target with the property
+# BRENQUIL_STATIC holds its libraries as well, where there are static ones; before version 2.34 of the GNU C library a
+# static program lost its threads.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    include(CheckCXXSourceCompiles)
+    set(CMAKE_REQUIRED_LINK_OPTIONS -static)
+    check_cxx_source_compiles("
+        #include <thread>
+        #if defined(__GLIBC__) && !__GLIBC_PREREQ(2, 34)
+        #error
+        #endif
+        int main() { std::thread([] {}).join(); }" BRENQUIL_CAN_BE_STATIC)
+    unset(CMAKE_REQUIRED_LINK_OPTIONS)
     target_compile_options(brenquil_options INTERFACE -fno-pie)
-    target_link_options(brenquil_options INTERFACE -no-pie)
+    target_link_options(brenquil_options INTERFACE
+        "$<IF:$<AND:$<BOOL:${BRENQUIL_CAN_BE_STATIC}>,$<BOOL:$<TARGET_PROPERTY:BRENQUIL_STATIC>>>,-static,-no-pie>")
 endif()
 
 if(BRENQUIL_ARCH)

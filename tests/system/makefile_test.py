@@ -22,6 +22,7 @@ VERSION = re.search(r"project\(brenquil VERSION ([\d.]+)", (ROOT / "CMakeLists.t
 COMPILER = """#!/bin/sh
 case " $* " in
 " -dumpmachine ") echo '{machine}' ;;
+*" -static "*" - "*) exit {has_no_static_library} ;;
 *" - "*) ;;
 *)
     echo "$*" >>'{calls}'
@@ -64,10 +65,11 @@ class Makefile(unittest.TestCase):
         self.assertGreater(len(found), 50)
         return found
 
-    def assert_asks_for_the_same(self, name, lto):
+    def assert_asks_for_the_same(self, name, lto, has_static_libraries=True):
         compiler = self.folder / name
         calls = self.folder / "calls"
-        compiler.write_text(COMPILER.format(machine=platform.machine() + "-linux-gnu", calls=calls))
+        compiler.write_text(COMPILER.format(machine=platform.machine() + "-linux-gnu", calls=calls,
+                                            has_no_static_library=int(not has_static_libraries)))
         compiler.chmod(0o755)
         program = self.folder / "openbench-1234abcd"
         printed, status = make(f"EXE={program}", f"CXX={compiler}", f"FOLDER={self.folder / 'objects'}",
@@ -87,7 +89,8 @@ class Makefile(unittest.TestCase):
         link = asked[-1]
         self.assertEqual(link[link.index("-o") + 1], str(program))
         self.assertEqual(sorted(word for word in link if word.endswith(".o")), sorted(objects))
-        self.assertLessEqual({lto, "-O2", "-pthread", "-no-pie"}, set(link))
+        self.assertLessEqual({lto, "-O2", "-pthread", "-static" if has_static_libraries else "-no-pie"}, set(link))
+        self.assertEqual("-static" in link, has_static_libraries)
         # Nothing has changed, so nothing is done again.
         make(f"EXE={program}", f"CXX={compiler}", f"FOLDER={self.folder / 'objects'}")
         self.assertEqual(len(calls.read_text().splitlines()), len(asked))
@@ -99,6 +102,10 @@ class Makefile(unittest.TestCase):
     @unittest.skipUnless(COMMANDS.is_file(), "the engine does not stand in its build folder")
     def test_clang(self):
         self.assert_asks_for_the_same("clang++", "-flto=thin")
+
+    @unittest.skipUnless(COMMANDS.is_file(), "the engine does not stand in its build folder")
+    def test_without_static_libraries(self):
+        self.assert_asks_for_the_same("g++", "-flto=auto", has_static_libraries=False)
 
     def test_a_compiler_that_is_not_there_is_named(self):
         printed, status = make("CXX=no-such-compiler")
