@@ -3,13 +3,16 @@
 
 #include <algorithm>
 #include <cassert>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <sys/mman.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace brenquil {
@@ -19,32 +22,41 @@ namespace {
 constexpr std::size_t HugePageSize = std::size_t{2} << 20U;
 constexpr std::uint64_t Unlimited = std::numeric_limits<std::uint64_t>::max();
 
+/// Limits from here on are none: the word "max" counts as `Unlimited`, and version 1 of the control
+/// groups writes the last whole page before 2^63.
+constexpr std::uint64_t NoLimit = std::uint64_t{1} << 62U;
+
 /// `bytes` rounded up to whole pages; 0 when that is beyond the type.
 std::size_t RoundToPages(std::size_t bytes) {
     const std::size_t pageSize = sysconf(_SC_PAGESIZE);
     return (bytes + pageSize - 1) / pageSize * pageSize;
 }
 
-/// The number after the word `key` in a file of lines "key number", `missing` when there is none.
-std::uint64_t ReadKey(const std::string& path, std::string_view key, std::uint64_t missing) {
+/// The whole of a file that the system shows, empty when there is none.
+std::string ReadText(const std::string& path) {
     std::ifstream file(path);
-    std::string word;
-    while (file >> word) {
-        if (word == key) {
-            std::uint64_t value = 0;
-            return file >> value ? value : missing;
-        }
-        file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-    }
-    return missing;
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The number that is the whole of a file. `missing` when there is no such file and for the word
-/// "max".
-std::uint64_t ReadNumber(const std::string& path, std::uint64_t missing) {
-    std::ifstream file(path);
+/// The number that a text begins with, after blanks; `missing` when there is none.
+std::uint64_t NumberIn(std::string_view text, std::uint64_t missing) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     std::uint64_t value = 0;
-    return file >> value ? value : missing;
+    const bool isNumber =
+        std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
+    return isNumber ? value : missing;
+}
+
+/// The number after the word `key` in a text of lines "key number", `missing` when there is none.
+std::uint64_t NumberOf(std::string_view key, std::string_view text, std::uint64_t missing) {
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size() - 1);
+        if (text.starts_with(key) && text.substr(key.size()).starts_with(' ')) {
+            return NumberIn(text.substr(key.size(), end - key.size()), missing);
+        }
+        text.remove_prefix(end + 1);
+    }
+    return missing;
 }
 
 std::uint64_t Subtract(std::uint64_t left, std::uint64_t right) {
@@ -55,12 +67,13 @@ std::uint64_t Subtract(std::uint64_t left, std::uint64_t right) {
 /// swap space.
 std::uint64_t AvailableToMachine() {
     constexpr std::uint64_t Kibibyte = 1024;
-    const std::uint64_t memory = ReadKey("/proc/meminfo", "MemAvailable:", Unlimited);
+    const std::string text = ReadText("/proc/meminfo");
+    const std::uint64_t memory = NumberOf("MemAvailable:", text, Unlimited);
     if (memory == Unlimited) {
         // No /proc to ask: leave the decision to the system.
         return Unlimited;
     }
-    return (memory + ReadKey("/proc/meminfo", "SwapFree:", 0)) * Kibibyte;
+    return (memory + NumberOf("SwapFree:", text, 0)) * Kibibyte;
 }
 
 /// The names under which one version of the control groups keeps its figures.
@@ -77,31 +90,31 @@ constexpr GroupFiles Version1 = {"/sys/fs/cgroup/memory", ":memory:", "/memory.l
                                  "/memory.usage_in_bytes", "total_cache"};
 constexpr GroupFiles Version2 = {"/sys/fs/cgroup", "0::", "/memory.max", "/memory.current", "file"};
 
-/// The path of our own group, starting with a slash; empty when we are in none.
-std::string GroupPath(const GroupFiles& files) {
-    std::ifstream groups("/proc/self/cgroup");
-    std::string line;
-    while (std::getline(groups, line)) {
-        const std::size_t found = line.find(files.linePrefix);
-        if (found != std::string::npos) {
-            return line.substr(found + files.linePrefix.size());
-        }
+/// The path of our own group, starting with a slash, from the text of /proc/self/cgroup; empty when
+/// we are in none.
+std::string GroupPath(std::string_view groups, const GroupFiles& files) {
+    const std::size_t found = groups.find(files.linePrefix);
+    if (found == std::string_view::npos) {
+        return {};
     }
-    return {};
+    groups.remove_prefix(found + files.linePrefix.size());
+    return std::string(groups.substr(0, groups.find('\n')));
 }
 
 /// What the control groups leave us: the least of our group and of all groups around it. Inside a
 /// container the path may name a folder that only the host can see; then only the outer folders
 /// answer.
-std::uint64_t AvailableToGroup(const GroupFiles& files) {
+std::uint64_t AvailableToGroup(std::string_view groups, const GroupFiles& files) {
     std::uint64_t available = Unlimited;
-    std::string path = GroupPath(files);
+    std::string path = GroupPath(groups, files);
     while (!path.empty()) {
         const std::string folder = std::string(files.mount) + (path == "/" ? "" : path);
-        const std::uint64_t limit = ReadNumber(folder + std::string(files.limit), Unlimited);
-        if (limit != Unlimited) {
-            const std::uint64_t usage = ReadNumber(folder + std::string(files.usage), 0);
-            const std::uint64_t cache = ReadKey(folder + "/memory.stat", files.cacheKey, 0);
+        const std::uint64_t limit =
+            NumberIn(ReadText(folder + std::string(files.limit)), Unlimited);
+        if (limit < NoLimit) {
+            const std::uint64_t usage = NumberIn(ReadText(folder + std::string(files.usage)), 0);
+            const std::uint64_t cache =
+                NumberOf(files.cacheKey, ReadText(folder + "/memory.stat"), 0);
             available = std::min(available, Subtract(limit, Subtract(usage, cache)));
         }
         // Up one folder; the root is written "/" and is the last.
@@ -117,7 +130,9 @@ std::uint64_t AvailableToGroup(const GroupFiles& files) {
 }  // namespace
 
 std::size_t AvailableMemory() noexcept {
-    return std::min({AvailableToMachine(), AvailableToGroup(Version1), AvailableToGroup(Version2)});
+    const std::string groups = ReadText("/proc/self/cgroup");
+    return std::min({AvailableToMachine(), AvailableToGroup(groups, Version1),
+                     AvailableToGroup(groups, Version2)});
 }
 
 void PreferHugePages(void* start, std::size_t bytes) noexcept {

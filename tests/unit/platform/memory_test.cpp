@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -131,6 +132,21 @@ TEST(Pages, MemoryIsTakenWhenTouchedAndGivenBackByRelease) {
     EXPECT_GT(ResidentBytes(), before + Block / 2);
     pages.Release();
     EXPECT_LT(ResidentBytes(), before + Block / 2);
+}
+
+TEST(PagesSerial, AvailableIsWhatTheSystemTells) {
+    std::ifstream file("/proc/meminfo");
+    std::size_t kibibytes = 0;
+    std::string word;
+    while (file >> word) {
+        std::size_t number = 0;
+        if ((word == "MemAvailable:" || word == "SwapFree:") && file >> number) {
+            kibibytes += number;
+        }
+    }
+    // A container may leave less, and what runs beside takes and gives back a little meanwhile.
+    EXPECT_GT(AvailableMemory(), 0U);
+    EXPECT_LE(AvailableMemory(), kibibytes * 1024 + 512 * Mebibyte);
 }
 
 TEST(Pages, DestructionAndReplacementGiveTheMemoryBack) {
