@@ -2,6 +2,7 @@
 
 #include "platform/system_pages.h"
 
+#include <new>
 #include <utility>
 
 namespace brenquil {
@@ -36,6 +37,18 @@ void CPages::Release() noexcept {
     }
     data_ = nullptr;
     size_ = 0;
+}
+
+void* CInHugePages::operator new(std::size_t bytes) {
+    const std::size_t rounded =
+        (bytes + StaticTableAlignment - 1) / StaticTableAlignment * StaticTableAlignment;
+    void* const memory = ::operator new (rounded, std::align_val_t{StaticTableAlignment});
+    PreferHugePages(memory, rounded);
+    return memory;
+}
+
+void CInHugePages::operator delete(void* object) noexcept {
+    ::operator delete (object, std::align_val_t{StaticTableAlignment});
 }
 
 }  // namespace brenquil

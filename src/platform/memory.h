@@ -76,6 +76,21 @@ inline constexpr std::size_t StaticTableAlignment = 64;
 /// Called before the memory is first written. A wish only: nothing else changes.
 void PreferHugePages(void* start, std::size_t bytes) noexcept;
 
+/// For large objects that are read and written all the time: `new` makes an object of a class
+/// derived from this in huge pages, where the system has them. One fault then brings its memory
+/// instead of hundreds. Throws std::bad_alloc like any other `new`.
+class CInHugePages {
+public:
+    [[nodiscard]] static void* operator new(std::size_t bytes);
+    static void operator delete(void* object) noexcept;
+
+protected:
+    CInHugePages() = default;
+    ~CInHugePages() = default;
+    CInHugePages(const CInHugePages&) = default;
+    CInHugePages& operator=(const CInHugePages&) = default;
+};
+
 /// The number of bytes that the program could take now without driving the machine out of memory;
 /// the limits of a container count. An estimate.
 [[nodiscard]] std::size_t AvailableMemory() noexcept;

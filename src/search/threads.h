@@ -8,6 +8,7 @@
 #pragma once
 
 #include "board/position.h"
+#include "platform/memory.h"
 #include "platform/thread.h"
 #include "search/root_search.h"
 #include "search/search.h"
@@ -49,8 +50,9 @@ private:
     CThreadHandle handle_;
 };
 
-/// A thread that searches: a position and the search on it.
-class CSearchThread : public CThread {
+/// A thread that searches: a position and the search on it. All of it is used at every node, and a
+/// worker is made anew for each search, so a worker lies in one huge page.
+class CSearchThread : public CThread, public CInHugePages {
 public:
     explicit CSearchThread(const SearchContext& context) : search_(position, context) {}
 
@@ -87,7 +89,7 @@ public:
 /// but for `RequestStop` and `Reset`.
 class CWorkerList final : public IWorkers {
 public:
-    /// More threads than this are not started, whatever the option says: each takes a megabyte.
+    /// More threads than this are not started, whatever the option says: each takes two megabytes.
     static constexpr int MaxThreads = 256;
 
     explicit CWorkerList(const SearchContext& context) noexcept : context_(context) {}

@@ -1,12 +1,14 @@
 #include "platform/memory.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
@@ -108,6 +110,21 @@ TEST(Pages, ReleaseLeavesNothingAndMayBeRepeated) {
     EXPECT_EQ(pages.Data(), nullptr);
     EXPECT_EQ(pages.Size(), 0U);
     pages.Release();
+}
+
+/// Larger than a huge page, and no multiple of one.
+struct LargeObject : CInHugePages {
+    std::array<unsigned char, 3 * Mebibyte + 5> bytes;
+};
+
+TEST(InHugePages, AnObjectBeginsWhereAPageCanAndEachHasItsOwnMemory) {
+    const auto first = std::make_unique<LargeObject>();
+    const auto second = std::make_unique<LargeObject>();
+    first->bytes.fill(1);
+    second->bytes.fill(2);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first.get()) % StaticTableAlignment, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second.get()) % StaticTableAlignment, 0U);
+    EXPECT_TRUE(std::ranges::all_of(first->bytes, [](auto byte) { return byte == 1; }));
 }
 
 #if defined(__linux__)
