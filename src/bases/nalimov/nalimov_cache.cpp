@@ -79,14 +79,7 @@ void CNalimovCache::Clear() noexcept {
     lru_.newest = nullptr;
     lru_.oldest = nullptr;
     lru_.free = nullptr;
-    auto* const headers = pages_.As<std::byte>();
-    for (std::size_t index = blockCount_; index-- > 0;) {
-        auto* const data = headers + blockCount_ * sizeof(NalimovCacheEntry) + index * DataStride;
-        auto* const entry = std::construct_at(
-            reinterpret_cast<NalimovCacheEntry*>(headers + index * sizeof(NalimovCacheEntry)));
-        entry->data = reinterpret_cast<std::uint8_t*>(data);
-        entry->lruNext = std::exchange(lru_.free, entry);
-    }
+    lru_.madeCount = 0;
     for (int number = 0; number <= NalimovTableCount; ++number) {
         for (const std::unique_ptr<NalimovSide>& side : tables_.Table(number).sides) {
             if (side != nullptr) {
@@ -194,7 +187,18 @@ NalimovBucket& CNalimovCache::BucketOf(int table, int side, std::uint32_t block)
     return files.buckets[block % NalimovBuckets];
 }
 
-/// An entry that is in no list: a free one, or else the oldest.
+/// The entry at a place of the memory area, with its block. Entries are made one by one as they are
+/// needed: a cache that is never asked takes no memory.
+NalimovCacheEntry* CNalimovCache::Make(std::size_t index) noexcept {
+    auto* const headers = pages_.As<std::byte>();
+    auto* const entry = std::construct_at(
+        reinterpret_cast<NalimovCacheEntry*>(headers + index * sizeof(NalimovCacheEntry)));
+    entry->data = reinterpret_cast<std::uint8_t*>(
+        headers + blockCount_ * sizeof(NalimovCacheEntry) + index * DataStride);
+    return entry;
+}
+
+/// An entry that is in no list: a free one, or else a new one, or else the oldest.
 NalimovCacheEntry* CNalimovCache::Claim() noexcept {
     for (;;) {
         NalimovCacheEntry* oldest = nullptr;
@@ -203,6 +207,9 @@ NalimovCacheEntry* CNalimovCache::Claim() noexcept {
             const std::lock_guard listGuard(lru_.lock);
             if (lru_.free != nullptr) {
                 return std::exchange(lru_.free, lru_.free->lruNext);
+            }
+            if (lru_.madeCount < blockCount_) {
+                return Make(lru_.madeCount++);
             }
             oldest = lru_.oldest;
             if (oldest != nullptr) {

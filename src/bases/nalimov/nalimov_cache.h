@@ -107,15 +107,17 @@ private:
         std::uint32_t block = 0;
     };
 
-    /// The list of linked entries and the free ones.
+    /// The list of linked entries, and those that hold no block: given back, or not made yet.
     struct NalimovLruLock {
         CSpinLock lock;
         NalimovCacheEntry* newest = nullptr;
         NalimovCacheEntry* oldest = nullptr;
         NalimovCacheEntry* free = nullptr;
+        std::size_t madeCount = 0;  ///< of the entries that the memory has room for
     };
 
     [[nodiscard]] NalimovBucket& BucketOf(int table, int side, std::uint32_t block) noexcept;
+    [[nodiscard]] NalimovCacheEntry* Make(std::size_t index) noexcept;
     [[nodiscard]] NalimovCacheEntry* Claim() noexcept;
     [[nodiscard]] NalimovCacheEntry* Evict(NalimovCacheEntry* oldest,
                                            const BlockName& seen) noexcept;

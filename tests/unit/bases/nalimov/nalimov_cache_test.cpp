@@ -252,5 +252,28 @@ TEST_F(NalimovCache, NewRegistrationForgetsWhatWasCached) {
     EXPECT_EQ(cache->ReadValue(5, 0, 5), 32642);
 }
 
+TEST_F(NalimovCache, HoldsAllItsBlocksAlsoAfterClear) {
+    const auto write = [this](std::uint8_t value) {
+        folder.Write("kqkr.nbw", Bytes(static_cast<std::size_t>(Positions("kqkr", 0)), value));
+    };
+    const auto expectBlocks = [this](std::size_t count, int value) {
+        for (std::size_t block = 0; block < count; ++block) {
+            ASSERT_EQ(cache->ReadValue(TableNumber("kqkr"), 0, block * 8192), value) << block;
+        }
+    };
+    cache->Resize(1);
+    for (int round = 0; round < 3; ++round) {
+        write(1);
+        Register();
+        expectBlocks(126, 32641);
+        write(2);
+        expectBlocks(126, 32641);
+        // One more, and the oldest goes.
+        EXPECT_EQ(cache->ReadValue(TableNumber("kqkr"), 0, 126U * 8192), 32642);
+        EXPECT_EQ(cache->ReadValue(TableNumber("kqkr"), 0, 0), 32642);
+        EXPECT_EQ(cache->ReadValue(TableNumber("kqkr"), 0, 2U * 8192), 32641);
+    }
+}
+
 }  // namespace
 }  // namespace brenquil
