@@ -21,6 +21,13 @@ if [ "$1" = bench ]; then exec '{engine}' "$@"; fi
 sed -u 's/^go depth 2$/go depth 3/' | '{engine}'
 """
 
+# A build that has something to do before it reads its first line.
+SLOW_START = """#!/bin/sh
+i=0
+while [ $i -lt 30000 ]; do i=$((i + 1)); done
+exec '{engine}' "$@"
+"""
+
 
 def load():
     loader = importlib.machinery.SourceFileLoader("compare_speed", str(TOOL))
@@ -43,6 +50,21 @@ class CompareSpeed(unittest.TestCase):
         self.assertRegex(run.stdout, r"^new over old: \d\.\d{4}, 95 % \d+\.\d{4} to \d+\.\d{4}, "
                                      r"\d\d pairs at depth 2\n")
 
+    def test_processes(self):
+        run = compare("--processes", "--rounds", "1", "--depth", "2", ENGINE, ENGINE)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertRegex(run.stdout, r"^new over old: \d\.\d{4}, from \d\.\d{4} to \d+\.\d{4}, \d\d positions in "
+                                     r"processes of their own at depth 2\n$")
+
+    def test_the_time_of_a_process_is_counted_from_its_start(self):
+        with tempfile.TemporaryDirectory() as folder:
+            slow = Path(folder) / "slow"
+            slow.write_text(SLOW_START.format(engine=ENGINE), encoding="utf-8")
+            slow.chmod(slow.stat().st_mode | stat.S_IXUSR)
+            run = compare("--processes", "--rounds", "1", "--depth", "1", ENGINE, str(slow))
+            self.assertEqual(run.returncode, 0, run.stderr)
+            self.assertGreater(float(run.stdout.split()[3].strip(",")), 2)
+
     @unittest.skipIf((os.cpu_count() or 1) < 2, "one processor")
     def test_threads_against_one(self):
         run = compare("--rounds", "1", "--depth", "4", "--threads", "2", ENGINE, ENGINE)
@@ -58,9 +80,10 @@ class CompareSpeed(unittest.TestCase):
             other = Path(folder) / "other"
             other.write_text(OTHER_TREE.format(engine=ENGINE), encoding="utf-8")
             other.chmod(other.stat().st_mode | stat.S_IXUSR)
-            run = compare("--rounds", "1", "--depth", "2", ENGINE, str(other))
-            self.assertNotEqual(run.returncode, 0)
-            self.assertRegex(run.stderr, r"compare_speed: \d+ nodes against \d+ in \S+ [wb] ")
+            for more in ([], ["--processes"]):
+                run = compare(*more, "--rounds", "1", "--depth", "2", ENGINE, str(other))
+                self.assertNotEqual(run.returncode, 0)
+                self.assertRegex(run.stderr, r"compare_speed: \d+ nodes against \d+ in \S+ [wb] ")
 
     def test_what_is_no_engine_is_named(self):
         self.assertIn("/no/engine is no program", compare("/no/engine", ENGINE).stderr)
