@@ -130,6 +130,6 @@ if(BRENQUIL_PROFILE STREQUAL "generate")
 elseif(BRENQUIL_PROFILE STREQUAL "use")
     # What the training run never reached keeps its normal optimisation. What a profile switches on beside its counts
     # makes the code larger; without that a search takes 3 % less time.
-    set(profileFlags -fprofile-use -fprofile-partial-training -Wno-missing-profile
+    set(profileFlags -fprofile-use -fprofile-partial-training
         -fno-unroll-loops -fno-peel-loops -fno-tracer -fno-ipa-cp-clone -fno-split-loops -fno-unswitch-loops)
 endif()
