@@ -114,6 +114,6 @@ const CSliderSlabs<512, true> BishopAttacks;
 
 /// One huge page, where the system has them: the program starts sooner for one fault of a page
 /// instead of 512, and a search does without most translations of addresses.
-alignas(StaticTableAlignment) const CSliderSlabs<4096, false> RookAttacks;
+alignas(HugePageAlignment) const CSliderSlabs<4096, false> RookAttacks;
 
 }  // namespace brenquil

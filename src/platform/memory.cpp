@@ -2,10 +2,21 @@
 
 #include "platform/system_pages.h"
 
-#include <new>
+#include <array>
+#include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace brenquil {
+
+namespace {
+
+/// The unit in which large objects take memory.
+struct alignas(HugePageAlignment) HugePage {
+    std::array<std::byte, HugePageAlignment> bytes;
+};
+
+}  // namespace
 
 CPages::CPages(CPages&& other) noexcept
     : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
@@ -40,15 +51,14 @@ void CPages::Release() noexcept {
 }
 
 void* CInHugePages::operator new(std::size_t bytes) {
-    const std::size_t rounded =
-        (bytes + StaticTableAlignment - 1) / StaticTableAlignment * StaticTableAlignment;
-    void* const memory = ::operator new (rounded, std::align_val_t{StaticTableAlignment});
-    PreferHugePages(memory, rounded);
-    return memory;
+    const std::size_t count = (bytes + sizeof(HugePage) - 1) / sizeof(HugePage);
+    std::unique_ptr<HugePage[]> pages(new HugePage[count]);
+    PreferHugePages(pages.get(), count * sizeof(HugePage));
+    return pages.release();
 }
 
 void CInHugePages::operator delete(void* object) noexcept {
-    ::operator delete (object, std::align_val_t{StaticTableAlignment});
+    std::unique_ptr<HugePage[]>(static_cast<HugePage*>(object)).reset();
 }
 
 }  // namespace brenquil

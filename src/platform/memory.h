@@ -64,12 +64,12 @@ private:
     std::size_t size_ = 0;
 };
 
-// Where a large table of static storage begins, so that huge pages can hold it. The formats of
-// programs for other systems know no such alignment; there it is a cache line.
+// Where a large table or object begins, so that huge pages can hold it. The formats of programs for
+// other systems know no such alignment; there it is a cache line.
 #if defined(__linux__)
-inline constexpr std::size_t StaticTableAlignment = std::size_t{2} << 20U;
+inline constexpr std::size_t HugePageAlignment = std::size_t{2} << 20U;
 #else
-inline constexpr std::size_t StaticTableAlignment = 64;
+inline constexpr std::size_t HugePageAlignment = 64;
 #endif
 
 /// Asks the system to back what lies in this memory with huge pages, as far as it fills whole ones.

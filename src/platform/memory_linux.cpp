@@ -19,7 +19,7 @@ namespace brenquil {
 
 namespace {
 
-constexpr std::size_t HugePageSize = StaticTableAlignment;
+constexpr std::size_t HugePageSize = HugePageAlignment;
 constexpr std::uint64_t Unlimited = std::numeric_limits<std::uint64_t>::max();
 
 /// Limits from here on are none: the word "max" counts as `Unlimited`, and version 1 of the control

@@ -122,8 +122,8 @@ TEST(InHugePages, AnObjectBeginsWhereAPageCanAndEachHasItsOwnMemory) {
     const auto second = std::make_unique<LargeObject>();
     first->bytes.fill(1);
     second->bytes.fill(2);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first.get()) % StaticTableAlignment, 0U);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second.get()) % StaticTableAlignment, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first.get()) % HugePageAlignment, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second.get()) % HugePageAlignment, 0U);
     EXPECT_TRUE(std::ranges::all_of(first->bytes, [](auto byte) { return byte == 1; }));
 }
 
